@@ -1,0 +1,74 @@
+// Layer: demultiplexer. First stage of the data path: takes whole transfer buffers from the pump thread and, on
+// the main demux thread, splits them into 16-byte rows and routes the rows to four NP workers and one RHD
+// worker. The host's threads set it up and take it down.
+#pragma once
+
+#include "Block_Queue.h"
+#include "C_NP_Worker_Thread.h"
+#include "C_RHD_Worker_Thread.h"
+#include "Export.h"
+#include "I_L2_Demux_CH_Results.h"
+#include "I_RHD_Frame_Listener.h"
+#include "Main_mux_transfer_buffer_wrapper.h"
+#include "NP_Block_Buffer.h"
+
+#include <array>
+#include <atomic>
+#include <cstdint>
+#include <fstream>
+#include <memory>
+#include <span>
+#include <vector>
+
+namespace Pelgar::ORBE::demux {
+
+inline constexpr unsigned np_port_count = 4;
+
+class ORBE_EXPORT Async_NP_And_RHD_Demux {
+public:
+    Async_NP_And_RHD_Demux();
+    ~Async_NP_And_RHD_Demux();
+    Async_NP_And_RHD_Demux(const Async_NP_And_RHD_Demux&) = delete;
+    Async_NP_And_RHD_Demux& operator=(const Async_NP_And_RHD_Demux&) = delete;
+
+    // Starts the four NP workers and the RHD worker.
+    void start_worker_threads();
+
+    // Body of the main demux thread: returns after the poison packet, when everything before it is delivered
+    // and the workers are joined. Throws std::runtime_error("Buffer must contain at least 16 byte") for a
+    // transfer buffer of 1 to 15 bytes.
+    void run();
+
+    // Queues a copy of the whole record. Pump thread; never blocks for long, never drops; allocates while the
+    // queue grows.
+    void push_xfer_buffer_to_queue(const Main_mux_transfer_buffer_wrapper& buffer);
+
+    // Queues the record of size 0 that ends `run`.
+    void poison_queue();
+
+    // Tells the stages behind the port queues that the stream starts anew. Any thread.
+    void signal_to_resync();
+
+    // Port index 0..3. The setter throws std::runtime_error for another one, the getter std::out_of_range.
+    void set_L2_CH_Results_Listener(std::weak_ptr<I_L2_Demux_CH_Results> listener, unsigned int np_index);
+    std::weak_ptr<I_L2_Demux_CH_Results> get_L2_CH_Results_Listener(unsigned int np_index) const;
+
+    void set_RHD_Results_Listener(std::weak_ptr<I_RHD_Frame_Listener> listener);
+    std::weak_ptr<I_RHD_Frame_Listener> get_RHD_Results_Listener() const;
+
+    // The number of RHD data streams in every frame from now on. Any thread.
+    void set_enabled_RHD_stream_count(unsigned int count);
+
+    // Poisons, wakes and joins the workers. Called by `run` when it ends; a second call does nothing.
+    void wait_worker_threads_end();
+
+    // Whether `run` has finished. Any thread.
+    bool is_done() const { return m_done.load(); }
+
+    std::uint32_t get_total_processed_SF_count() const;
+    std::uint32_t get_total_processed_RHD_frame_count() const;
+
+private:
+};
+
+} // namespace Pelgar::ORBE::demux

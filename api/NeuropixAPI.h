@@ -1,0 +1,449 @@
+// The Neuropixels API, version 3, as this library presents it: one basestation in slot 0 with four probe
+// ports, numbered 1 to 4, and the auxiliary ADC inputs of the box's RHD headstage.
+//
+// Errors: functions that return NP_ErrorCode answer SUCCESS (0) when the call was carried out and FAILED (1)
+// when the operation on the box failed or no basestation is open; openBS alone answers 5 when the box or the
+// recording cannot be brought up. Null output pointers are skipped.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#if defined(_WIN32)
+#if defined(ORBE_BUILDING_LIBRARY)
+#define NP_EXPORT __declspec(dllexport)
+#elif defined(ORBE_STATIC)
+#define NP_EXPORT
+#else
+#define NP_EXPORT __declspec(dllimport)
+#endif
+#else
+#define NP_EXPORT __attribute__((visibility("default")))
+#endif
+
+#define NP1_PROBE_CHANNEL_COUNT 384
+#define NP1_PROBE_SUPERFRAMESIZE 12
+#define NP1_PROBE_ADC_COUNT 32
+
+#define ELECTRODEPACKET_STATUS_TRIGGER (1 << 0)
+#define ELECTRODEPACKET_STATUS_LFP (1 << 1)
+#define ELECTRODEPACKET_STATUS_ERR_COUNT (1 << 2)
+#define ELECTRODEPACKET_STATUS_ERR_SERDES (1 << 3)
+#define ELECTRODEPACKET_STATUS_ERR_LOCK (1 << 4)
+#define ELECTRODEPACKET_STATUS_ERR_POP (1 << 5)
+#define ELECTRODEPACKET_STATUS_SYNC (1 << 6)
+#define ELECTRODEPACKET_STATUS_ERR_SYNC (1 << 7)
+
+namespace Neuropixels {
+
+// ---- Enumerations ---------------------------------------------------------------------------------------
+
+enum NP_ErrorCode {
+    SUCCESS = 0,
+    FAILED = 1,
+    ALREADY_OPEN = 2,
+    NOT_OPEN = 3,
+    IIC_ERROR = 4,
+    VERSION_MISMATCH = 5,
+    PARAMETER_INVALID = 6,
+    UART_ACK_ERROR = 7,
+    TIMEOUT = 8,
+    WRONG_CHANNEL = 9,
+    WRONG_BANK = 10,
+    WRONG_REF = 11,
+    WRONG_INTREF = 12,
+    CSV_READ_ERROR = 13,
+    BIST_ERROR = 14,
+    FILE_OPEN_ERROR = 15,
+    READBACK_ERROR = 16,
+    READBACK_ERROR_FLEX = 17,
+    READBACK_ERROR_HS = 18,
+    READBACK_ERROR_BSC = 19,
+    TIMESTAMPNOTFOUND = 20,
+    FILE_IO_ERR = 21,
+    OUTOFMEMORY = 22,
+    LINK_IO_ERROR = 23,
+    NO_LOCK = 24,
+    WRONG_AP = 25,
+    WRONG_LFP = 26,
+    ERROR_SR_CHAIN_1 = 27,
+    ERROR_SR_CHAIN_2 = 28,
+    ERROR_SR_CHAIN_3 = 29,
+    IO_ERROR = 30,
+    NO_SLOT = 31,
+    WRONG_SLOT = 32,
+    WRONG_PORT = 33,
+    STREAM_EOF = 34,
+    HDRERR_MAGIC = 35,
+    HDRERR_CRC = 36,
+    WRONG_PROBESN = 37,
+    PROGRAMMINGABORTED = 39,
+    VALUE_INVALID = 40,
+    WRONG_DOCK_ID = 41,
+    INVALID_ARGUMENT = 42,
+    NO_BSCONNECT = 43,
+    NO_LINK = 44,
+    NO_FLEX = 45,
+    NO_PROBE = 46,
+    NO_HST = 47,
+    WRONG_ADC = 48,
+    WRONG_SHANK = 49,
+    UNKNOWN_STREAMSOURCE = 50,
+    ILLEGAL_HANDLE = 51,
+    OBJECT_MISMATCH = 52,
+    WRONG_DACCHANNEL = 53,
+    WRONG_ADCCHANNEL = 54,
+    NODATA = 55,
+    PROGRAMMING_FAILED = 56,
+    NO_IMU = 57,
+    NOTSUPPORTED = 0xFE,
+    NOTIMPLEMENTED = 0xFF
+};
+
+enum NPPlatformID_t { NPPlatform_None = 0, NPPlatform_PXI = 1, NPPlatform_USB = 2, NPPlatform_ALL = 3 };
+
+// Electrode banks as a bit mask.
+enum electrodebanks_t {
+    None = 0,
+    BankA = 1 << 0,
+    BankB = 1 << 1,
+    BankC = 1 << 2,
+    BankD = 1 << 3,
+    BankE = 1 << 4,
+    BankF = 1 << 5,
+    BankG = 1 << 6,
+    BankH = 1 << 7,
+    BankI = 1 << 8,
+    BankJ = 1 << 9,
+    BankK = 1 << 10,
+    BankL = 1 << 11,
+    BankM = 1 << 12,
+    BankN = 1 << 13,
+    BankO = 1 << 14,
+    BankP = 1 << 15,
+    BankQ = 1 << 16
+};
+
+enum streamsource_t { SourceDefault = 0, SourceAP = 0, SourceLFP = 1 };
+
+enum probe_opmode_t { RECORDING = 0, CALIBRATION = 1, DIGITAL_TEST = 2 };
+
+enum testinputmode_t { PIXEL_MODE = 0, CHANNEL_MODE = 1, NO_TEST_MODE = 2, ADC_MODE = 3 };
+
+enum channelreference_t { EXT_REF = 0, TIP_REF = 1, INT_REF = 2, GND_REF = 3, NONE_REF = 0xFF };
+
+enum columnpattern_t { INNER = 0, OUTER = 1, ALL = 2 };
+
+// Switch matrix values carry their class in bits 31..24: inputs 0x01, outputs 0x02, sync sources 0x03.
+enum syncsource_t {
+    SyncSource_None = 0x03000000,
+    SyncSource_SMA = SyncSource_None + 1,
+    SyncSource_Clock = SyncSource_None + 2
+};
+
+enum switchmatrixinput_t {
+    SM_Input_None = 0x01000000,
+    SM_Input_SWTrigger1 = SM_Input_None + 1,
+    SM_Input_SWTrigger2 = SM_Input_None + 2,
+    SM_Input_SMA = SM_Input_None + 5,
+    SM_Input_SMA1 = SM_Input_None + 6,
+    SM_Input_PXI0 = SM_Input_None + 0x10,
+    SM_Input_PXI1 = SM_Input_None + 0x11,
+    SM_Input_PXI2 = SM_Input_None + 0x12,
+    SM_Input_PXI3 = SM_Input_None + 0x13,
+    SM_Input_PXI4 = SM_Input_None + 0x14,
+    SM_Input_PXI5 = SM_Input_None + 0x15,
+    SM_Input_PXI6 = SM_Input_None + 0x16,
+    SM_Input_PXISYNC = SM_Input_None + 0x17,
+    SM_Input_ADC0 = SM_Input_None + 0x20,
+    SM_Input_ADC1 = SM_Input_None + 0x21,
+    SM_Input_ADC2 = SM_Input_None + 0x22,
+    SM_Input_ADC3 = SM_Input_None + 0x23,
+    SM_Input_ADC4 = SM_Input_None + 0x24,
+    SM_Input_ADC5 = SM_Input_None + 0x25,
+    SM_Input_ADC6 = SM_Input_None + 0x26,
+    SM_Input_ADC7 = SM_Input_None + 0x27,
+    SM_Input_ADC8 = SM_Input_None + 0x28,
+    SM_Input_ADC9 = SM_Input_None + 0x29,
+    SM_Input_ADC10 = SM_Input_None + 0x3A,
+    SM_Input_ADC11 = SM_Input_None + 0x3B,
+    SM_Input_ADC12 = SM_Input_None + 0x3C,
+    SM_Input_ADC13 = SM_Input_None + 0x3D,
+    SM_Input_ADC14 = SM_Input_None + 0x3E,
+    SM_Input_ADC15 = SM_Input_None + 0x3F,
+    SM_Input_SyncClk = SM_Input_None + 0x40,
+    SM_Input_TimeStampClk = SM_Input_None + 0x41,
+    SM_Input_ADCClk = SM_Input_None + 0x42
+};
+
+enum switchmatrixoutput_t {
+    SM_Output_None = 0x02000000,
+    SM_Output_SMA = SM_Output_None + 1,
+    SM_Output_AcquisitionTrigger = SM_Output_None + 2,
+    SM_Output_StatusBit = SM_Output_None + 3,
+    SM_Output_PXI0 = SM_Output_None + 4,
+    SM_Output_PXI1 = SM_Output_None + 5,
+    SM_Output_PXI2 = SM_Output_None + 6,
+    SM_Output_PXI3 = SM_Output_None + 7,
+    SM_Output_PXI4 = SM_Output_None + 8,
+    SM_Output_PXI5 = SM_Output_None + 9,
+    SM_Output_PXI6 = SM_Output_None + 10,
+    SM_Output_PXISYNC = SM_Output_None + 11,
+    SM_Output_SMA1 = SM_Output_None + 16,
+    SM_Output_DAC0 = SM_Output_None + 32,
+    SM_Output_DAC1 = SM_Output_None + 33,
+    SM_Output_DAC2 = SM_Output_None + 34,
+    SM_Output_DAC3 = SM_Output_None + 35,
+    SM_Output_DAC4 = SM_Output_None + 36,
+    SM_Output_DAC5 = SM_Output_None + 37,
+    SM_Output_DAC6 = SM_Output_None + 38,
+    SM_Output_DAC7 = SM_Output_None + 39,
+    SM_Output_DAC8 = SM_Output_None + 40,
+    SM_Output_DAC9 = SM_Output_None + 41,
+    SM_Output_DAC10 = SM_Output_None + 42,
+    SM_Output_DAC11 = SM_Output_None + 43,
+    SM_Output_WavePlayerTrigger = SM_Output_None + 64
+};
+
+enum swcapflags_t { swcap_none = 0, swcap_edgeselect = 1, swcap_invert = 2 };
+
+enum triggeredge_t { triggeredge_rising = 1, triggeredge_falling = 2 };
+
+enum swtriggerflags_t { swtrigger_none = 1, swtrigger1 = 2, swtrigger2 = 4 };
+
+enum np_parameter_t {
+    NP_PARAM_BUFFERSIZE = 1,
+    NP_PARAM_BUFFERCOUNT = 2,
+    NP_PARAM_SYNCMASTER = 3,
+    NP_PARAM_SYNCFREQUENCY_HZ = 4,
+    NP_PARAM_SYNCPERIOD_MS = 5,
+    NP_PARAM_SYNCSOURCE = 6,
+    NP_PARAM_SIGNALINVERT = 7,
+    NP_PARAM_IGNOREPROBESN = 0x1000,
+    NP_PARAM_ALLOWMANUALPXISYNCCONFIG = 0x1001
+};
+
+enum np_datamode_t { NP_DATAMODE_OFF = 0, NP_DATAMODE_ELECTRODE = 1, NP_DATAMODE_ADC = 2 };
+
+enum ADCrange_t { ADC_RANGE_2_5V = 0, ADC_RANGE_5V = 1, ADC_RANGE_10V = 2 };
+
+enum wavelength_t { wavelength_blue = 0, wavelength_red = 1 };
+
+enum slotemulatormode_t {
+    NPSlotEmulatorMode_Off = 0,
+    NPSlotEmulatorMode_Static = 1,
+    NPSlotEmulatorMode_Linear = 2
+};
+
+enum slotemulatortype_t {
+    NPSlotEmulatorType_NP2 = 0,
+    NPSlotEmulatorType_NPM = 1,
+    NPSlotEmulatorType_NPM2 = 2,
+    NPSlotEmulatorType_Colibri = 3
+};
+
+enum portemulatormode_t {
+    NPPortEmulatorMode_Off = 0,
+    NPPortEmulatorMode_NP1_0 = 1,
+    NPPortEmulatorMode_NHP = 2,
+    NPPortEmulatorMode_NPM = 3,
+    NPPortEmulatorMode_NPM2b = 4,
+    NPPortEmulatorMode_NPM2c = 5,
+    NPPortEmulatorMode_Colibri = 6
+};
+
+enum npsystemevent_t { DeviceFound = 1, DeviceLost = 2, DeviceMapped = 3, DeviceUnMapped = 4 };
+
+enum accelerometer_scale_t { ACC_SCALE_2G = 0, ACC_SCALE_4G = 1, ACC_SCALE_8G = 2, ACC_SCALE_16G = 3 };
+
+enum gyroscope_scale_t { GYRO_SCALE_250 = 0, GYRO_SCALE_500 = 1, GYRO_SCALE_1000 = 2, GYRO_SCALE_2000 = 3 };
+
+// ---- Records --------------------------------------------------------------------------------------------
+
+// Identifies a basestation. This library always answers {NPPlatform_USB, 1}.
+struct basestationID {
+    NPPlatformID_t platformid;
+    int ID;
+};
+
+struct firmware_Info {
+    int major;
+    int minor;
+    int build;
+    char name[64];
+};
+
+// Describes one packet of auxiliary ADC samples (8 bytes).
+struct PacketInfo {
+    uint32_t Timestamp;
+    uint16_t Status; // ADC_readPackets: TTL inputs and, in bit 6, "a TTL input has changed"
+    uint16_t payloadlength;
+};
+
+// Twelve AP samples and one LFP sample of every channel of a probe (10056 bytes). Samples are raw ten-bit ADC
+// values, multiplied by the probe's gain correction where one is loaded; 30 kHz in the AP band, 2.5 kHz in the
+// LFP band.
+struct electrodePacket {
+    uint32_t timestamp[NP1_PROBE_SUPERFRAMESIZE]; // whole seconds of streamed data
+    int16_t apData[NP1_PROBE_SUPERFRAMESIZE][NP1_PROBE_CHANNEL_COUNT];
+    int16_t lfpData[NP1_PROBE_CHANNEL_COUNT];
+    uint16_t Status[NP1_PROBE_SUPERFRAMESIZE]; // always 0
+};
+
+#pragma pack(push, 1)
+
+typedef struct {
+    uint32_t MAGIC;
+    uint16_t samplecount;
+    uint8_t sessionID_seqnr;
+    uint8_t format;
+    uint32_t timestamp;
+    uint8_t status;
+    uint8_t sourceid;
+    uint16_t crc;
+} pckhdr_t;
+
+typedef struct {
+    pckhdr_t hdr;
+    uint8_t payload[1024];
+} np_packet_t;
+
+struct HardwareID {
+    uint8_t version_Major;
+    uint8_t version_Minor;
+    uint64_t SerialNumber;
+    char ProductNumber[40];
+};
+
+struct IMUPacket {
+    uint32_t timestamp;
+    uint8_t status;
+    uint8_t packet_counter;
+    uint8_t delay;
+    int16_t accel_x;
+    int16_t accel_y;
+    int16_t accel_z;
+    int16_t gyro_x;
+    int16_t gyro_y;
+    int16_t gyro_z;
+    int16_t temperature;
+    int16_t magn_x;
+    int16_t magn_y;
+    int16_t magn_z;
+};
+
+#pragma pack(pop)
+
+struct np_diagstats {
+    uint64_t totalbytes;
+    uint32_t packetcount;
+    uint32_t triggers;
+    uint32_t err_badmagic;
+    uint32_t err_badcrc;
+    uint32_t err_count;
+    uint32_t err_serdes;
+    uint32_t err_lock;
+    uint32_t err_pop;
+    uint32_t err_sync;
+};
+
+struct np_sourcestats {
+    uint32_t timestamp;
+    uint32_t packetcount;
+    uint32_t samplecount;
+    uint32_t fifooverflow;
+};
+
+static_assert(sizeof(basestationID) == 8);
+static_assert(sizeof(firmware_Info) == 76);
+static_assert(sizeof(PacketInfo) == 8);
+static_assert(sizeof(electrodePacket) == 10056);
+static_assert(sizeof(pckhdr_t) == 16);
+static_assert(sizeof(np_packet_t) == 1040);
+static_assert(sizeof(HardwareID) == 50);
+static_assert(sizeof(np_diagstats) == 48);
+static_assert(sizeof(np_sourcestats) == 16);
+static_assert(sizeof(IMUPacket) == 27);
+
+typedef void* np_streamhandle_t;
+typedef void* npcallbackhandle_t;
+typedef void (*np_packetcallbackfn_t)(const np_packet_t&, const void* userdata);
+typedef void (*np_systemeventcallbackfn_t)(npsystemevent_t, const void* eventdata, const void* userdata);
+
+// ---- System ---------------------------------------------------------------------------------------------
+
+// Writes the API version that this library presents: 1, 0.
+NP_EXPORT void getAPIVersion(int* version_major, int* version_minor);
+
+// Fills list[0] with the box's identifier and returns the number of devices, always 1. The process's first
+// call also starts the log file "ORBE.log" in the working directory.
+NP_EXPORT int getDeviceList(basestationID* list, int count);
+
+// Fills `info` with the box's identifier. Any slot is accepted.
+NP_EXPORT NP_ErrorCode getDeviceInfo(int slotID, basestationID* info);
+
+// Answers true and slot 0 for any identifier.
+NP_EXPORT bool tryGetSlotID(const basestationID* id, int* slotID);
+
+// These are accepted and logged; the box has nothing to scan, map or parametrise.
+NP_EXPORT NP_ErrorCode scanBS();
+NP_EXPORT NP_ErrorCode mapBS(int serialnr, int slot);
+NP_EXPORT NP_ErrorCode setParameter(np_parameter_t parameter, int value);
+NP_EXPORT void np_dbg_setlevel(int level);
+
+// ---- Basestation ----------------------------------------------------------------------------------------
+
+// Opens the box, or, when the file "ORBE_DFGMZ_ADAPTER_SIM" lies in the working directory, the recorded raw
+// DMA file that the first line of that file names. Opening again closes what was open. Returns 0, or 5 when the
+// box or the recording cannot be brought up. Must not overlap any other call of this library.
+NP_EXPORT NP_ErrorCode openBS(int slotID);
+
+// Stops streaming, wakes blocked readers and releases the box. Returns 0.
+NP_EXPORT NP_ErrorCode closeBS(int slotID);
+
+// Whether the link of the port's headstage was locked when the box was opened. False for ports outside 1..4.
+NP_EXPORT NP_ErrorCode detectHeadStage(int slotID, int portID, bool* detected);
+
+// Triggering is not supported: acquisition runs from start_acquisition on. Logged; returns 0.
+NP_EXPORT NP_ErrorCode arm(int slotID);
+NP_EXPORT NP_ErrorCode setSWTrigger(int slotID);
+NP_EXPORT NP_ErrorCode setSWTriggerEx(int slotID, swtriggerflags_t triggerflags);
+
+// ---- Acquisition ----------------------------------------------------------------------------------------
+
+// Switches all four probe ports and the RHD stream on and starts the pump thread. Does nothing when
+// acquisition runs already. Returns 0.
+NP_EXPORT NP_ErrorCode start_acquisition(int slotID, int portID);
+
+// Switches the streams off and waits for the pump thread to end. After the pump has ended by itself (end of a
+// recording, failed read) this call waits for ever; closeBS does not. Returns 0.
+NP_EXPORT NP_ErrorCode stop_acquisition(int slotID, int portID);
+
+// Copies `requestedAmount` packets of the port, blocking until they are there; returns 0 with fewer in
+// `*actualAmount` only when acquisition is stopped or the basestation closed. Throws std::out_of_range
+// ("invalid array<T, N> subscript") for a port outside 1..4 when `requestedAmount` is not 0.
+NP_EXPORT NP_ErrorCode readElectrodeData(int slotID, int portID, int dockID, electrodePacket* packets,
+                                         int* actualAmount, int requestedAmount);
+
+// Packets waiting in the port's queue, and 500 minus that number (-1 when the queue is full to the brim).
+// Throws like readElectrodeData.
+NP_EXPORT NP_ErrorCode getElectrodeDataFifoState(int slotID, int portID, int dockID, int* packetsAvailable,
+                                                 int* headroom);
+
+// Probe packets come from readElectrodeData only; these are logged and write nothing.
+NP_EXPORT NP_ErrorCode readPackets(int slotID, int portID, int dockID, streamsource_t source,
+                                   PacketInfo* packetInfo, int16_t* data, int channelCount, int packetCount,
+                                   int* packetsRead);
+NP_EXPORT NP_ErrorCode getPacketFifoStatus(int slotID, int portID, int dockID, streamsource_t source,
+                                           int* packetsAvailable, int* headroom);
+
+// ---- Auxiliary I/O --------------------------------------------------------------------------------------
+
+// Copies `packetCount` packets of the RHD headstage's auxiliary inputs, blocking until they are there: twelve
+// int16 a packet, of which the first eight are the ADC samples of one 30 kHz frame and the rest 0. When
+// acquisition is stopped or the basestation closed `*packetsRead` is 0 and the buffers hold nothing of use.
+// `channelCount` is not looked at. Returns 0.
+NP_EXPORT NP_ErrorCode ADC_readPackets(int slotID, PacketInfo* packetInfo, int16_t* data, int channelCount,
+                                       int packetCount, int* packetsRead);
+
+} // namespace Neuropixels

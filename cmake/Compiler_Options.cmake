@@ -1,0 +1,24 @@
+# One interface target, `orbe_options`, carries the warnings and sanitizers that every target of this
+# project is compiled with.
+add_library(orbe_options INTERFACE)
+
+if(MSVC)
+    target_compile_options(orbe_options INTERFACE /W4 /permissive- /utf-8 /Zc:__cplusplus
+        $<$<BOOL:${ORBE_WARNINGS_AS_ERRORS}>:/WX>)
+    target_compile_definitions(orbe_options INTERFACE NOMINMAX WIN32_LEAN_AND_MEAN _CRT_SECURE_NO_WARNINGS)
+else()
+    target_compile_options(orbe_options INTERFACE
+        -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wnon-virtual-dtor
+        -Wold-style-cast -Woverloaded-virtual -Wcast-align -Wnull-dereference -Wundef
+        $<$<BOOL:${ORBE_WARNINGS_AS_ERRORS}>:-Werror>
+        # Log lines name the source file as it lies in the project, wherever it was built.
+        -ffile-prefix-map=${PROJECT_SOURCE_DIR}/=
+        # The optimised paths are written as plain loops that the compiler vectorises.
+        $<$<CONFIG:Release,RelWithDebInfo>:-O3>)
+endif()
+
+if(ORBE_SANITIZE)
+    target_compile_options(orbe_options INTERFACE
+        -fsanitize=${ORBE_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
+    target_link_options(orbe_options INTERFACE -fsanitize=${ORBE_SANITIZE})
+endif()

@@ -1,0 +1,25 @@
+# What every layer of the library has in common. A layer is a static library of its own; the shared library
+# takes them in whole, the tests link the ones they test.
+function(orbe_add_layer name)
+    cmake_parse_arguments(layer "" "" "SOURCES;USES" ${ARGN})
+    add_library(${name} STATIC ${layer_SOURCES})
+    target_include_directories(${name} PUBLIC ${CMAKE_CURRENT_SOURCE_DIR}/src ${CMAKE_CURRENT_SOURCE_DIR})
+    target_compile_definitions(${name} PRIVATE ORBE_BUILDING_LIBRARY)
+    target_link_libraries(${name} PUBLIC ${layer_USES} PRIVATE orbe_options)
+endfunction()
+
+# A test program: GoogleTest's tests from the sources, each run by ctest in a process and a working directory
+# of its own, because the library keeps process-wide state and writes files into the working directory.
+function(orbe_add_tests name)
+    cmake_parse_arguments(tests "" "TIMEOUT" "SOURCES;USES" ${ARGN})
+    if(NOT tests_TIMEOUT)
+        set(tests_TIMEOUT 120)
+    endif()
+    add_executable(${name} ${tests_SOURCES})
+    target_include_directories(${name} PRIVATE ${CMAKE_CURRENT_SOURCE_DIR})
+    target_link_libraries(${name} PRIVATE ${tests_USES} orbe_test_support orbe_options)
+    gtest_discover_tests(${name}
+        TEST_PREFIX ${name}.
+        DISCOVERY_TIMEOUT 60
+        PROPERTIES TIMEOUT ${tests_TIMEOUT})
+endfunction()

@@ -1,0 +1,34 @@
+#include "Console.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <string>
+
+namespace {
+
+namespace console = Pelgar::ORBE::console;
+
+TEST(Console, ComposesPartsInOrder) {
+    EXPECT_EQ(console::compose("a ", std::string("b "), 1, " ", -2, " ", std::uint8_t{200}, '\n'), "a b 1 -2 200\n");
+}
+
+TEST(Console, HexIsLowerCaseWithoutPrefixAndLeaksIntoNothing) {
+    EXPECT_EQ(console::compose("0x", console::Hex{0x10AB}, " ", 16), "0x10ab 16");
+    EXPECT_EQ(console::compose(console::Hex{0}), "0");
+}
+
+TEST(Console, RealNumbersHaveSixSignificantDigits) {
+    EXPECT_EQ(console::compose(12.5F, " ", 1183.71212121), "12.5 1183.71");
+}
+
+TEST(Console, WritesToTheNamedStream) {
+    testing::internal::CaptureStdout();
+    testing::internal::CaptureStderr();
+    console::out("to out ", 1, "\n");
+    console::err("to err ", 2, "\n");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "to err 2\n");
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "to out 1\n");
+}
+
+} // namespace
