@@ -2,14 +2,11 @@
 // routed it to. Called on the host's threads; `receive` blocks in steps of 1 ms.
 #pragma once
 
-#include "Export.h"
-#include "I_MemMapped_AXI.h"
-
-#include <cstdint>
+#include "A_FPGA_Module.h"
 
 namespace Pelgar::ORBE {
 
-class ORBE_EXPORT UART_Module {
+class ORBE_EXPORT UART_Module : public A_FPGA_Module {
 public:
     // `axi` must outlive the module.
     UART_Module(I_MemMapped_AXI* axi, std::uint32_t base_address);
@@ -21,11 +18,9 @@ public:
     // Writes `count` modulo 256 bytes into the transmit FIFO.
     void send(const std::uint8_t* data, std::uint32_t count);
 
-private:
-    std::uint32_t read_status();
-
-    I_MemMapped_AXI* m_axi;
-    std::uint32_t m_base_address;
+    // The status register. Bits that tell of an error are reported on standard error, and nothing else comes
+    // of them: a damaged byte shows in the answer of the bridge.
+    std::uint32_t read_status() const;
 };
 
 } // namespace Pelgar::ORBE

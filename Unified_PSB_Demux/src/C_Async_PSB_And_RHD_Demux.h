@@ -1,5 +1,5 @@
-// Layer: demultiplexer. First stage of the data path: takes whole transfer buffers from the pump thread and, on
-// the main demux thread, splits them into 16-byte rows and routes the rows to four NP workers and one RHD
+// Layer: demultiplexer. First stage of the data path: takes whole transfer buffers from the pump thread and,
+// on the main demux thread, splits them into 16-byte rows and routes the rows to four NP workers and one RHD
 // worker. The host's threads set it up and take it down.
 #pragma once
 
@@ -10,15 +10,16 @@
 #include "I_L2_Demux_CH_Results.h"
 #include "I_RHD_Frame_Listener.h"
 #include "Main_mux_transfer_buffer_wrapper.h"
+#include "Mux_Row_Format.h"
 #include "NP_Block_Buffer.h"
+#include "Relaxed.h"
 
 #include <array>
 #include <atomic>
+#include <cstddef>
 #include <cstdint>
 #include <fstream>
 #include <memory>
-#include <span>
-#include <vector>
 
 namespace Pelgar::ORBE::demux {
 
@@ -42,6 +43,10 @@ public:
     // Queues a copy of the whole record. Pump thread; never blocks for long, never drops; allocates while the
     // queue grows.
     void push_xfer_buffer_to_queue(const Main_mux_transfer_buffer_wrapper& buffer);
+
+    // Removes the transfer buffer that `run` left at the front of the queue when it threw. Call `run` again to go
+    // on with the next one.
+    void drop_front_xfer_buffer();
 
     // Queues the record of size 0 that ends `run`.
     void poison_queue();
@@ -69,6 +74,29 @@ public:
     std::uint32_t get_total_processed_RHD_frame_count() const;
 
 private:
+    void process_queue_element();
+    void process_transfer_buffer(const Main_mux_transfer_buffer_wrapper& buffer);
+    void split_rows(const std::uint8_t* data, std::size_t row_count);
+    void hand_over_block(unsigned port);
+
+    Block_Queue<Main_mux_transfer_buffer_wrapper> m_main_demux_queue;
+    std::array<std::unique_ptr<C_NP_Worker_Thread>, np_port_count> m_np_workers;
+    std::unique_ptr<C_RHD_Worker_Thread> m_rhd_worker;
+    Relaxed<bool> m_worker_threads_started{false};
+    // The block of each port that is being filled.
+    std::array<std::unique_ptr<NP_Block_Buffer>, np_port_count> m_np_block_buffers;
+    bool m_stop_requested = false;
+    // The last row counter of each stream id.
+    std::array<std::uint8_t, mux_row::stream_id_count> m_last_row_counter;
+    // Created in the working directory, and left empty, whenever a demultiplexer is made.
+    std::ofstream m_raw_data_file;
+    std::uint32_t m_processed_packet_count = 0;
+    std::array<std::uint32_t, np_port_count> m_np_rows_processed{};
+    std::uint32_t m_rhd_rows_processed = 0;
+    std::uint32_t m_total_row_index = 0;
+    std::atomic<bool> m_done{false};
+    // The RHD words of one transfer buffer, which go to the worker in one operation.
+    std::unique_ptr<std::uint16_t[]> m_rhd_words;
 };
 
 } // namespace Pelgar::ORBE::demux

@@ -1,0 +1,164 @@
+// Layer: device controller. Owns one ORBE box for as long as a basestation is open: bring-up, FPGA identity,
+// probe bring-up, streaming and the DMA pump. Operations run on the host's threads, `pump_data_to_demux` on the
+// pump thread; several wait in fixed steps, as each says.
+#pragma once
+
+#include "A_ORBE_Controller.h"
+#include "C_Async_PSB_And_RHD_Demux.h"
+#include "C_L2_CH_Gain_Fix_Filter.h"
+#include "Export.h"
+#include "I_L2_Demux_CH_Results.h"
+#include "I_RHD_Frame_Listener.h"
+#include "M_I2C_Over_GSML.h"
+#include "M_NP_Probe_Control.h"
+#include "Main_mux_transfer_buffer_wrapper.h"
+#include "Page_Aligned_Buffer.h"
+#include "Relaxed.h"
+
+#include <array>
+#include <cstdint>
+#include <fstream>
+#include <initializer_list>
+#include <memory>
+#include <string>
+#include <thread>
+
+namespace Pelgar::ORBE {
+
+// What `m_current_error_level` holds. Above `healthy` the streams' registers are left alone.
+enum class Error_Level : std::int32_t { healthy = 0, probe_link = 1, driver_open = 2, dma_pump = 3 };
+
+class ORBE_EXPORT ORBE_Controller_Library {
+public:
+    // Builds the back-end of the mode; touches no hardware.
+    explicit ORBE_Controller_Library(bool simulation);
+
+    // The same on a back-end that the caller has made.
+    ORBE_Controller_Library(std::shared_ptr<A_ORBE_Controller> controller, bool simulation);
+
+    // Stops the stream and joins the demultiplexer.
+    ~ORBE_Controller_Library();
+    ORBE_Controller_Library(const ORBE_Controller_Library&) = delete;
+    ORBE_Controller_Library& operator=(const ORBE_Controller_Library&) = delete;
+
+    // ---- Lifecycle and FPGA identity. Exceptions of the back-end pass through.
+
+    // Opens the driver connection. False, and the error level, tell that there is no usable box.
+    bool open();
+
+    // Whether the FPGA runs the Neuropixels design; when it does not and `switch_allowed`, reboots it into that
+    // design (10 s) and opens the driver again.
+    bool check_and_switch_firmware_if_nec(bool switch_allowed);
+
+    // Reboots the FPGA from a flash address. False when the configuration port does not answer.
+    bool icap_boot(unsigned address);
+
+    // Resets the box, powers the probe ports and waits up to 5 s for a headstage link to lock; then makes the
+    // probe-link objects. False when no port locks.
+    bool pre_init(bool one_mode);
+
+    // The design signature as eight lower-case hexadecimal digits.
+    std::string get_design_identifier_from_fpga();
+    // Day, month and year of the FPGA design as dd-mm-yyyy.
+    std::string get_design_build_date();
+    std::string get_library_version() const;
+    // Degrees Celsius.
+    float get_fpga_temperature() const;
+    unsigned get_fpga_efuse() const;
+    // Probe ports that the FPGA design offers; 0 before `pre_init`.
+    unsigned char get_np_port_count_from_fpga_signature() const;
+    // Bit i: the link of port i + 1 was locked when `pre_init` looked.
+    unsigned char get_cached_np_port_status() const;
+    bool is_in_simulation_mode() const;
+    Error_Level get_current_error_level() const;
+
+    // ---- Streaming.
+
+    // Hardware mode: allocates the buffers, starts the demultiplexer and hands the receive buffer to the driver.
+    void prepare_for_streaming();
+
+    // Simulation mode: opens the recorded raw DMA file and starts the demultiplexer. False when the file cannot
+    // be opened.
+    bool prepare_for_simulation_streaming(const std::string& path);
+
+    // Switches data sources on: probe ports by index 0..3 and RHD data streams by number 0..31.
+    void enable_streaming(bool enable_np, std::initializer_list<unsigned> np_ports, bool enable_rhd,
+                          std::initializer_list<unsigned> rhd_streams, bool soft_trigger);
+    void disable_streaming();
+    void disable_data_sources();
+
+    // Moves one buffer into the demultiplexer. False when the read failed or the recording has ended. Pump
+    // thread; blocks in the driver's read, or 10 ms in simulation mode.
+    bool pump_data_to_demux();
+
+    void send_soft_trigger();
+    void set_hw_trigger_ttl_source(unsigned char index);
+    void set_ttl_out(unsigned value);
+    unsigned get_ttl_in();
+
+    // Routes the channel results of a port (index 0..3), through the port's gain filter when `via_gain_filter`.
+    // Throws std::out_of_range("invalid array<T, N> subscript") or, without the filter, std::runtime_error for
+    // another port. The listener is held weakly.
+    void set_NP_aqustion_listener(std::weak_ptr<demux::I_L2_Demux_CH_Results> listener, unsigned port,
+                                  bool via_gain_filter);
+    void set_RHD_aqustion_listener(std::weak_ptr<demux::I_RHD_Frame_Listener> listener);
+    void save_stream_listeners();
+    void restore_stream_listeners();
+
+    // Stops the sources, ends and joins the demultiplexer and logs what was processed.
+    void finalize_stream();
+
+private:
+    friend struct Controller_Test_Peer;
+
+    static constexpr std::size_t port_count = demux::np_port_count;
+
+    void log_mode() const;
+    void log_fpga_identity();
+    bool check_np_ports_status();
+    std::uint8_t np_port_mask() const;
+
+    void start_main_demux_thread();
+    void stop_main_demux_thread();
+    void run_main_demux();
+    void allocate_transfer_buffer();
+    bool pump_hw_data_to_demux();
+    bool pump_simulation_data_to_demux();
+
+
+    // Reads away what the driver still holds and releases the receive buffer. Not part of the normal end of a
+    // stream: leaving the driver's buffers alone there is deliberate.
+    void purge_read_buffers();
+
+    void set_error_level(Error_Level level);
+    bool is_healthy() const;
+
+    std::shared_ptr<A_ORBE_Controller> m_controller;
+    demux::Async_NP_And_RHD_Demux m_demux;
+
+    std::thread m_main_demux_thread;
+    bool m_main_demux_thread_started = false;
+    static constexpr std::uint32_t m_page_aligned_recv_buffer_size = demux::transfer_buffer_capacity;
+    Page_Aligned_Buffer m_page_aligned_recv_buffer;
+    std::unique_ptr<demux::Main_mux_transfer_buffer_wrapper> m_xfer_buffer;
+    std::uint32_t m_total_bytes_read = 0;
+    std::uint32_t m_read_counter = 0;
+    std::uint8_t m_pump_print_counter = 0;
+    bool m_prepared_for_streaming = false;
+    Relaxed<bool> m_sim_paused{false};
+    std::ifstream m_sim_file;
+
+    Relaxed<Error_Level> m_current_error_level{Error_Level::healthy};
+    bool m_simulation_mode;
+    std::uint8_t m_np_port_count_parameter_from_fpga = 0;
+
+    std::unique_ptr<I2C_Over_GSML_Module> m_i2c;
+    std::array<std::unique_ptr<NP_Probe_Control_Module>, port_count> m_np_probe_control;
+    std::array<std::shared_ptr<C_L2_CH_Gain_Fix_Filter>, port_count> m_gain_filters;
+    std::uint8_t m_np_port_pll_status = 0;
+
+    std::array<std::weak_ptr<demux::I_L2_Demux_CH_Results>, port_count> m_saved_np_listeners;
+    std::weak_ptr<demux::I_RHD_Frame_Listener> m_saved_rhd_listener;
+};
+
+} // namespace Pelgar::ORBE

@@ -1,0 +1,21 @@
+// Layer: façade. Switches that a host sets by putting a file into the working directory. Called on the host's
+// threads; blocks for the file system only.
+#pragma once
+
+#include <string>
+
+namespace Pelgar::ORBE::npoe_adapter {
+
+// Present: simulation mode; the first line names the recorded raw DMA file.
+inline constexpr const char* simulation_switch = "ORBE_DFGMZ_ADAPTER_SIM";
+
+struct File_Switch {
+    std::string first_line; // without its line end
+    bool present = false;
+};
+
+// Looks for a switch file. Every look also leaves the marker file "ORBE_DFGMZ_ADAPTER_SI" in the working
+// directory, which tells the user where the switch files belong.
+File_Switch probe_file_switch(const std::string& name);
+
+} // namespace Pelgar::ORBE::npoe_adapter

@@ -1,0 +1,174 @@
+// Layer: façade. Devices, opening and closing the basestation. Called on the host's threads; openBS and closeBS
+// must not overlap any other call.
+#include "NeuropixAPI.h"
+
+#include "Adapter_State.h"
+#include "File_Switch.h"
+#include "Pump_Thread.h"
+
+#include <loguru.hpp>
+
+#include <algorithm>
+#include <memory>
+#include <mutex>
+#include <stdexcept>
+#include <utility>
+
+namespace Neuropixels {
+
+namespace {
+
+using namespace Pelgar::ORBE;
+using namespace Pelgar::ORBE::npoe_adapter;
+
+constexpr const char* log_file = "ORBE.log";
+constexpr int log_file_verbosity = 9;
+
+// The one device: a box of its own kind behind the number 1.
+constexpr basestationID the_basestation{NPPlatform_USB, 1};
+
+constexpr NP_ErrorCode open_failed = VERSION_MISMATCH;
+
+// Turns every blocked reader away and ends the pump, so that the controller can go.
+void end_acquisition() {
+    g_stop_requested = true;
+    for (const auto& converter : *g_np_converters) {
+        if (converter) {
+            converter->queue().signal_exit();
+        }
+    }
+    if (*g_rhd_converter) {
+        (*g_rhd_converter)->queue().signal_exit();
+    }
+    join_pump_thread();
+    g_acquisition_running = false;
+}
+
+// Puts `controller` in the place of the one that is open, which is taken down with its box.
+void exchange_controller(std::shared_ptr<ORBE_Controller_Library> controller) {
+    {
+        const std::lock_guard lock(*g_objects_mutex);
+        g_controller->swap(controller);
+    }
+    controller.reset();
+}
+
+std::shared_ptr<ORBE_Controller_Library> make_controller(bool simulation) {
+    if (*g_controller_factory) {
+        return (*g_controller_factory)(simulation);
+    }
+    return std::make_shared<ORBE_Controller_Library>(simulation);
+}
+
+void connect_converters(ORBE_Controller_Library& controller) {
+    for (unsigned port = 0; port < np_port_count; ++port) {
+        auto converter = std::make_shared<NP_Converter>();
+        controller.set_NP_aqustion_listener(converter, port, true);
+        const std::lock_guard lock(*g_objects_mutex);
+        (*g_np_converters)[port].swap(converter);
+    }
+    auto converter = std::make_shared<RHD_Converter>();
+    controller.set_RHD_aqustion_listener(converter);
+    const std::lock_guard lock(*g_objects_mutex);
+    g_rhd_converter->swap(converter);
+}
+
+bool bring_up(ORBE_Controller_Library& controller) {
+    if (!controller.open() || !controller.check_and_switch_firmware_if_nec(true) || !controller.pre_init(true)) {
+        return false;
+    }
+    g_stop_requested = false;
+    connect_converters(controller);
+    if (controller.is_in_simulation_mode()) {
+        return controller.prepare_for_simulation_streaming(probe_file_switch(simulation_switch).first_line);
+    }
+    controller.prepare_for_streaming();
+    return true;
+}
+
+} // namespace
+
+int getDeviceList(basestationID* list, int count) {
+    LOG_SCOPE_F(INFO, "getDeviceList");
+    LOG_F(INFO, "count : %d", count);
+    if (g_log_file_pending.exchange(false)) {
+        loguru::add_file(log_file, loguru::Truncate, log_file_verbosity);
+    }
+    if (list != nullptr && count > 0) {
+        list[0] = the_basestation;
+    }
+    return 1;
+}
+
+NP_ErrorCode getDeviceInfo(int slotID, basestationID* info) {
+    LOG_SCOPE_F(INFO, "getDeviceInfo");
+    LOG_F(INFO, "slotID : %d", slotID);
+    write_to_host(info, the_basestation);
+    return SUCCESS;
+}
+
+bool tryGetSlotID(const basestationID* /*id*/, int* slotID) {
+    VLOG_SCOPE_F(1, "tryGetSlotID");
+    VLOG_F(1, "%d", 0);
+    write_to_host(slotID, 0);
+    return true;
+}
+
+NP_ErrorCode openBS(int slotID) {
+    LOG_SCOPE_F(INFO, "openBS");
+    LOG_F(INFO, "slotID : %d", slotID);
+    if (current_controller()) {
+        LOG_F(INFO, "Warning re initalizing library. slotID : %d", slotID);
+    }
+    const bool simulation = probe_file_switch(simulation_switch).present;
+    try {
+        end_acquisition();
+        exchange_controller(make_controller(simulation));
+        if (!bring_up(*current_controller())) {
+            return open_failed;
+        }
+    } catch (const std::runtime_error& exception) {
+        LOG_F(ERROR, "openBS : %s", exception.what());
+        return open_failed;
+    }
+    LOG_F(INFO, "Converter data structures prepared (%d)", slotID);
+    return SUCCESS;
+}
+
+NP_ErrorCode closeBS(int slotID) {
+    LOG_SCOPE_F(INFO, "closeBS");
+    LOG_F(INFO, "SlotID : %d", slotID);
+    auto disabled = SUCCESS;
+    if (current_controller()) {
+        disabled = forward_to_controller("closeBS", [](auto& controller) {
+            controller.disable_streaming();
+            return true;
+        });
+    }
+    end_acquisition();
+    exchange_controller(nullptr);
+    return disabled;
+}
+
+NP_ErrorCode detectHeadStage(int slotID, int portID, bool* detected) {
+    LOG_SCOPE_F(INFO, "detectHeadStage");
+    LOG_F(INFO, "slotID : %d, portID : %d", slotID, portID);
+    bool present = false;
+    const auto result = forward_to_controller("detectHeadStage", [&](const auto& controller) {
+        const unsigned status = controller.get_cached_np_port_status();
+        const unsigned offered = std::min<unsigned>(controller.get_np_port_count_from_fpga_signature(), np_port_count);
+        const unsigned port = static_cast<unsigned>(portID - 1);
+        present = port < offered && ((status >> port) & 1U) != 0;
+        return true;
+    });
+    write_to_host(detected, present);
+    return result;
+}
+
+NP_ErrorCode arm(int slotID) {
+    LOG_SCOPE_F(INFO, "arm");
+    LOG_F(INFO, "slotID : %d", slotID);
+    return SUCCESS;
+}
+
+} // namespace Neuropixels

@@ -1,0 +1,142 @@
+// Layer: façade. Starting and stopping acquisition, and handing packets to the host. Called on the host's
+// threads, the reading functions usually on one thread a port; those block until packets are there.
+#include "NeuropixAPI.h"
+
+#include "Adapter_State.h"
+#include "Pump_Thread.h"
+#include "Throughput_Report.h"
+#include "Waiting.h"
+
+#include <loguru.hpp>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdint>
+
+namespace Neuropixels {
+
+namespace {
+
+using namespace Pelgar::ORBE;
+using namespace Pelgar::ORBE::npoe_adapter;
+
+constexpr auto pump_end_poll_wait = std::chrono::milliseconds(1000);
+
+// Copies packets to the host until `requested` are copied or the reader is turned away; answers their number.
+int take_packets(NP_Converter& converter, electrodePacket* packets, int requested) {
+    const std::lock_guard lock(converter.reader_mutex());
+    MT_NP_PXI_Queue& queue = converter.queue();
+    for (int i = 0; i < requested; ++i) {
+        const electrodePacket* front = queue.peek_xfer_buffer_from_queue();
+        if (packets != nullptr) {
+            packets[i] = *front;
+        }
+        if (queue.signalled_for_exit() || g_stop_requested) {
+            return i;
+        }
+        queue.pop();
+    }
+    return requested;
+}
+
+} // namespace
+
+NP_ErrorCode start_acquisition(int slotID, int portID) {
+    LOG_SCOPE_F(INFO, "start_acquisition");
+    LOG_F(INFO, "starting acquisition : slotID : %d, portID : %d", slotID, portID);
+    const auto controller = current_controller();
+    if (!controller) {
+        LOG_F(ERROR, "start_acquisition : no basestation is open");
+        return SUCCESS;
+    }
+    bool running = false;
+    if (!g_acquisition_running.compare_exchange_strong(running, true)) {
+        return SUCCESS;
+    }
+    const auto enabled = forward_to_controller("start_acquisition", [](auto& box) {
+        box.enable_streaming(true, {0, 1, 2, 3}, true, {}, true);
+        return true;
+    });
+    if (enabled != SUCCESS) {
+        g_acquisition_running = false;
+        return enabled;
+    }
+    g_pump_ended = false;
+    g_stop_requested = false;
+    start_pump_thread(controller, slotID, portID);
+    return SUCCESS;
+}
+
+NP_ErrorCode stop_acquisition(int slotID, int portID) {
+    LOG_SCOPE_F(INFO, "stop_acquisition");
+    LOG_F(INFO, "slotID : %d, portID : %d", slotID, portID);
+    bool running = true;
+    if (!g_acquisition_running.compare_exchange_strong(running, false)) {
+        return SUCCESS;
+    }
+    LOG_F(INFO, "Stopping main stream. (%d)", slotID);
+    const auto disabled = forward_to_controller("stop_acquisition", [](auto& controller) {
+        controller.disable_streaming();
+        return true;
+    });
+    g_stop_requested = true;
+    while (!g_pump_ended) {
+        LOG_F(INFO, "Waiting main pump to stop. (%d)", slotID);
+        wait_for(pump_end_poll_wait);
+    }
+    join_pump_thread();
+    return disabled;
+}
+
+NP_ErrorCode readElectrodeData(int /*slotID*/, int portID, int /*dockID*/, electrodePacket* packets,
+                               int* actualAmount, int requestedAmount) {
+    int copied = 0;
+    const bool is_port = portID >= 1 && portID <= static_cast<int>(np_port_count);
+    if (is_port || requestedAmount != 0) {
+        if (const auto converter = current_np_converter(portID)) {
+            const int requested = std::max(requestedAmount, 0);
+            copied = take_packets(*converter, packets, requested);
+            if (copied == requested) {
+                report_throughput(portID - 1, requested);
+            }
+        }
+    }
+    write_to_host(actualAmount, copied);
+    return SUCCESS;
+}
+
+NP_ErrorCode getElectrodeDataFifoState(int /*slotID*/, int portID, int /*dockID*/, int* packetsAvailable,
+                                       int* headroom) {
+    const auto converter = current_np_converter(portID);
+    const int available = converter ? static_cast<int>(converter->queue().size()) : 0;
+    write_to_host(packetsAvailable, available);
+    write_to_host(headroom, static_cast<int>(packet_queue_limit) - available);
+    return SUCCESS;
+}
+
+NP_ErrorCode ADC_readPackets(int /*slotID*/, PacketInfo* packetInfo, int16_t* data, int /*channelCount*/,
+                             int packetCount, int* packetsRead) {
+    const auto converter = current_rhd_converter();
+    int taken = 0;
+    if (converter) {
+        const int requested = std::max(packetCount, 0);
+        const std::lock_guard lock(converter->reader_mutex());
+        for (; taken < requested; ++taken) {
+            PacketInfo info{};
+            int16_t* const samples = data == nullptr ? nullptr : data + taken * std::ptrdiff_t{adc_packet_length};
+            converter->read_sample_packet_to_buffer(samples, &info.Status);
+            if (packetInfo != nullptr) {
+                packetInfo[taken] = info;
+            }
+            if (converter->queue().signalled_for_exit() || g_stop_requested) {
+                // Nothing of what was copied so far is for the host to use.
+                taken = 0;
+                break;
+            }
+        }
+    }
+    write_to_host(packetsRead, taken);
+    return SUCCESS;
+}
+
+} // namespace Neuropixels

@@ -1,0 +1,91 @@
+#!/usr/bin/env bash
+# Builds and runs every test: in the presets given as arguments, or in release, asan and tsan without any; after
+# the release preset it installs the library and builds and runs a program against what was installed.
+# Shows ctest's own output of every run. The last line reads "N passed, N failed" and sums what ctest counted
+# in all runs; a build that fails and a run without a test count as one failure each. Exits 0 when none failed.
+set -euo pipefail
+
+cd "$(dirname "$0")/.."
+scripts/setup.sh
+
+presets=("$@")
+[ ${#presets[@]} -gt 0 ] || presets=(release asan tsan)
+jobs=$(nproc)
+passed=0
+failed=0
+log=$(mktemp)
+trap 'rm -f "$log"' EXIT
+
+# The sanitizers of GCC 12 cannot place their shadow memory where a kernel spreads addresses over more than
+# 28 bits; without address randomisation they always can.
+fixed_addresses=()
+if [ "$(cat /proc/sys/vm/mmap_rnd_bits 2>/dev/null || echo 0)" -gt 28 ] && setarch -R true 2>/dev/null; then
+    fixed_addresses=(setarch -R)
+fi
+
+# quietly STEP COMMAND...: runs the command and shows its output only when it fails.
+quietly() {
+    local step=$1
+    shift
+    if ! "${fixed_addresses[@]}" "$@" >"$log" 2>&1; then
+        tail -n 60 "$log"
+        echo "test: $step FAILED"
+        failed=$((failed + 1))
+        return 1
+    fi
+}
+
+# run_ctest NAME ARGUMENT...: runs ctest and adds what its report says to the totals. Whatever is not reported
+# as run and passed (failed, timed out, not built, skipped, disabled) is a failure.
+run_ctest() {
+    local name=$1 report status=0 total good
+    shift
+    report=$PWD/build/test-report-$name.xml
+    rm -f "$report"
+    "${fixed_addresses[@]}" ctest "$@" --parallel "$jobs" --output-junit "$report" || status=$?
+    total=$(grep -c '^[[:space:]]*<testcase ' "$report" 2>/dev/null) || true
+    good=$(grep -c '^[[:space:]]*<testcase .* status="run"' "$report" 2>/dev/null) || true
+    total=${total:-0}
+    good=${good:-0}
+    passed=$((passed + good))
+    failed=$((failed + total - good))
+    if [ "$total" -eq 0 ]; then
+        echo "test: no test ran in $name"
+        failed=$((failed + 1))
+    elif [ "$status" -ne 0 ] && [ "$total" -eq "$good" ]; then
+        echo "test: ctest ended with status $status in $name"
+        failed=$((failed + 1))
+    fi
+}
+
+# Answers whether the preset could be built.
+run_preset() {
+    local preset=$1 begin=$SECONDS
+    echo "test: preset $preset: building"
+    quietly "configuring preset $preset" cmake --preset "$preset" || return
+    quietly "building preset $preset" cmake --build --preset "$preset" --parallel "$jobs" || return
+    echo "test: preset $preset: built in $((SECONDS - begin)) s, running the tests"
+    run_ctest "$preset" --preset "$preset"
+    echo "test: preset $preset: $((SECONDS - begin)) s in all"
+}
+
+# The library as others get it: installed into a prefix, found by find_package, linked and run.
+run_consumer() {
+    local prefix=$PWD/build/consumer-prefix build=$PWD/build/consumer
+    echo "test: consumer of the installed package"
+    rm -rf "$prefix" "$build"
+    quietly "installing" cmake --install build/release --prefix "$prefix" || return 0
+    quietly "configuring the consumer" cmake -S tests/consumer -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Release \
+        -DCMAKE_PREFIX_PATH="$prefix" || return 0
+    quietly "building the consumer" cmake --build "$build" || return 0
+    run_ctest consumer --test-dir "$build" --output-on-failure
+}
+
+for preset in "${presets[@]}"; do
+    if run_preset "$preset" && [ "$preset" = release ]; then
+        run_consumer
+    fi
+done
+
+echo "$passed passed, $failed failed"
+[ "$failed" -eq 0 ]

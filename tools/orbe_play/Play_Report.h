@@ -1,0 +1,12 @@
+// Program orbe-play. What has come out of playing a recording, as a table for people.
+#pragma once
+
+#include "Player.h"
+
+#include <string>
+
+namespace Pelgar::ORBE::recording {
+
+std::string report(const Player& player, const Play_Options& options);
+
+} // namespace Pelgar::ORBE::recording

@@ -1,0 +1,27 @@
+// Program orbe-play. Keeps what the library prints away from the user: while the object lives, the process's
+// standard output and standard error go to a file. The user still sees what goes to the descriptor that the
+// object keeps.
+#pragma once
+
+#include <filesystem>
+
+namespace Pelgar::ORBE::recording {
+
+class Quiet_Library {
+public:
+    // Throws std::runtime_error when the file cannot be written.
+    explicit Quiet_Library(const std::filesystem::path& file);
+    // Puts both streams back.
+    ~Quiet_Library();
+    Quiet_Library(const Quiet_Library&) = delete;
+    Quiet_Library& operator=(const Quiet_Library&) = delete;
+
+    // Where the user sees errors and progress.
+    int user_error_descriptor() const { return m_user_error; }
+
+private:
+    int m_user_output;
+    int m_user_error;
+};
+
+} // namespace Pelgar::ORBE::recording

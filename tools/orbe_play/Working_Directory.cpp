@@ -1,0 +1,57 @@
+#include "Working_Directory.h"
+
+#include <fstream>
+#include <random>
+#include <stdexcept>
+#include <string>
+#include <system_error>
+
+namespace Pelgar::ORBE::recording {
+
+namespace {
+
+constexpr const char* simulation_switch = "ORBE_DFGMZ_ADAPTER_SIM";
+constexpr int most_attempts = 100;
+
+std::filesystem::path make_directory() {
+    std::random_device random;
+    for (int attempt = 0; attempt < most_attempts; ++attempt) {
+        const auto path = std::filesystem::temp_directory_path() / ("orbe-play-" + std::to_string(random()));
+        if (std::filesystem::create_directory(path)) {
+            return path;
+        }
+    }
+    throw std::runtime_error("no free name for a temporary directory");
+}
+
+} // namespace
+
+Working_Directory::Working_Directory(const std::filesystem::path& recording)
+    : m_home(std::filesystem::current_path()), m_path(make_directory()) {
+    std::ofstream file(m_path / simulation_switch);
+    file << std::filesystem::absolute(recording).string() << "\n";
+    file.close();
+    if (!file) {
+        std::error_code ignored;
+        std::filesystem::remove_all(m_path, ignored);
+        throw std::runtime_error("cannot write into '" + m_path.string() + "'");
+    }
+    std::filesystem::current_path(m_path);
+}
+
+Working_Directory::~Working_Directory() {
+    std::error_code ignored;
+    std::filesystem::current_path(m_home, ignored);
+    if (!m_keep) {
+        std::filesystem::remove_all(m_path, ignored);
+        std::filesystem::remove(output_path(), ignored);
+    }
+}
+
+std::filesystem::path Working_Directory::output_path() const {
+    std::filesystem::path path = m_path;
+    path += ".log";
+    return path;
+}
+
+} // namespace Pelgar::ORBE::recording

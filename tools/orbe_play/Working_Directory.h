@@ -1,0 +1,32 @@
+// Program orbe-play. A fresh directory in which the library runs: it looks for its switch files, and writes
+// its log, in the working directory.
+#pragma once
+
+#include <filesystem>
+
+namespace Pelgar::ORBE::recording {
+
+class Working_Directory {
+public:
+    // Makes the directory with the switch file that names `recording` and goes there. Throws
+    // std::runtime_error or std::filesystem::filesystem_error when that cannot be done.
+    explicit Working_Directory(const std::filesystem::path& recording);
+    // Goes back, and removes the directory and the library's output unless they are to be kept.
+    ~Working_Directory();
+    Working_Directory(const Working_Directory&) = delete;
+    Working_Directory& operator=(const Working_Directory&) = delete;
+
+    const std::filesystem::path& path() const { return m_path; }
+
+    // Beside the directory: where the library's output goes.
+    std::filesystem::path output_path() const;
+
+    void keep() { m_keep = true; }
+
+private:
+    std::filesystem::path m_home;
+    std::filesystem::path m_path;
+    bool m_keep = false;
+};
+
+} // namespace Pelgar::ORBE::recording

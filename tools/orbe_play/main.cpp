@@ -1,0 +1,115 @@
+// Program orbe-play: plays a raw recording through the exported API and, on request, compares every packet
+// with what the recording holds. Knows nothing of the library but its public header. Exit codes: 0 everything
+// arrived (and was equal), 1 not so, 2 wrong arguments, 130 stopped by the user.
+#include "Interrupt.h"
+#include "Piece_Reader.h"
+#include "Play_Report.h"
+#include "Player.h"
+#include "Quiet_Library.h"
+#include "Working_Directory.h"
+
+#include <CLI/CLI.hpp>
+
+#include <cstdio>
+#include <exception>
+#include <optional>
+#include <string>
+
+namespace {
+
+using namespace Pelgar::ORBE::recording;
+
+constexpr int failed = 1;
+constexpr int wrong_arguments = 2;
+constexpr double longest_stall = 3600.0;
+
+constexpr const char* footer =
+    "The recording is played in a fresh working directory. What the library prints goes to a file beside it "
+    "unless --no-quiet-library is given; both are removed when all went well, and named when not.";
+
+std::uint64_t expected_packets(const Player& player) {
+    std::uint64_t sum = player.adc().result().expected;
+    for (const auto& port : player.ports()) {
+        sum += port->result().expected;
+    }
+    return sum;
+}
+
+// What is wrong, in one line; empty when nothing is.
+std::string problem_of(const Player& player, bool played, bool verify) {
+    if (!played) {
+        return player.problem();
+    }
+    if (expected_packets(player) == 0) {
+        return "the recording holds nothing that reaches a host (orbe-recording check tells more)";
+    }
+    if (!player.good()) {
+        return verify ? "what came is not what the recording holds" : "the packets are not complete";
+    }
+    return {};
+}
+
+int play(const Play_Options& options, bool quiet, bool keep) {
+    Working_Directory directory(options.recording);
+    Player player(options);
+    bool played = false;
+    {
+        std::optional<Quiet_Library> redirection;
+        if (quiet) {
+            redirection.emplace(directory.output_path());
+        }
+        played = player.play(redirection ? redirection->user_error_descriptor() : 2);
+    }
+    if (player.seconds() > 0.0) {
+        std::fputs(report(player, options).c_str(), stdout);
+    }
+    const std::string problem = problem_of(player, played, options.verify);
+    if (!problem.empty()) {
+        directory.keep();
+        std::fprintf(stderr, "orbe-play: %s\n", problem.c_str());
+        std::fprintf(stderr, "orbe-play: the library's log is in '%s'%s%s%s\n",
+                     directory.path().string().c_str(), quiet ? ", what it printed is in '" : "",
+                     quiet ? directory.output_path().string().c_str() : "", quiet ? "'" : "");
+        return interrupted() ? interrupted_exit_code : failed;
+    }
+    if (keep) {
+        directory.keep();
+        std::printf("Working directory kept: %s\n", directory.path().string().c_str());
+    }
+    std::puts(options.verify ? "All packets arrived and are equal." : "All packets arrived.");
+    return 0;
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    CLI::App app("Plays a raw recording of the ORBE acquisition box through the Neuropixels API");
+    std::string recording;
+    Play_Options options;
+    double stall = options.stall_limit.count();
+    bool quiet = true;
+    bool keep = false;
+    app.add_option("RECORDING", recording, "The raw recording")->required();
+    app.add_flag("--verify", options.verify, "Compare every sample, time stamp and status word");
+    app.add_option("--stall", stall, "Give up after so many seconds without a new packet")
+        ->check(CLI::Range(0.1, longest_stall))
+        ->capture_default_str();
+    app.add_flag("--quiet-library,!--no-quiet-library", quiet,
+                 "Send what the library prints to a file (default)");
+    app.add_flag("--keep", keep, "Keep the working directory also when all went well");
+    app.footer(footer);
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        return app.exit(error) == 0 ? 0 : wrong_arguments;
+    }
+    catch_interrupts();
+    try {
+        options.recording = std::filesystem::absolute(recording);
+        options.stall_limit = std::chrono::duration<double>(stall);
+        return play(options, quiet, keep);
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "orbe-play: %s\n", error.what());
+        return failed;
+    }
+}

@@ -1,0 +1,68 @@
+#include "Check_Command.h"
+
+#include "Check_Text.h"
+#include "Interrupt.h"
+#include "Piece_Reader.h"
+#include "Progress_Bar.h"
+#include "Recording_Checker.h"
+
+#include <cstdio>
+#include <stdexcept>
+#include <system_error>
+
+namespace Pelgar::ORBE::recording {
+
+namespace {
+
+constexpr int clean = 0;
+constexpr int something_wrong = 1;
+constexpr int unreadable = 2;
+
+constexpr const char* footer =
+    "Exit codes: 0 nothing is wrong, 1 something is wrong, 2 the file cannot be read.\n"
+    "The column packets says what a host receives when the recording is played: a last piece of less than 1 "
+    "MiB is "
+    "never pushed, and of each port the last block of 1,792 super frames is dropped unless it is complete "
+    "and one "
+    "more row follows.";
+
+} // namespace
+
+Check_Command::Check_Command(CLI::App& app)
+    : m_command(app.add_subcommand("check", "Look into a recording and report what is wrong with it")) {
+    m_command->add_option("FILE", m_path, "The recording")->required();
+    m_command->add_flag("--json", m_json, "Print JSON instead of a table");
+    m_command->footer(footer);
+}
+
+int Check_Command::run() const {
+    catch_interrupts();
+    Check_Report report;
+    try {
+        Piece_Reader reader{std::filesystem::path(m_path)};
+        Recording_Checker checker;
+        std::error_code unknown_size;
+        Progress_Bar progress("Checking " + m_path, std::filesystem::file_size(m_path, unknown_size));
+        while (reader.next()) {
+            checker.look_at_piece(reader.piece());
+            progress.show(reader.bytes_read());
+            if (interrupted()) {
+                return interrupted_exit_code;
+            }
+        }
+        checker.look_at_rest(reader.rest());
+        report = checker.report();
+    } catch (const std::runtime_error& error) {
+        std::fprintf(stderr, "orbe-recording: %s\n", error.what());
+        return unreadable;
+    }
+    if (report.bytes == 0) {
+        std::fprintf(stderr, "orbe-recording: '%s' is empty\n", m_path.c_str());
+        return unreadable;
+    }
+    const std::string text = m_json ? text_for_machines(m_path, report) : text_for_people(m_path, report);
+    std::fputs(text.c_str(), stdout);
+    return report.clean() ? clean : something_wrong;
+}
+
+} // namespace Pelgar::ORBE::recording

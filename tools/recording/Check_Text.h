@@ -1,0 +1,15 @@
+// Tools, recording library. The findings about a recording in words: a table for people, JSON for machines.
+#pragma once
+
+#include "Check_Report.h"
+
+#include <string>
+#include <string_view>
+
+namespace Pelgar::ORBE::recording {
+
+std::string text_for_people(std::string_view name, const Check_Report& report);
+
+std::string text_for_machines(std::string_view name, const Check_Report& report);
+
+} // namespace Pelgar::ORBE::recording

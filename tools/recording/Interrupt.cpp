@@ -1,0 +1,28 @@
+#include "Interrupt.h"
+
+#include <atomic>
+#include <csignal>
+
+namespace Pelgar::ORBE::recording {
+
+namespace {
+
+std::atomic<bool> g_interrupted{false};
+static_assert(std::atomic<bool>::is_always_lock_free);
+
+extern "C" void note_interrupt(int /*signal*/) {
+    g_interrupted.store(true);
+}
+
+} // namespace
+
+void catch_interrupts() {
+    std::signal(SIGINT, note_interrupt);
+    std::signal(SIGTERM, note_interrupt);
+}
+
+bool interrupted() {
+    return g_interrupted.load();
+}
+
+} // namespace Pelgar::ORBE::recording

@@ -1,0 +1,67 @@
+#include "Output_File.h"
+
+#include <cerrno>
+#include <cstring>
+#include <random>
+#include <stdexcept>
+#include <string>
+#include <system_error>
+
+namespace Pelgar::ORBE::recording {
+
+Output_File::Output_File(const std::filesystem::path& path) {
+    std::error_code error;
+    m_path = std::filesystem::weakly_canonical(path, error);
+    if (error) {
+        m_path = path;
+    }
+    const auto status = std::filesystem::status(m_path, error);
+    if (std::filesystem::is_directory(status)) {
+        fail(EISDIR);
+    }
+    if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status)) {
+        throw std::runtime_error("cannot write '" + m_path.string() + "': it is not a regular file");
+    }
+    m_temporary = m_path;
+    m_temporary += ".partial-" + std::to_string(std::random_device()());
+    m_file.reset(std::fopen(m_temporary.string().c_str(), "wbx"));
+    if (!m_file) {
+        fail(errno);
+    }
+    // Whole parts of several MiB are written at once; another buffer would only copy them.
+    std::setvbuf(m_file.get(), nullptr, _IONBF, 0);
+}
+
+Output_File::~Output_File() {
+    m_file.reset();
+    if (!m_temporary.empty()) {
+        std::error_code ignored;
+        std::filesystem::remove(m_temporary, ignored);
+    }
+}
+
+void Output_File::write(std::span<const std::uint8_t> bytes) {
+    errno = 0;
+    if (std::fwrite(bytes.data(), 1, bytes.size(), m_file.get()) != bytes.size()) {
+        fail(errno);
+    }
+}
+
+void Output_File::commit() {
+    if (std::fclose(m_file.release()) != 0) {
+        fail(errno);
+    }
+    std::error_code error;
+    std::filesystem::rename(m_temporary, m_path, error);
+    if (error) {
+        fail(error.value());
+    }
+    m_temporary.clear();
+}
+
+void Output_File::fail(int error) const {
+    throw std::runtime_error("cannot write '" + m_path.string() +
+                             "': " + std::generic_category().message(error));
+}
+
+} // namespace Pelgar::ORBE::recording

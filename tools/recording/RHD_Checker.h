@@ -1,0 +1,38 @@
+// Tools, recording library. Looks at the rows of the RHD stream: how long the frames are, which are cut,
+// which have no preamble, and how many ADC packets come out of them.
+#pragma once
+
+#include "ADC_Model.h"
+#include "Check_Report.h"
+#include "Row_Counter_Check.h"
+
+#include <map>
+
+namespace Pelgar::ORBE::recording {
+
+class RHD_Checker {
+public:
+    // Each row of the stream, in order.
+    void look_at(Row_View row);
+
+    // Each whole piece of the stream, in order.
+    void play(std::span<const std::uint8_t> piece);
+
+    // Complete only after the last row, since the usual length of the frames shows only then.
+    RHD_Findings findings() const;
+
+private:
+    void take(std::uint16_t word);
+    std::size_t usual_streams() const;
+
+    RHD_Findings m_findings;
+    Row_Counter_Check m_counter;
+    ADC_Model m_model;
+    std::uint64_t m_last_words = 0; // the last four words, the newest on top
+    std::uint64_t m_words = 0;
+    bool m_any_frame = false;
+    std::uint64_t m_frame_start = 0;                  // in words, of the frame seen last
+    std::map<std::uint64_t, std::uint64_t> m_lengths; // words from one preamble to the next, and how often
+};
+
+} // namespace Pelgar::ORBE::recording

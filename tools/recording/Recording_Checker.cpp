@@ -1,0 +1,51 @@
+#include "Recording_Checker.h"
+
+namespace Pelgar::ORBE::recording {
+
+Recording_Checker::Recording_Checker() {
+    for (unsigned port = 1; port <= port_count; ++port) {
+        m_ports.emplace_back(port);
+    }
+}
+
+void Recording_Checker::look_at_piece(std::span<const std::uint8_t> piece) {
+    look_at_rows(piece);
+    for (Port_Checker& port : m_ports) {
+        port.play(piece);
+    }
+    m_rhd.play(piece);
+}
+
+void Recording_Checker::look_at_rest(std::span<const std::uint8_t> rest) {
+    look_at_rows(rest);
+    m_report.bytes_never_pushed = rest.size();
+    m_report.odd_bytes = rest.size() % row_bytes;
+}
+
+Check_Report Recording_Checker::report() const {
+    Check_Report report = m_report;
+    for (unsigned port = 0; port < port_count; ++port) {
+        report.ports[port] = m_ports[port].findings();
+    }
+    report.rhd = m_rhd.findings();
+    return report;
+}
+
+void Recording_Checker::look_at_rows(std::span<const std::uint8_t> bytes) {
+    m_report.bytes += bytes.size();
+    m_report.rows += bytes.size() / row_bytes;
+    const std::size_t given_up = for_each_row(bytes, [this](Row_View row) {
+        const unsigned stream = row.stream();
+        if (stream < port_count) {
+            m_ports[stream].look_at(row);
+        } else if (stream == rhd_stream) {
+            m_rhd.look_at(row);
+        } else {
+            m_unknown[stream].follows(row, m_report.unknown[stream]);
+        }
+    });
+    m_report.given_up_rows += given_up;
+    m_report.bad_markers += given_up != 0 ? 1U : 0U;
+}
+
+} // namespace Pelgar::ORBE::recording
