@@ -15,7 +15,7 @@ namespace Pelgar::ORBE {
 constexpr std::uint8_t reverse_bits(std::uint8_t byte) {
     unsigned reversed = 0;
     for (unsigned bit = 0; bit < 8; ++bit) {
-        reversed |= ((byte >> bit) & 1U) << (7 - bit);
+        reversed |= ((unsigned{byte} >> bit) & 1U) << (7 - bit);
     }
     return static_cast<std::uint8_t>(reversed);
 }
@@ -28,7 +28,8 @@ public:
     static constexpr std::size_t size_in_bytes = byte_count;
 
     bool bit(std::size_t position) const {
-        return ((checked_at(m_bytes, position / bits_per_byte) >> (position % bits_per_byte)) & 1U) != 0;
+        const unsigned byte = checked_at(m_bytes, position / bits_per_byte);
+        return ((byte >> (position % bits_per_byte)) & 1U) != 0;
     }
 
     // Returns how the number of set bits changed: +1, 0 or -1.

@@ -26,22 +26,20 @@ UART_Module::UART_Module(I_MemMapped_AXI* axi, std::uint32_t base_address)
 
 void UART_Module::receive(std::uint8_t* out, std::uint32_t count, std::uint32_t timeout_ms) {
     std::uint32_t countdown = timeout_ms;
-    std::uint32_t received = 0;
-    while (received < count) {
-        if ((read_status() & uart::status_receive_data_valid) != 0) {
-            out[received] = static_cast<std::uint8_t>(read(uart::receive_data));
-            ++received;
-            countdown = timeout_ms;
-            continue;
+    for (std::uint32_t i = 0; i < count; ++i) {
+        countdown = timeout_ms;
+        while ((read_status() & uart::status_receive_data_valid) == 0) {
+            wait_for(poll_interval);
+            if (countdown > 0) {
+                --countdown;
+            }
+            if (countdown == 0) {
+                throw std::runtime_error("UART_Module recv timeout");
+            }
         }
-        wait_for(poll_interval);
-        if (countdown > 0) {
-            --countdown;
-        }
-        if (countdown == 0) {
-            throw std::runtime_error("UART_Module recv timeout");
-        }
+        out[i] = static_cast<std::uint8_t>(read(uart::receive_data));
     }
+    // Tells how much of the budget was left if the last byte had to be waited for.
     if (countdown != timeout_ms) {
         console::out("Reception complete at time : ", countdown, "\n");
     }

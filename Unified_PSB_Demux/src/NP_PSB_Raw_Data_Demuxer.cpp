@@ -105,14 +105,15 @@ void NP_PSB_Raw_Data_Demuxer::decode_frame(const unsigned char* data) {
 }
 
 void NP_PSB_Raw_Data_Demuxer::feed_psb_raw_data(unsigned short word) {
-    m_sync_shift_reg = static_cast<std::uint8_t>(m_sync_shift_reg << 1U | word >> sync_bit_shift);
+    const unsigned bits = word;
+    m_sync_shift_reg = static_cast<std::uint8_t>(unsigned{m_sync_shift_reg} << 1U | bits >> sync_bit_shift);
     if ((m_sync_shift_reg & sync_pattern_mask) == sync_pattern) {
         follow_sync_pattern();
     }
 
     for (std::size_t lane = 0; lane < lane_count; ++lane) {
-        const unsigned pair = (word >> (lane_0_shift - bits_per_beat * lane)) & beat_mask;
-        m_lane_words[lane] = static_cast<std::uint16_t>(m_lane_words[lane] << bits_per_beat | pair);
+        const unsigned pair = (bits >> (lane_0_shift - bits_per_beat * lane)) & beat_mask;
+        m_lane_words[lane] = static_cast<std::uint16_t>(unsigned{m_lane_words[lane]} << bits_per_beat | pair);
     }
     if (!m_sync_acquired) {
         return;

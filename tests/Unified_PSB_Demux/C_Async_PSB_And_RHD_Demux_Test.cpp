@@ -609,8 +609,7 @@ TEST_F(Running_Demux, ABlockOf1792SuperFramesReachesItsPortsListener) {
     for (const Row_Payload& payload : row_payloads(numbered_super_frames(0, 1793))) {
         m_counters.append(bytes, 2, payload);
     }
-    const auto output = run(in_buffers(bytes), 0);
-    EXPECT_EQ(output.err, "");
+    run(in_buffers(bytes), 0);
     EXPECT_EQ(listeners[2]->count(Band::AP), 1792U);
     EXPECT_EQ(listeners[2]->count(Band::LFP), 149U);
     EXPECT_TRUE(listeners[0]->sets.empty());

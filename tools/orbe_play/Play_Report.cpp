@@ -38,8 +38,7 @@ std::string remarks(const std::string& name, const Reader_Result& result) {
         text += name + " differs first in " + result.first_difference + "\n";
     }
     if (result.received < result.expected) {
-        text += name + ": " + std::to_string(result.expected - result.received) +
-                " packets or more are missing\n";
+        text += name + ": " + std::to_string(result.expected - result.received) + " packets are missing\n";
     }
     if (result.surplus) {
         text += name + " delivers more packets than the recording holds\n";
@@ -52,16 +51,17 @@ std::string remarks(const std::string& name, const Reader_Result& result) {
 std::string report(const Player& player, const Play_Options& options) {
     std::string text = "Stream     expected   received      equal  AP samples  LFP samples     seconds\n";
     std::string notes;
-    for (const auto& port : player.ports()) {
-        const Reader_Result& result = port->result();
-        const std::string name = "port " + std::to_string(port->port());
+    int port = 0;
+    for (const Reader_Result* const found : player.ports()) {
+        const Reader_Result& result = *found;
+        const std::string name = "port " + std::to_string(++port);
         const std::uint64_t ap_samples = result.received * slots_per_sample;
         text += line(name, result, options.verify);
         text += text_of(" %11llu %12llu %11.3f\n", wide(ap_samples), wide(result.received.load()),
                         static_cast<double>(ap_samples) / super_frames_per_second);
         notes += remarks(name, result);
     }
-    const Reader_Result& adc = player.adc().result();
+    const Reader_Result& adc = player.adc();
     text += line("RHD ADC", adc, options.verify);
     text +=
         text_of(" %11s %12s %11.3f\n", "-", "-", static_cast<double>(adc.received) / super_frames_per_second);

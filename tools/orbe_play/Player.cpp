@@ -2,7 +2,6 @@
 
 #include "Interrupt.h"
 #include "Progress_Bar.h"
-#include "Wire_Format.h"
 
 #include <NeuropixAPI.h>
 
@@ -11,6 +10,8 @@
 #include <cstdlib>
 #include <exception>
 #include <future>
+#include <system_error>
+#include <thread>
 #include <utility>
 
 namespace Pelgar::ORBE::recording {
@@ -22,44 +23,34 @@ using Clock = std::chrono::steady_clock;
 constexpr int slot = 0;
 constexpr int first_port = 1;
 constexpr std::chrono::milliseconds look_interval{20};
-// Packets that nobody expects get this long to show up.
-constexpr std::chrono::milliseconds surplus_time{200};
+// The readers get this long to reach their first wait before the stream starts, and packets that nobody
+// expects get this long to show up.
+constexpr std::chrono::milliseconds settling_time{200};
 constexpr std::chrono::seconds close_limit{60};
 
 } // namespace
 
-Player::Player(Play_Options options)
-    : m_options(std::move(options)), m_adc(m_options.recording, m_options.verify) {
-    for (int port = first_port; port < first_port + static_cast<int>(port_count); ++port) {
-        m_ports.push_back(std::make_unique<Port_Reader>(m_options.recording, port, m_options.verify));
-    }
-}
-
-Player::~Player() = default;
+Player::Player(Play_Options options) : m_options(std::move(options)) {}
 
 bool Player::play(int progress_descriptor) {
     if (!open()) {
         return false;
     }
-    for (const auto& port : m_ports) {
-        m_threads.emplace_back([&reader = *port] { reader.run(); });
-    }
-    m_threads.emplace_back([this] { m_adc.run(); });
-
-    const auto start = Clock::now();
     bool arrived = false;
+    bool started = false;
     try {
-        Neuropixels::start_acquisition(slot, first_port);
-        arrived = wait_for_packets(progress_descriptor);
+        if (prepare(progress_descriptor)) {
+            started = true;
+            arrived = wait_for_packets(progress_descriptor);
+        }
     } catch (const std::exception& error) {
         m_problem = error.what();
     }
-    m_seconds = std::chrono::duration<double>(Clock::now() - start).count();
     if (arrived) {
-        std::this_thread::sleep_for(surplus_time);
+        std::this_thread::sleep_for(settling_time);
     }
     close();
-    return arrived;
+    return started && arrived;
 }
 
 bool Player::open() {
@@ -78,21 +69,60 @@ bool Player::open() {
     return true;
 }
 
+// Finds out how many packets must come and makes the readers wait for them. Knowing their number, a reader
+// never asks for a packet that will not come.
+bool Player::prepare(int progress_descriptor) {
+    Piece_Reader reader{m_options.recording};
+    std::error_code unknown_size;
+    Progress_Bar progress("Looking through the recording",
+                          std::filesystem::file_size(m_options.recording, unknown_size), progress_descriptor);
+    Packet_Counts counts;
+    while (reader.next()) {
+        counts.add_piece(reader.piece());
+        progress.show(reader.bytes_read());
+        if (interrupted()) {
+            m_problem = "stopped by the user";
+            return false;
+        }
+    }
+    m_bytes = reader.bytes_read();
+    m_expected = counts.total();
+    if (m_expected == 0) {
+        m_problem = "the recording holds nothing that reaches a host ('orbe-recording check' tells more)";
+        return false;
+    }
+    for (unsigned port = first_port; port < first_port + port_count; ++port) {
+        m_ports.push_back(
+            std::make_unique<Port_Reader>(Port_Stream(m_options.recording, static_cast<int>(port)),
+                                          counts.of_port(port), m_options.verify));
+    }
+    m_adc = std::make_unique<ADC_Reader>(ADC_Stream(m_options.recording), counts.of_adc(), m_options.verify);
+    return true;
+}
+
 bool Player::wait_for_packets(int progress_descriptor) {
-    std::error_code ignored;
-    const std::uintmax_t size = std::filesystem::file_size(m_options.recording, ignored);
-    Progress_Bar progress("Playing", size, progress_descriptor);
+    for (const auto& port : m_ports) {
+        port->start();
+    }
+    m_adc->start();
+    std::this_thread::sleep_for(settling_time);
+
+    Progress_Bar progress("Playing", m_expected, progress_descriptor);
+    const auto start = Clock::now();
+    Neuropixels::start_acquisition(slot, first_port);
     std::uint64_t seen = 0;
-    auto last_news = Clock::now();
-    while (!all_ended()) {
+    auto last_news = start;
+    while (!all_complete()) {
         std::this_thread::sleep_for(look_interval);
-        const std::uint64_t now_seen = packets();
+        const std::uint64_t received =
+            sum([](const Reader_Result& result) { return result.received.load(); });
         const auto now = Clock::now();
-        if (now_seen != seen) {
-            seen = now_seen;
+        m_seconds = std::chrono::duration<double>(now - start).count();
+        if (received != seen) {
+            seen = received;
             last_news = now;
         }
-        progress.show(bytes(), std::to_string(seen) + " packets");
+        progress.show(received, std::to_string(received) + " packets");
         if (now - last_news > m_options.stall_limit) {
             char text[80];
             std::snprintf(text, sizeof(text), "no new packet for %g s", m_options.stall_limit.count());
@@ -107,32 +137,37 @@ bool Player::wait_for_packets(int progress_descriptor) {
     return true;
 }
 
-bool Player::all_ended() const {
-    const auto ended = [](const Reader_Result& result) { return result.ended.load(); };
-    return ended(m_adc.result()) && std::all_of(m_ports.begin(), m_ports.end(),
-                                                [&](const auto& port) { return ended(port->result()); });
+std::vector<const Reader_Result*> Player::ports() const {
+    std::vector<const Reader_Result*> results;
+    for (const auto& port : m_ports) {
+        results.push_back(&port->result());
+    }
+    return results;
 }
 
-std::uint64_t Player::packets() const {
-    std::uint64_t sum = m_adc.result().received;
-    for (const auto& port : m_ports) {
-        sum += port->result().received;
+std::vector<const Reader_Result*> Player::results() const {
+    std::vector<const Reader_Result*> results = ports();
+    if (m_adc) {
+        results.push_back(&m_adc->result());
     }
-    return sum;
+    return results;
 }
 
-std::uint64_t Player::bytes() const {
-    std::uint64_t most = m_adc.result().bytes;
-    for (const auto& port : m_ports) {
-        most = std::max(most, port->result().bytes.load());
+bool Player::all_complete() const {
+    return std::ranges::all_of(results(), [](const Reader_Result* result) { return result->complete(); });
+}
+
+std::uint64_t Player::sum(const std::function<std::uint64_t(const Reader_Result&)>& number) const {
+    std::uint64_t total = 0;
+    for (const Reader_Result* const result : results()) {
+        total += number(*result);
     }
-    return most;
+    return total;
 }
 
 bool Player::good() const {
-    return m_adc.result().good(m_options.verify) &&
-           std::all_of(m_ports.begin(), m_ports.end(),
-                       [&](const auto& port) { return port->result().good(m_options.verify); });
+    return std::ranges::all_of(
+        results(), [this](const Reader_Result* result) { return result->good(m_options.verify); });
 }
 
 void Player::close() {
@@ -148,10 +183,12 @@ void Player::close() {
         std::_Exit(EXIT_FAILURE);
     }
     closer.join();
-    for (std::thread& thread : m_threads) {
-        thread.join();
+    for (const auto& port : m_ports) {
+        port->join();
     }
-    m_threads.clear();
+    if (m_adc) {
+        m_adc->join();
+    }
 }
 
 } // namespace Pelgar::ORBE::recording

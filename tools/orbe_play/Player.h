@@ -1,17 +1,19 @@
-// Program orbe-play. Plays a recording through the API, as a host does: one basestation, a reader thread for
-// each port and one for the ADC packets. Works on the caller's thread until everything has come or nothing
-// comes any more.
+// Program orbe-play. Plays a recording through the API, as a host does: one basestation, a reader for each
+// port and one for the ADC packets. Works on the caller's thread until everything has come or nothing comes
+// any more.
 #pragma once
 
-#include "ADC_Reader.h"
-#include "Port_Reader.h"
+#include "ADC_Stream.h"
+#include "Packet_Counts.h"
+#include "Port_Stream.h"
+#include "Stream_Reader.h"
 
 #include <chrono>
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <string>
-#include <thread>
 #include <vector>
 
 namespace Pelgar::ORBE::recording {
@@ -25,7 +27,6 @@ struct Play_Options {
 class Player {
 public:
     explicit Player(Play_Options options);
-    ~Player();
     Player(const Player&) = delete;
     Player& operator=(const Player&) = delete;
 
@@ -36,30 +37,41 @@ public:
 
     const std::string& problem() const { return m_problem; }
 
-    const std::vector<std::unique_ptr<Port_Reader>>& ports() const { return m_ports; }
+    // One result for each of the ports 1 to 4; empty before the basestation was opened.
+    std::vector<const Reader_Result*> ports() const;
 
-    const ADC_Reader& adc() const { return m_adc; }
+    const Reader_Result& adc() const { return m_adc->result(); }
 
     // From the start of the acquisition to the last packet.
     double seconds() const { return m_seconds; }
 
-    // What of the recording was played.
-    std::uint64_t bytes() const;
+    // What of the recording reaches the library.
+    std::uint64_t bytes() const { return m_bytes; }
+
+    std::uint64_t expected_packets() const { return m_expected; }
 
     // Whether all expected packets came and, where they are verified, were equal.
     bool good() const;
 
 private:
+    using Port_Reader = Stream_Reader<Port_Stream>;
+    using ADC_Reader = Stream_Reader<ADC_Stream>;
+
     bool open();
+    bool prepare(int progress_descriptor);
     bool wait_for_packets(int progress_descriptor);
-    bool all_ended() const;
-    std::uint64_t packets() const;
     void close();
+
+    // All streams, in the order of the table.
+    std::vector<const Reader_Result*> results() const;
+    bool all_complete() const;
+    std::uint64_t sum(const std::function<std::uint64_t(const Reader_Result&)>& number) const;
 
     Play_Options m_options;
     std::vector<std::unique_ptr<Port_Reader>> m_ports;
-    ADC_Reader m_adc;
-    std::vector<std::thread> m_threads;
+    std::unique_ptr<ADC_Reader> m_adc;
+    std::uint64_t m_bytes = 0;
+    std::uint64_t m_expected = 0;
     std::string m_problem;
     double m_seconds = 0.0;
 };

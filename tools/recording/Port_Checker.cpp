@@ -25,13 +25,6 @@ void Port_Checker::look_at(Row_View row) {
     }
 }
 
-void Port_Checker::play(std::span<const std::uint8_t> piece) {
-    m_model.feed(piece);
-    while (m_model.next() != nullptr) {
-        ++m_findings.packets;
-    }
-}
-
 // Whether the row is part of a super frame; `m_row` is then its place there.
 bool Port_Checker::find_place(Row_View row, bool continuous) {
     const bool inside = m_in_step && m_row != 0;

@@ -9,13 +9,6 @@ void RHD_Checker::look_at(Row_View row) {
     }
 }
 
-void RHD_Checker::play(std::span<const std::uint8_t> piece) {
-    m_model.feed(piece);
-    while (m_model.next() != nullptr) {
-        ++m_findings.packets;
-    }
-}
-
 void RHD_Checker::take(std::uint16_t word) {
     m_last_words = (m_last_words >> 16) | static_cast<std::uint64_t>(word) << 48;
     ++m_words;

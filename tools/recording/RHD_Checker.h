@@ -2,7 +2,6 @@
 // which have no preamble, and how many ADC packets come out of them.
 #pragma once
 
-#include "ADC_Model.h"
 #include "Check_Report.h"
 #include "Row_Counter_Check.h"
 
@@ -15,9 +14,6 @@ public:
     // Each row of the stream, in order.
     void look_at(Row_View row);
 
-    // Each whole piece of the stream, in order.
-    void play(std::span<const std::uint8_t> piece);
-
     // Complete only after the last row, since the usual length of the frames shows only then.
     RHD_Findings findings() const;
 
@@ -27,7 +23,6 @@ private:
 
     RHD_Findings m_findings;
     Row_Counter_Check m_counter;
-    ADC_Model m_model;
     std::uint64_t m_last_words = 0; // the last four words, the newest on top
     std::uint64_t m_words = 0;
     bool m_any_frame = false;

@@ -2,18 +2,9 @@
 
 namespace Pelgar::ORBE::recording {
 
-Recording_Checker::Recording_Checker() {
-    for (unsigned port = 1; port <= port_count; ++port) {
-        m_ports.emplace_back(port);
-    }
-}
-
 void Recording_Checker::look_at_piece(std::span<const std::uint8_t> piece) {
     look_at_rows(piece);
-    for (Port_Checker& port : m_ports) {
-        port.play(piece);
-    }
-    m_rhd.play(piece);
+    m_packets.add_piece(piece);
 }
 
 void Recording_Checker::look_at_rest(std::span<const std::uint8_t> rest) {
@@ -26,8 +17,10 @@ Check_Report Recording_Checker::report() const {
     Check_Report report = m_report;
     for (unsigned port = 0; port < port_count; ++port) {
         report.ports[port] = m_ports[port].findings();
+        report.ports[port].packets = m_packets.of_port(port + 1);
     }
     report.rhd = m_rhd.findings();
+    report.rhd.packets = m_packets.of_adc();
     return report;
 }
 

@@ -2,6 +2,7 @@
 // bytes.
 #pragma once
 
+#include "Packet_Counts.h"
 #include "Port_Checker.h"
 #include "RHD_Checker.h"
 
@@ -9,8 +10,6 @@ namespace Pelgar::ORBE::recording {
 
 class Recording_Checker {
 public:
-    Recording_Checker();
-
     // The next whole piece of 1 MiB.
     void look_at_piece(std::span<const std::uint8_t> piece);
 
@@ -23,8 +22,9 @@ private:
     void look_at_rows(std::span<const std::uint8_t> bytes);
 
     Check_Report m_report;
-    std::vector<Port_Checker> m_ports;
+    std::array<Port_Checker, port_count> m_ports;
     RHD_Checker m_rhd;
+    Packet_Counts m_packets;
     std::array<Row_Counter_Check, stream_count> m_unknown;
 };
 

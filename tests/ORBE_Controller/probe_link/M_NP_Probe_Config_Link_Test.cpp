@@ -32,6 +32,10 @@ std::uint8_t mirrored(std::uint8_t byte) {
     return static_cast<std::uint8_t>(result);
 }
 
+std::uint8_t code(unsigned value) {
+    return static_cast<std::uint8_t>(value);
+}
+
 // The frames of one pass through a chain.
 void append_pass(Frames& frames, std::uint8_t sr_register, const Chain_Bytes& bytes) {
     frames.push_back(asic_write(0x10, static_cast<std::uint8_t>(bytes.size() % 256)));
@@ -49,12 +53,12 @@ protected:
     NP_Probe_Config_Link() {
         for (unsigned channel = 0; channel < 384; ++channel) {
             if (channel != 191) {
-                m_config.select_electrode(channel, channel % 2);
+                m_config.select_electrode(channel, code(channel % 2));
                 m_expected.connect(channel + 384 * (channel % 2), true);
             }
-            m_config.set_channel_reference(channel, channel % 3);
+            m_config.set_channel_reference(channel, code(channel % 3));
             m_expected.reference(channel, channel % 3);
-            m_config.set_channel_gain(channel, channel % 8, 7 - channel % 7);
+            m_config.set_channel_gain(channel, code(channel % 8), code(7 - channel % 7));
             m_expected.gain(channel, channel % 8, 7 - channel % 7);
         }
     }
@@ -267,8 +271,8 @@ TEST_F(NP_Probe_Config_Link, Upload_Passes_On_Silence) {
 }
 
 TEST_F(NP_Probe_Config_Link, Registers_Are_Read_One_By_One) {
-    for (const std::uint8_t i : {0, 1, 2}) {
-        m_bridge.reg(0xA0, static_cast<std::uint8_t>(0x10 + i)) = static_cast<std::uint8_t>(0x31 + i);
+    for (const unsigned i : {0U, 1U, 2U}) {
+        m_bridge.reg(0xA0, code(0x10 + i)) = code(0x31 + i);
     }
     std::array<std::uint8_t, 4> buffer{9, 9, 9, 9};
     m_config.read_registers(0xA0, 0x10, buffer.data(), 3);

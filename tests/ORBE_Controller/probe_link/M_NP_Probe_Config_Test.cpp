@@ -17,6 +17,10 @@ namespace {
 using testing::internal::CaptureStdout;
 using testing::internal::GetCapturedStdout;
 
+std::uint8_t code(unsigned value) {
+    return static_cast<std::uint8_t>(value);
+}
+
 class NP_Probe_Config : public testing::Test {
 protected:
     void expect_as_expected() const { ASSERT_EQ(chains_of(m_config), m_expected.chains()); }
@@ -44,10 +48,10 @@ protected:
     void fill() {
         for (unsigned channel = 0; channel < 384; ++channel) {
             if (channel != 191) {
-                m_config.select_electrode(channel, channel % 2);
+                m_config.select_electrode(channel, code(channel % 2));
             }
-            m_config.set_channel_reference(channel, channel % 3);
-            m_config.set_channel_gain(channel, channel % 8, (channel / 8) % 8);
+            m_config.set_channel_reference(channel, code(channel % 3));
+            m_config.set_channel_gain(channel, code(channel % 8), code((channel / 8) % 8));
             m_config.set_standby(channel, channel % 5 == 0);
             m_config.set_ap_filter(channel, channel % 7 == 0);
         }
@@ -95,7 +99,7 @@ TEST_F(NP_Probe_Config, Every_Channel_In_Every_Bank_Connects_Its_Electrode) {
                 continue;
             }
             const unsigned electrode = bank * 384 + channel;
-            ASSERT_EQ(m_config.select_electrode(channel, static_cast<std::uint8_t>(bank)), 0);
+            ASSERT_EQ(m_config.select_electrode(channel, code(bank)), 0);
             m_expected.connect(electrode, true);
             expect_as_expected();
             ASSERT_EQ(m_config.get_channel_bank(channel), bank);
@@ -115,7 +119,7 @@ TEST_F(NP_Probe_Config, All_Electrodes_Together) {
     for (unsigned channel = 0; channel < 384; ++channel) {
         for (unsigned bank = 0; bank < 3; ++bank) {
             if (channel != 191 && (bank != 2 || channel < 192)) {
-                m_config.select_electrode(channel, static_cast<std::uint8_t>(bank));
+                m_config.select_electrode(channel, code(bank));
                 m_expected.connect(bank * 384 + channel, true);
             }
         }
@@ -137,15 +141,15 @@ TEST_F(NP_Probe_Config, Another_Bank_Leaves_The_First_One_Connected) {
 
 TEST_F(NP_Probe_Config, Bank_255_Disconnects_The_Channel_From_All_Banks) {
     fill();
-    for (const std::uint8_t bank : {0, 1, 2}) {
-        m_config.select_electrode(100, bank);
+    for (const unsigned bank : {0U, 1U, 2U}) {
+        m_config.select_electrode(100, code(bank));
     }
     const Chain_Set before = chains_of(m_config);
     EXPECT_EQ(m_config.select_electrode(100, 255), 0);
     EXPECT_EQ(m_config.get_channel_bank(100), 255);
     // Nothing but the channel's three electrodes has changed.
-    for (const std::uint8_t bank : {0, 1, 2}) {
-        m_config.select_electrode(100, bank);
+    for (const unsigned bank : {0U, 1U, 2U}) {
+        m_config.select_electrode(100, code(bank));
     }
     EXPECT_EQ(chains_of(m_config), before);
 }
@@ -164,17 +168,17 @@ TEST_F(NP_Probe_Config, Bank_255_Of_A_Channel_Without_A_Third_Bank) {
 
 TEST_F(NP_Probe_Config, Channel_191_Is_Refused_In_Any_Bank) {
     fill();
-    for (const std::uint8_t bank : {0, 1, 2, 3, 255}) {
+    for (const unsigned bank : {0U, 1U, 2U, 3U, 255U}) {
         expect_rejected("invalid channel: 191. selection of reference electrode 191/575/959 not allowed",
-                        [&] { return m_config.select_electrode(191, bank); });
+                        [&] { return m_config.select_electrode(191, code(bank)); });
     }
 }
 
 TEST_F(NP_Probe_Config, Channels_Beyond_383_Are_Refused_Before_The_Bank_Is_Looked_At) {
     fill();
-    for (const std::uint8_t bank : {0, 2, 3, 255}) {
+    for (const unsigned bank : {0U, 2U, 3U, 255U}) {
         expect_rejected("invalid channel: 384. index out of bound.",
-                        [&] { return m_config.select_electrode(384, bank); });
+                        [&] { return m_config.select_electrode(384, code(bank)); });
     }
     expect_rejected("invalid channel: 959. index out of bound.",
                     [&] { return m_config.select_electrode(959, 0); });
@@ -194,9 +198,8 @@ TEST_F(NP_Probe_Config, Bank_2_Is_Refused_From_Channel_192_On) {
 TEST_F(NP_Probe_Config, Other_Banks_Are_Refused) {
     fill();
     for (unsigned bank = 3; bank < 255; ++bank) {
-        expect_rejected("invalid electrode bank: " + std::to_string(bank), [&] {
-            return m_config.select_electrode(bank % 2 != 0 ? 5 : 300, static_cast<std::uint8_t>(bank));
-        });
+        expect_rejected("invalid electrode bank: " + std::to_string(bank),
+                        [&] { return m_config.select_electrode(bank % 2 != 0 ? 5 : 300, code(bank)); });
     }
 }
 
@@ -235,7 +238,7 @@ TEST_F(NP_Probe_Config, Every_Channel_With_Every_Reference) {
     for (unsigned channel = 0; channel < 384; ++channel) {
         // Each step replaces the reference before it, in both directions.
         for (const unsigned reference : {0U, 1U, 2U, 1U, 0U, 2U}) {
-            ASSERT_EQ(m_config.set_channel_reference(channel, static_cast<std::uint8_t>(reference)), 0);
+            ASSERT_EQ(m_config.set_channel_reference(channel, code(reference)), 0);
             m_expected.reference(channel, reference);
             expect_as_expected();
             expect_counts(reference == 0, reference == 1, channel + (reference == 2));
@@ -266,7 +269,7 @@ TEST_F(NP_Probe_Config, Wrong_References_Are_Refused) {
 
 TEST_F(NP_Probe_Config, Set_Reference_Sets_The_Channels_Reference) {
     for (const unsigned reference : {0U, 1U, 2U}) {
-        EXPECT_EQ(m_config.set_reference(9, static_cast<std::uint8_t>(reference), 1), 0);
+        EXPECT_EQ(m_config.set_reference(9, code(reference), 1), 0);
         m_expected.reference(9, reference);
         expect_as_expected();
     }
@@ -301,9 +304,7 @@ TEST_F(NP_Probe_Config, Every_Channel_With_Every_Gain) {
     for (unsigned channel = 0; channel < 384; ++channel) {
         for (unsigned ap = 0; ap < 8; ++ap) {
             for (unsigned lfp = 0; lfp < 8; ++lfp) {
-                ASSERT_EQ(m_config.set_channel_gain(channel, static_cast<std::uint8_t>(ap),
-                                                    static_cast<std::uint8_t>(lfp)),
-                          0);
+                ASSERT_EQ(m_config.set_channel_gain(channel, code(ap), code(lfp)), 0);
                 m_expected.gain(channel, ap, lfp);
                 expect_as_expected();
             }
@@ -519,7 +520,7 @@ TEST_F(NP_Probe_Config_References, Tip_Electrodes) {
 TEST_F(NP_Probe_Config_References, Internal_Electrode_Of_The_Bank) {
     unsigned before = 191;
     for (const unsigned bank : {0U, 1U, 2U}) {
-        m_config.set_reference(5, 2, static_cast<std::uint8_t>(bank));
+        m_config.set_reference(5, 2, code(bank));
         m_expected.reference(5, 2);
         m_expected.connect(before, false);
         before = bank * 384 + 191;
@@ -543,7 +544,7 @@ TEST_F(NP_Probe_Config_References, Bank_Without_An_Electrode_Connects_None) {
 
 TEST_F(NP_Probe_Config_References, Electrodes_Nobody_Uses_Any_More_Are_Switched_Off) {
     for (const unsigned reference : {0U, 1U, 2U}) {
-        m_config.set_channel_reference(reference, static_cast<std::uint8_t>(reference));
+        m_config.set_channel_reference(reference, code(reference));
     }
     m_config.finalize_references();
     for (const unsigned channel : {0U, 1U, 2U}) {

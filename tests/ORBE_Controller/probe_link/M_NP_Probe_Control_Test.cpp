@@ -58,7 +58,7 @@ class NP_Probe_Control_Init : public NP_Probe_Control {
 protected:
     static Frames clearing() {
         Frames frames;
-        for (const std::uint8_t reg : {0x02, 0x03, 0x04, 0x05, 0x06, 0x07, 0x09}) {
+        for (const std::uint8_t reg : std::array<std::uint8_t, 7>{2, 3, 4, 5, 6, 7, 9}) {
             frames.push_back(asic_write(reg, 0x00));
         }
         return frames;
@@ -242,7 +242,7 @@ TEST_F(NP_Probe_Control_Init, Channel_Settings_Of_Before_Are_Reset_But_Other_Ban
     NP_Probe_Config_Module& config = m_control.config();
     Expected_Chains expected = initial_image();
     for (unsigned channel = 0; channel < 384; ++channel) {
-        config.set_channel_reference(channel, channel % 3);
+        config.set_channel_reference(channel, static_cast<std::uint8_t>(channel % 3));
         config.set_channel_gain(channel, 7, 7);
         config.set_standby(channel, true);
         config.set_ap_filter(channel, true);

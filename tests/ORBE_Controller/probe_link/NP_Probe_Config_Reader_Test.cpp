@@ -26,7 +26,7 @@ Numbers some_numbers(unsigned rows = 32) {
     Numbers numbers;
     for (unsigned row = 0; row < rows; ++row) {
         numbers.push_back({31 - row, row, (row * 7) % 32, row % 8, row % 4, (row + 1) % 4, row % 16,
-                           500 + row, 4294967295 - row});
+                           500 + row, 4294967295U - row});
     }
     return numbers;
 }
@@ -156,12 +156,6 @@ TEST(NP_Probe_Config_Reader, Missing_Header_Takes_The_First_Row_For_It) {
 TEST(NP_Probe_Config_Reader, Not_A_Number) {
     std::string text = file_text(some_numbers());
     text.replace(text.find(",502"), 4, ",abc");
-    expect_malformed(text);
-}
-
-TEST(NP_Probe_Config_Reader, Fraction) {
-    std::string text = file_text(some_numbers());
-    text.replace(text.find(",502"), 4, ",0.5");
     expect_malformed(text);
 }
 

@@ -6,6 +6,7 @@
 #include "Waiting.h"
 
 #include <gtest/gtest.h>
+#include <loguru.hpp>
 
 #include <array>
 #include <chrono>
@@ -73,6 +74,8 @@ private:
 class Probe_Link_Fixture : public testing::Test {
 protected:
     Probe_Link_Fixture() {
+        // Log lines have their own capture; standard error is left to what the library prints there.
+        loguru::g_stderr_verbosity = loguru::Verbosity_OFF;
         // The UART prints a line when a frame is longer than any before it in the process; this takes it out
         // of the way.
         const std::array<std::uint8_t, 5> longest_frame{0x79, 0x00, 0x00, 0x01, 0x00};

@@ -35,6 +35,11 @@ void Fake_ORBE_Controller::queue_open_results(const std::vector<bool>& results) 
     m_open_results.insert(m_open_results.end(), results.begin(), results.end());
 }
 
+void Fake_ORBE_Controller::set_open_error(std::string text) {
+    const std::lock_guard lock(m_mutex);
+    m_open_error = std::move(text);
+}
+
 std::vector<Fake_ORBE_Controller::Open_Call> Fake_ORBE_Controller::open_calls() const {
     const std::lock_guard lock(m_mutex);
     return m_open_calls;
@@ -66,6 +71,9 @@ std::uint32_t Fake_ORBE_Controller::read_register(std::uint32_t address) {
 bool Fake_ORBE_Controller::open_driver_connection(const std::string& device_name, bool flag) {
     const std::lock_guard lock(m_mutex);
     m_open_calls.push_back({device_name, flag});
+    if (m_open_error) {
+        throw std::runtime_error(*m_open_error);
+    }
     if (m_open_results.empty()) {
         return m_open_result;
     }

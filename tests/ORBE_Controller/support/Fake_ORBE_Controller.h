@@ -56,6 +56,8 @@ public:
     // calls.
     void set_open_result(bool result);
     void queue_open_results(const std::vector<bool>& results);
+    // Makes every open throw a std::runtime_error with this text instead.
+    void set_open_error(std::string text);
 
     std::vector<Open_Call> open_calls() const;
     int close_count() const;
@@ -84,6 +86,7 @@ private:
     std::deque<Stream_Read> m_stream_reads;
     bool m_open_result = true;
     std::deque<bool> m_open_results;
+    std::optional<std::string> m_open_error;
     std::vector<Open_Call> m_open_calls;
     int m_close_count = 0;
     std::vector<Setup_Call> m_setup_calls;

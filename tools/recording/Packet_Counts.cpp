@@ -1,0 +1,30 @@
+#include "Packet_Counts.h"
+
+#include <numeric>
+
+namespace Pelgar::ORBE::recording {
+
+Packet_Counts::Packet_Counts() {
+    for (unsigned port = 1; port <= port_count; ++port) {
+        m_ports.emplace_back(port);
+    }
+}
+
+void Packet_Counts::add_piece(std::span<const std::uint8_t> piece) {
+    for (std::size_t i = 0; i < m_ports.size(); ++i) {
+        m_ports[i].feed(piece);
+        while (m_ports[i].next() != nullptr) {
+            ++m_port_packets[i];
+        }
+    }
+    m_adc.feed(piece);
+    while (m_adc.next() != nullptr) {
+        ++m_adc_packets;
+    }
+}
+
+std::uint64_t Packet_Counts::total() const {
+    return std::accumulate(m_port_packets.begin(), m_port_packets.end(), m_adc_packets);
+}
+
+} // namespace Pelgar::ORBE::recording
