@@ -71,6 +71,9 @@ Async_NP_And_RHD_Demux::~Async_NP_And_RHD_Demux() {
 
 void Async_NP_And_RHD_Demux::start_worker_threads() {
     LOG_SCOPE_F(INFO, "start_worker_threads");
+    if (m_worker_threads_started) {
+        return;
+    }
     for (unsigned port = 0; port < np_port_count; ++port) {
         m_np_workers[port]->start("NP" + std::to_string(port));
     }
@@ -202,7 +205,9 @@ void Async_NP_And_RHD_Demux::push_xfer_buffer_to_queue(const Main_mux_transfer_b
     }
 }
 
-void Async_NP_And_RHD_Demux::drop_front_xfer_buffer() { m_main_demux_queue.pop(); }
+void Async_NP_And_RHD_Demux::drop_front_xfer_buffer() {
+    m_main_demux_queue.pop();
+}
 
 void Async_NP_And_RHD_Demux::poison_queue() {
     LOG_SCOPE_F(INFO, "poison_queue");

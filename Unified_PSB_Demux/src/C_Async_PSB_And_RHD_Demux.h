@@ -32,7 +32,7 @@ public:
     Async_NP_And_RHD_Demux(const Async_NP_And_RHD_Demux&) = delete;
     Async_NP_And_RHD_Demux& operator=(const Async_NP_And_RHD_Demux&) = delete;
 
-    // Starts the four NP workers and the RHD worker.
+    // Starts the four NP workers and the RHD worker; does nothing while they run.
     void start_worker_threads();
 
     // Body of the main demux thread: returns after the poison packet, when everything before it is delivered
@@ -44,8 +44,8 @@ public:
     // queue grows.
     void push_xfer_buffer_to_queue(const Main_mux_transfer_buffer_wrapper& buffer);
 
-    // Removes the transfer buffer that `run` left at the front of the queue when it threw. Call `run` again to go
-    // on with the next one.
+    // Removes the transfer buffer that `run` left at the front of the queue when it threw. Call `run` again
+    // to go on with the next one.
     void drop_front_xfer_buffer();
 
     // Queues the record of size 0 that ends `run`.

@@ -516,6 +516,18 @@ TEST(Demux_Life, WorkersStartInOrderUnderTheirNames) {
     EXPECT_EQ(log.count("RHD Worker thread started"), 1);
 }
 
+TEST(Demux_Life, StartingTwiceStartsOnce) {
+    const Log_Capture log;
+    captured_output([] {
+        Async_NP_And_RHD_Demux demux;
+        demux.start_worker_threads();
+        demux.start_worker_threads();
+        demux.wait_worker_threads_end();
+    });
+    EXPECT_EQ(log.count("NP Worker thread started"), 4);
+    EXPECT_EQ(log.count("RHD Worker thread started"), 1);
+}
+
 TEST(Demux_Life, WorkersAreJoinedRhdFirst) {
     Log_Capture log;
     const auto output = captured_output([&] {

@@ -1,0 +1,107 @@
+#include "Bench_Data.h"
+
+#include "Mux_Row_Format.h"
+#include "Recording_Generator.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <string>
+
+namespace Pelgar::ORBE::bench {
+
+namespace {
+
+using demux::Main_mux_transfer_buffer_wrapper;
+using demux::NP_Block_Buffer;
+namespace mux_row = demux::mux_row;
+
+void cut_into_transfers(const std::vector<std::uint8_t>& stream, Bench_Data& data) {
+    for (std::size_t at = 0; at < stream.size(); at += demux::transfer_buffer_capacity) {
+        auto transfer = std::make_unique<Main_mux_transfer_buffer_wrapper>();
+        const std::size_t size = std::min(demux::transfer_buffer_capacity, stream.size() - at);
+        std::memcpy(transfer->data, stream.data() + at, size);
+        transfer->size = static_cast<std::uint32_t>(size);
+        data.transfers.push_back(std::move(transfer));
+    }
+}
+
+void split_rows(const std::vector<std::uint8_t>& stream, Bench_Data& data) {
+    for (std::size_t at = 0; at < stream.size(); at += mux_row::length) {
+        const std::uint8_t* const row = &stream[at];
+        const unsigned stream_id = row[mux_row::marker_offset] & mux_row::stream_id_mask;
+        if (stream_id == 0) {
+            if (data.np_blocks.empty() || data.np_blocks.back()->fill == demux::np_block_capacity) {
+                data.np_blocks.push_back(std::make_unique<NP_Block_Buffer>());
+            }
+            NP_Block_Buffer& block = *data.np_blocks.back();
+            std::memcpy(block.data + block.fill, row + mux_row::payload_offset, mux_row::payload_length);
+            block.fill += static_cast<std::uint32_t>(mux_row::payload_length);
+            data.np_stream_bytes += mux_row::length;
+        } else if (stream_id == mux_row::rhd_stream_id) {
+            const std::size_t words = data.rhd_words.size();
+            data.rhd_words.resize(words + mux_row::payload_words);
+            std::memcpy(&data.rhd_words[words], row + mux_row::payload_offset, mux_row::payload_length);
+            data.rhd_stream_bytes += mux_row::length;
+        }
+    }
+}
+
+Bench_Data make_data() {
+    recording::Recording_Options options;
+    options.super_frames = block_count_per_port * demux::np_block_super_frame_count;
+    options.rhd_streams = rhd_stream_count;
+    const std::vector<std::uint8_t> stream = recording::make_recording(options);
+
+    Bench_Data data;
+    data.stream_bytes = stream.size();
+    data.super_frames_per_port = options.super_frames;
+    cut_into_transfers(stream, data);
+    split_rows(stream, data);
+    return data;
+}
+
+class Gain_Calibration_File {
+public:
+    Gain_Calibration_File()
+        : m_path((std::filesystem::temp_directory_path() / "orbe-bench-gain.csv").string()) {
+        std::ofstream file(m_path);
+        file << "1\n";
+        for (int electrode = 0; electrode < 960; ++electrode) {
+            file << electrode;
+            for (int k = 0; k < 16; ++k) {
+                file << ',' << 1.0 + electrode * 1e-4 + k * 1e-2;
+            }
+            file << '\n';
+        }
+    }
+
+    ~Gain_Calibration_File() {
+        std::error_code ignored;
+        std::filesystem::remove(m_path, ignored);
+    }
+
+    Gain_Calibration_File(const Gain_Calibration_File&) = delete;
+    Gain_Calibration_File& operator=(const Gain_Calibration_File&) = delete;
+
+    const char* path() const { return m_path.c_str(); }
+
+private:
+    std::string m_path;
+};
+
+} // namespace
+
+const Bench_Data& bench_data() {
+    static const Bench_Data data = make_data();
+    return data;
+}
+
+const char* gain_calibration_path() {
+    static const Gain_Calibration_File file;
+    return file.path();
+}
+
+} // namespace Pelgar::ORBE::bench
