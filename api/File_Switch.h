@@ -9,6 +9,9 @@ namespace Pelgar::ORBE::npoe_adapter {
 // Present: simulation mode; the first line names the recorded raw DMA file.
 inline constexpr const char* simulation_switch = "ORBE_DFGMZ_ADAPTER_SIM";
 
+// Present: the first line is the number of the probe initialisation mode.
+inline constexpr const char* init_mode_switch = "ORBE_NP_INIT_MODE";
+
 struct File_Switch {
     std::string first_line; // without its line end
     bool present = false;

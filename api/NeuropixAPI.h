@@ -8,6 +8,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <string>
 
 #if defined(_WIN32)
 #if defined(ORBE_BUILDING_LIBRARY)
@@ -408,6 +409,66 @@ NP_EXPORT NP_ErrorCode detectHeadStage(int slotID, int portID, bool* detected);
 NP_EXPORT NP_ErrorCode arm(int slotID);
 NP_EXPORT NP_ErrorCode setSWTrigger(int slotID);
 NP_EXPORT NP_ErrorCode setSWTriggerEx(int slotID, swtriggerflags_t triggerflags);
+
+// ---- Port and headstage --------------------------------------------------------------------------------
+
+// Checks the headstage's link and starts it. Slots and docks are not looked at, here and below.
+NP_EXPORT NP_ErrorCode openPort(int slotID, int portID);
+// Logged; returns 0.
+NP_EXPORT NP_ErrorCode closePort(int slotID, int portID);
+
+// Reads the headstage's part number as a text of at most `len` characters, closing zero included. Blocks, with a
+// look once a second, until a port has been opened. A headstage whose EEPROM holds none counts as "NP2_HS_30".
+NP_EXPORT NP_ErrorCode readHSPN(int slotID, int portID, char* pn, size_t len);
+
+// ---- Probe ----------------------------------------------------------------------------------------------
+
+// Logged; returns 0.
+NP_EXPORT NP_ErrorCode openProbe(int slotID, int portID, int dockID);
+NP_EXPORT NP_ErrorCode closeProbe(int slotID, int portID, int dockID);
+
+// Initialises the probe, in the mode whose number the file "ORBE_NP_INIT_MODE" in the working directory holds: 0
+// short, 1 full (also without the file), 2 to 4 full and a test signal.
+NP_EXPORT NP_ErrorCode init(int slotID, int portID, int dockID);
+
+// These set the configuration of a channel (0..383), which writeProbeConfiguration brings to the probe; 1 when a
+// value is rejected. Banks 0..2, or 255 to disconnect; gain codes 0..7; for ports outside 1..4 they throw
+// std::out_of_range("invalid array<T, N> subscript").
+NP_EXPORT NP_ErrorCode selectElectrode(int slotID, int portID, int dockID, int channel, int shank, int bank);
+NP_EXPORT NP_ErrorCode setGain(int slotID, int portID, int dockID, int channel, int ap_gain, int lfp_gain);
+NP_EXPORT NP_ErrorCode getGain(int slotID, int portID, int dockID, int channel, int* APgainselect,
+                               int* LFPgainselect);
+NP_EXPORT NP_ErrorCode setReference(int slotID, int portID, int dockID, int channel, int shank,
+                                    channelreference_t reference, int intRefElectrodeBank);
+NP_EXPORT NP_ErrorCode setAPCornerFrequency(int slotID, int portID, int dockID, int channel,
+                                            bool disableHighPass);
+NP_EXPORT NP_ErrorCode clear_all_electrode_to_bank_assignments(int slotID, int portID);
+
+// Load the probe's calibration files (CSV).
+NP_EXPORT NP_ErrorCode setADCCalibration(int slotID, int portID, const char* filename);
+NP_EXPORT NP_ErrorCode setGainCalibration(int slotID, int portID, int dockID, const char* filename);
+
+// Uploads the configuration, with `readcheck` twice and checked by the probe. Some thousand transactions.
+NP_EXPORT NP_ErrorCode writeProbeConfiguration(int slotID, int portID, int dockID, bool readcheck);
+
+// Logged; the operating mode follows from init and the self tests. Returns 0.
+NP_EXPORT NP_ErrorCode setOPMODE(int slotID, int portID, int dockID, probe_opmode_t mode);
+
+// Feeds the test signal into the pixels, or goes back to recording. Returns 0.
+NP_EXPORT NP_ErrorCode probe_set_bist_mode(int portID, bool enable);
+
+// Read the probe's EEPROM: the part number as a text of at most `len` characters, closing zero included.
+NP_EXPORT NP_ErrorCode readProbePN(int slotID, int portID, int dockID, char* pn, size_t len);
+NP_EXPORT NP_ErrorCode readProbeSN(int slotID, int portID, int dockID, uint64_t* sn);
+
+// ---- FPGA design ----------------------------------------------------------------------------------------
+
+// Probe ports that the FPGA design offers.
+NP_EXPORT NP_ErrorCode get_available_port_capability(int slotID, uint8_t* count);
+// The design's signature as eight hexadecimal digits, and the day it was built as dd-mm-yyyy; empty when no
+// basestation is open.
+NP_EXPORT std::string bs_get_fpga_design_label();
+NP_EXPORT std::string bs_get_fpga_design_build_date();
 
 // ---- Acquisition ----------------------------------------------------------------------------------------
 

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Shows the library at work without a box: builds it, makes a recording of five seconds of four probes and the RHD
 # stream, plays it through the exported API in simulation mode, and compares what a host receives with what the
-# recording holds. Exits with the player's status: 0 when every packet was as expected.
+# recording holds. Exits with the status of the last play: 0 when every packet was as expected.
 set -euo pipefail
 
 cd "$(dirname "$0")/.."
@@ -37,7 +37,16 @@ recording=$scratch/recording.bin
 echo "demo: making a recording of 5 s: four probes and the RHD stream"
 build/release/orbe-recording make "$recording" --blocks "$blocks"
 
-echo "demo: playing it through the API"
-status=0
-build/release/orbe-play --verify "$recording" || status=$?
+# The recording plays at the box's pace, and a host's ADC queue holds 17 ms: a machine that is busy with something
+# else can lose packets to that. The player says when it was so, and then, and only then, it may try again.
+attempts=3
+for ((attempt = 1; attempt <= attempts; attempt++)); do
+    echo "demo: playing it through the API"
+    status=0
+    build/release/orbe-play --verify "$recording" 2>"$log" || status=$?
+    cat "$log" >&2
+    if [ "$status" -ne 1 ] || ! grep -q 'too busy to play in real time' "$log"; then
+        break
+    fi
+done
 exit "$status"

@@ -6,6 +6,7 @@
 #include "A_ORBE_Controller.h"
 #include "C_Async_PSB_And_RHD_Demux.h"
 #include "C_L2_CH_Gain_Fix_Filter.h"
+#include "E_ORBE_Init_Config.h"
 #include "Export.h"
 #include "I_L2_Demux_CH_Results.h"
 #include "I_RHD_Frame_Listener.h"
@@ -18,6 +19,7 @@
 #include <array>
 #include <cstdint>
 #include <fstream>
+#include <functional>
 #include <initializer_list>
 #include <memory>
 #include <string>
@@ -72,6 +74,62 @@ public:
     bool is_in_simulation_mode() const;
     Error_Level get_current_error_level() const;
 
+    // ---- Probe bring-up and identity. Ports are indices 0..3. Unless said otherwise an error of the probe link
+    // is logged and answered with false. The box has one UART for all ports, so that calls must not overlap.
+
+    // Checks the serializer and deserializer of the port's headstage and starts the serializer. A link error
+    // raises the error level.
+    bool probe_init_part_1(unsigned port);
+
+    // Initialises the probe. A link error raises the error level.
+    bool probe_init_part_2(unsigned port, E_ORBE_Init_Config init_config);
+
+    // Shifts the port's configuration into the probe, twice and checked when `readcheck`.
+    bool writeProbeConfiguration(unsigned port, bool readcheck);
+
+    // These change the port's configuration, and the gain filter with it, not the probe; false when a value is
+    // rejected. Throw std::out_of_range("invalid array<T, N> subscript") for a port of 4 or more, and
+    // std::runtime_error before `pre_init`. A probe has one shank, so that `shank` is not looked at.
+    bool selectElectrode(unsigned port, int channel, int shank, int bank);
+    bool setGain(unsigned port, int channel, int ap_gain, int lfp_gain);
+    bool getGain(unsigned port, int channel, int* ap_gain, int* lfp_gain);
+    bool setReference(unsigned port, int channel, int shank, int reference, int int_ref_bank);
+    bool setAPCornerFrequency(unsigned port, int channel, bool disable);
+
+    // Disconnects every channel from its electrodes in the configuration, but for the reference channel.
+    void clear_all_electrode_to_bank_assignments(unsigned port);
+
+    // Load a calibration file (CSV) into the port's configuration and into its gain filter.
+    bool setADCCalibration(unsigned port, const char* path);
+    bool setGainCalibration(unsigned port, const char* path);
+
+    // Read the EEPROMs of probe and headstage; texts are cut to `length` characters including the closing zero.
+    bool readProbeSN(unsigned port, unsigned long long* sn);
+    bool readProbePN(unsigned port, char* buffer, unsigned length);
+    bool readHSPN(unsigned port, char* buffer, unsigned length);
+
+    // Write the first `count` bytes (at most 256) of the EEPROM on the probe's flex, and of the headstage's,
+    // into a file.
+    bool dump_eeprom(unsigned port, const char* path, unsigned count);
+    bool dump_flex_eeprom(unsigned port, const char* path, unsigned count);
+    bool dump_hs_eeprom(unsigned port, const char* path, unsigned count);
+
+    // ---- Self tests of a port. In simulation mode those that only read or restore succeed without a test.
+
+    // The test signal into the pixels, or back to recording.
+    bool set_bist_signal_mode(unsigned port, bool enable);
+    // Pseudo-random bits over the headstage's link; `*errors` is the number of wrong ones.
+    bool bist_start_PBRS(unsigned port);
+    bool bist_stop_PBRS(unsigned port, int* errors);
+    // Uploads the configuration and has the probe check it.
+    bool bist_Probe_SR(unsigned port);
+    // Reads the first 16 bytes of both EEPROMs twice and compares.
+    bool bist_Eeproms(unsigned port);
+    // Writes two patterns into a test register of the probe, reads them back and restores the register.
+    bool bist_IIC(unsigned port);
+    // Whether the port's link is locked now.
+    bool bist_HB(unsigned port);
+
     // ---- Streaming.
 
     // Hardware mode: allocates the buffers, starts the demultiplexer and hands the receive buffer to the driver.
@@ -117,6 +175,15 @@ private:
     void log_fpga_identity();
     bool check_np_ports_status();
     std::uint8_t np_port_mask() const;
+
+    void assign_uart(unsigned port);
+    NP_Probe_Control_Module& probe_control(unsigned port);
+    C_L2_CH_Gain_Fix_Filter& gain_filter(unsigned port);
+    bool np_control_init(unsigned port, E_ORBE_Init_Config init_config);
+    bool dump_eeprom_of_device(unsigned port, std::uint8_t device, const char* path, unsigned count);
+    // Runs a self test on the port's routed link; an exception is logged under the test's name and fails it.
+    bool run_bist(const char* name, unsigned port, const std::function<bool()>& test);
+    bool skips_bist(const char* name) const;
 
     void start_main_demux_thread();
     void stop_main_demux_thread();

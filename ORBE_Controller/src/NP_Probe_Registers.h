@@ -52,6 +52,9 @@ constexpr std::uint8_t sr_length_low = 0x10;
 // Headstage serializer, I2C device 0x80.
 namespace serializer {
 
+constexpr std::uint8_t device_id = 0x1E;
+constexpr std::uint8_t expected_device_id = 9;
+
 constexpr std::uint8_t mode = 0x04;
 constexpr std::uint8_t mode_normal = 0x83;
 constexpr std::uint8_t mode_prbs = 0xA3;
@@ -66,6 +69,9 @@ constexpr std::uint8_t config_15_off = 0xFE;
 
 // Deserializer, I2C device 0x90.
 namespace deserializer {
+
+constexpr std::uint8_t device_id = 0x1E;
+constexpr std::uint8_t expected_device_id = 10;
 
 constexpr std::uint8_t mode = 0x04;
 constexpr std::uint8_t mode_normal = 0x87;

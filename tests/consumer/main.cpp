@@ -1,5 +1,6 @@
-// A host program in miniature: it knows the public header and the shared library and nothing else. It asks for
-// the device, then opens the basestation on a recording that does not exist, which must be refused with 5.
+// A host program in miniature: it knows the public header and the shared library and nothing else. It asks
+// for the device, then opens the basestation on a recording that does not exist, which must be refused
+// with 5.
 #include <NeuropixAPI.h>
 
 #include <cstdio>

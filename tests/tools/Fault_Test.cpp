@@ -44,8 +44,9 @@ TEST(Fault, ReadsStreamPositionCountAndRate) {
 
 TEST(Fault, RefusesWhatItCannotRead) {
     EXPECT_EQ(refusal("lost-row"), "fault 'lost-row' says neither where (@POSITION) nor how often (~RATE)");
-    EXPECT_EQ(refusal("lost@3"), "unknown fault 'lost' (lost-row, bad-marker, wrong-tag, missing-flag, cut-frame or "
-                                 "unknown-row)");
+    EXPECT_EQ(refusal("lost@3"),
+              "unknown fault 'lost' (lost-row, bad-marker, wrong-tag, missing-flag, cut-frame or "
+              "unknown-row)");
     EXPECT_EQ(refusal("lost-row:5@3"), "stream '5' is not a port (1 to 4) or rhd");
     EXPECT_EQ(refusal("lost-row:x@3"), "stream 'x' is not a number");
     EXPECT_EQ(refusal("lost-row@x"), "position 'x' is not a number");

@@ -1,5 +1,5 @@
-// Test support: a stream put together row by row, by arithmetic of its own, so that it checks the generator and
-// the expectations instead of repeating them.
+// Test support: a stream put together row by row, by arithmetic of its own, so that it checks the generator
+// and the expectations instead of repeating them.
 #pragma once
 
 #include <array>

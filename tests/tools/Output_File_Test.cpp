@@ -7,6 +7,7 @@
 #include <array>
 #include <fstream>
 #include <iterator>
+#include <sstream>
 #include <stdexcept>
 #include <string>
 
@@ -19,7 +20,9 @@ constexpr std::array<std::uint8_t, 3> abc = {'a', 'b', 'c'};
 
 std::string content(const std::filesystem::path& path) {
     std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
+    std::ostringstream text;
+    text << file.rdbuf();
+    return text.str();
 }
 
 std::ptrdiff_t entries(const Temp_Directory& directory) {

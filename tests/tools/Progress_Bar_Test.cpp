@@ -7,10 +7,12 @@ namespace {
 using Pelgar::ORBE::recording::Progress_Bar;
 
 TEST(ProgressBar, ShowsHowFarTheWorkIs) {
-    EXPECT_EQ(Progress_Bar::line("Writing", 0, 10, ""), "Writing [........................................]   0 %");
+    EXPECT_EQ(Progress_Bar::line("Writing", 0, 10, ""),
+              "Writing [........................................]   0 %");
     EXPECT_EQ(Progress_Bar::line("Writing", 5, 10, "x"),
               "Writing [####################....................]  50 %  x");
-    EXPECT_EQ(Progress_Bar::line("Writing", 10, 10, ""), "Writing [########################################] 100 %");
+    EXPECT_EQ(Progress_Bar::line("Writing", 10, 10, ""),
+              "Writing [########################################] 100 %");
 }
 
 TEST(ProgressBar, NeverShowsMoreThanEverything) {

@@ -17,7 +17,8 @@ TEST(RHDGenerator, AFrameWithoutStreamsHasTwentyWords) {
     generator.append(words);
     ASSERT_EQ(words.size(), 40U);
     EXPECT_EQ(Words(words.begin(), words.begin() + 8), (Words{0x2A53, 0x3813, 0x2AAA, 0xD7A2, 0, 0, 0, 0}));
-    EXPECT_EQ(Words(words.begin() + 20, words.begin() + 28), (Words{0x2A53, 0x3813, 0x2AAA, 0xD7A2, 1, 0, 0, 0}));
+    EXPECT_EQ(Words(words.begin() + 20, words.begin() + 28),
+              (Words{0x2A53, 0x3813, 0x2AAA, 0xD7A2, 1, 0, 0, 0}));
     for (std::size_t input = 0; input < 8; ++input) {
         EXPECT_EQ(words[8 + input], generator.adc_input(0, input));
         EXPECT_EQ(words[28 + input], generator.adc_input(1, input));
@@ -26,7 +27,8 @@ TEST(RHDGenerator, AFrameWithoutStreamsHasTwentyWords) {
 }
 
 TEST(RHDGenerator, StreamsAddTheirWordsAndFiller) {
-    const std::pair<unsigned, std::size_t> lengths[] = {{1, 56}, {2, 92}, {3, 128}, {4, 160}, {5, 196}, {32, 1140}};
+    const std::pair<unsigned, std::size_t> lengths[] = {{1, 56},  {2, 92},  {3, 128},
+                                                        {4, 160}, {5, 196}, {32, 1140}};
     for (const auto& [streams, length] : lengths) {
         RHD_Generator generator(streams, 5);
         Words words;
@@ -42,7 +44,9 @@ TEST(RHDGenerator, EvenInputsAreRampsAndOddInputsTones) {
     const auto step = static_cast<std::uint16_t>(generator.adc_input(1, 2) - generator.adc_input(0, 2));
     int turns = 0;
     for (std::uint64_t frame = 1; frame < 30000; ++frame) {
-        ASSERT_EQ(static_cast<std::uint16_t>(generator.adc_input(frame, 2) - generator.adc_input(frame - 1, 2)), step);
+        ASSERT_EQ(
+            static_cast<std::uint16_t>(generator.adc_input(frame, 2) - generator.adc_input(frame - 1, 2)),
+            step);
         const std::uint16_t tone = generator.adc_input(frame, 3);
         ASSERT_GE(tone, 32768 - 24000);
         ASSERT_LE(tone, 32768 + 24000);

@@ -105,7 +105,8 @@ TEST(RecordingGenerator, PartsMakeTheSameRecordingAsTheWhole) {
 
 TEST(RecordingGenerator, BlocksAreWholePiecesAndReachTheHostFromEveryPort) {
     for (const std::uint64_t blocks : {1U, 2U}) {
-        for (const std::vector<unsigned>& ports : {std::vector<unsigned>{1, 2, 3, 4}, std::vector<unsigned>{3}}) {
+        for (const std::vector<unsigned>& ports :
+             {std::vector<unsigned>{1, 2, 3, 4}, std::vector<unsigned>{3}}) {
             Recording_Options options;
             options.blocks = blocks;
             options.ports = ports;

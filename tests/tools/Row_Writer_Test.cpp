@@ -19,15 +19,19 @@ Fault one(Fault_Kind kind, std::uint64_t position) {
     return fault;
 }
 
-Bytes bytes_of(const Row_Writer& writer) { return {writer.bytes().begin(), writer.bytes().end()}; }
+Bytes bytes_of(const Row_Writer& writer) {
+    return {writer.bytes().begin(), writer.bytes().end()};
+}
 
-Row_Writer writer_with(const std::vector<Fault>& faults) { return Row_Writer(Fault_Plan(faults, 1), 64); }
+Row_Writer writer_with(const std::vector<Fault>& faults) {
+    return Row_Writer(Fault_Plan(faults, 1), 64);
+}
 
 TEST(RowWriter, ARowIsMarkerAndStreamCounterAndSevenWordsLowByteFirst) {
     Row_Writer writer = writer_with({});
     writer.write(2, flagged);
-    EXPECT_EQ(bytes_of(writer), (Bytes{0xD2, 0x00, 0x01, 0x1A, 0x02, 0x21, 0x03, 0x31, 0x04, 0x41, 0x05, 0x51, 0x06,
-                                       0x61, 0x07, 0x71}));
+    EXPECT_EQ(bytes_of(writer), (Bytes{0xD2, 0x00, 0x01, 0x1A, 0x02, 0x21, 0x03, 0x31, 0x04, 0x41, 0x05, 0x51,
+                                       0x06, 0x61, 0x07, 0x71}));
 }
 
 TEST(RowWriter, EachStreamCountsItsOwnRowsAndWrapsAfter255) {
@@ -38,10 +42,10 @@ TEST(RowWriter, EachStreamCountsItsOwnRowsAndWrapsAfter255) {
     writer.write(4, plain);
     const Bytes bytes = bytes_of(writer);
     ASSERT_EQ(bytes.size(), 258U * 16);
-    EXPECT_EQ(bytes[255 * 16 + 1], 255);
-    EXPECT_EQ(bytes[256 * 16 + 1], 0);
-    EXPECT_EQ(bytes[257 * 16], 0xD4);
-    EXPECT_EQ(bytes[257 * 16 + 1], 0);
+    EXPECT_EQ(bytes.at(255 * 16 + 1), 255);
+    EXPECT_EQ(bytes.at(256 * 16 + 1), 0);
+    EXPECT_EQ(bytes.at(257 * 16), 0xD4);
+    EXPECT_EQ(bytes.at(257 * 16 + 1), 0);
 }
 
 TEST(RowWriter, ClearKeepsTheCounters) {
@@ -50,7 +54,7 @@ TEST(RowWriter, ClearKeepsTheCounters) {
     writer.clear();
     EXPECT_TRUE(writer.bytes().empty());
     writer.write(1, plain);
-    EXPECT_EQ(bytes_of(writer)[1], 1);
+    EXPECT_EQ(bytes_of(writer).at(1), 1);
 }
 
 TEST(RowWriter, ResizeDropsBytesOrAppendsZeros) {
@@ -69,14 +73,14 @@ TEST(RowWriter, ALostRowIsMissingButCounted) {
     }
     const Bytes bytes = bytes_of(writer);
     ASSERT_EQ(bytes.size(), 2U * 16);
-    EXPECT_EQ(bytes[1], 0);
-    EXPECT_EQ(bytes[17], 2);
+    EXPECT_EQ(bytes.at(1), 0);
+    EXPECT_EQ(bytes.at(17), 2);
 }
 
 TEST(RowWriter, ABadMarkerKeepsTheStreamId) {
     Row_Writer writer = writer_with({one(Fault_Kind::bad_marker, 0)});
     writer.write(3, plain);
-    EXPECT_EQ(bytes_of(writer)[0], 0x53);
+    EXPECT_EQ(bytes_of(writer).at(0), 0x53);
 }
 
 TEST(RowWriter, AWrongTagChangesTheTagOfOneWordOnly) {
@@ -85,7 +89,7 @@ TEST(RowWriter, AWrongTagChangesTheTagOfOneWordOnly) {
     const Bytes bytes = bytes_of(writer);
     int changed = 0;
     for (std::size_t lane = 0; lane < 7; ++lane) {
-        const unsigned word = bytes[2 + 2 * lane] | static_cast<unsigned>(bytes[3 + 2 * lane]) << 8;
+        const unsigned word = bytes.at(2 + 2 * lane) | static_cast<unsigned>(bytes.at(3 + 2 * lane)) << 8;
         EXPECT_EQ(word & 0x7FFF, plain[lane]);
         changed += word != plain[lane] ? 1 : 0;
     }
@@ -95,7 +99,7 @@ TEST(RowWriter, AWrongTagChangesTheTagOfOneWordOnly) {
 TEST(RowWriter, RHDRowsHaveNoTagsToDamage) {
     Row_Writer writer = writer_with({one(Fault_Kind::wrong_tag, 0)});
     writer.write(4, plain);
-    EXPECT_EQ(bytes_of(writer)[3], 0x10);
+    EXPECT_EQ(bytes_of(writer).at(3), 0x10);
 }
 
 TEST(RowWriter, AMissingFlagStrikesRowsThatCarryTheFlag) {
@@ -104,9 +108,9 @@ TEST(RowWriter, AMissingFlagStrikesRowsThatCarryTheFlag) {
     writer.write(0, plain);
     writer.write(0, flagged);
     const Bytes bytes = bytes_of(writer);
-    EXPECT_EQ(bytes[3], 0x1A);
-    EXPECT_EQ(bytes[16 + 3], 0x10);
-    EXPECT_EQ(bytes[32 + 3], 0x12);
+    EXPECT_EQ(bytes.at(3), 0x1A);
+    EXPECT_EQ(bytes.at(16 + 3), 0x10);
+    EXPECT_EQ(bytes.at(32 + 3), 0x12);
 }
 
 TEST(RowWriter, AnUnknownRowStandsBeforeTheStruckRow) {
@@ -114,11 +118,11 @@ TEST(RowWriter, AnUnknownRowStandsBeforeTheStruckRow) {
     writer.write(0, plain);
     const Bytes bytes = bytes_of(writer);
     ASSERT_EQ(bytes.size(), 2U * 16);
-    EXPECT_EQ(bytes[0] & 0xF0, 0xD0);
-    EXPECT_GE(bytes[0] & 0x0F, 5);
-    EXPECT_EQ(bytes[1], 0);
-    EXPECT_EQ(bytes[16], 0xD0);
-    EXPECT_EQ(bytes[17], 0);
+    EXPECT_EQ(bytes.at(0) & 0xF0, 0xD0);
+    EXPECT_GE(bytes.at(0) & 0x0F, 5);
+    EXPECT_EQ(bytes.at(1), 0);
+    EXPECT_EQ(bytes.at(16), 0xD0);
+    EXPECT_EQ(bytes.at(17), 0);
 }
 
 } // namespace

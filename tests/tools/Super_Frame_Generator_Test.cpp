@@ -13,7 +13,8 @@ Super_Frame_Generator ramp() {
 }
 
 // Value `index` of frame `frame` by the order of lanes and rows: lane index / 5, row index % 5.
-unsigned value(const std::array<std::uint16_t, words_per_super_frame>& words, std::size_t frame, std::size_t index) {
+unsigned value(const std::array<std::uint16_t, words_per_super_frame>& words, std::size_t frame,
+               std::size_t index) {
     return words[frame * 35 + index % 5 * 7 + index / 5] & 0x3FFU;
 }
 
@@ -56,19 +57,19 @@ TEST(SuperFrameGenerator, TheCounterHasTwentyBits) {
 }
 
 TEST(SuperFrameGenerator, TheFirstWordsByHand) {
-    // Super frame 0: the ramp's value is the channel number. Frame 0 carries LFP channels of slot 0: the first
-    // row holds ADCs 0, 5, 10, ... 30 and nothing of the counter's lane but ADC 30.
+    // Super frame 0: the ramp's value is the channel number. Frame 0 carries LFP channels of slot 0: the
+    // first row holds ADCs 0, 5, 10, ... 30 and nothing of the counter's lane but ADC 30.
     const auto words = ramp().next();
-    EXPECT_EQ(words[0], 0x1800 | 0);    // lane 1: ADC 0, channel 0, flag
-    EXPECT_EQ(words[1], 0x2000 | 49);   // lane 2: ADC 5, channel 49
-    EXPECT_EQ(words[2], 0x3000 | 120);  // lane 3: ADC 10, channel 120
-    EXPECT_EQ(words[3], 0x4000 | 169);  // lane 4: ADC 15, channel 169
-    EXPECT_EQ(words[4], 0x5000 | 240);  // lane 5: ADC 20, channel 240
-    EXPECT_EQ(words[5], 0x6000 | 289);  // lane 6: ADC 25, channel 289
-    EXPECT_EQ(words[6], 0x7000 | 360);  // lane 7: ADC 30, channel 360
-    EXPECT_EQ(words[7], 0x1000 | 1);    // row 2, lane 1: ADC 1, channel 1
-    EXPECT_EQ(words[35], 0x1000 | 0);   // frame 1: AP, slot 0
-    EXPECT_EQ(words[70], 0x1000 | 2);   // frame 2: AP, slot 1
+    EXPECT_EQ(words[0], 0x1800 | 0);             // lane 1: ADC 0, channel 0, flag
+    EXPECT_EQ(words[1], 0x2000 | 49);            // lane 2: ADC 5, channel 49
+    EXPECT_EQ(words[2], 0x3000 | 120);           // lane 3: ADC 10, channel 120
+    EXPECT_EQ(words[3], 0x4000 | 169);           // lane 4: ADC 15, channel 169
+    EXPECT_EQ(words[4], 0x5000 | 240);           // lane 5: ADC 20, channel 240
+    EXPECT_EQ(words[5], 0x6000 | 289);           // lane 6: ADC 25, channel 289
+    EXPECT_EQ(words[6], 0x7000 | 360);           // lane 7: ADC 30, channel 360
+    EXPECT_EQ(words[7], 0x1000 | 1);             // row 2, lane 1: ADC 1, channel 1
+    EXPECT_EQ(words[35], 0x1000 | 0);            // frame 1: AP, slot 0
+    EXPECT_EQ(words[70], 0x1000 | 2);            // frame 2: AP, slot 1
     EXPECT_EQ(words[12 * 35 + 6], 0x7000 | 382); // frame 12: AP, slot 11, ADC 30
 }
 

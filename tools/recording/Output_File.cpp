@@ -9,8 +9,9 @@
 
 namespace Pelgar::ORBE::recording {
 
-Output_File::Output_File(const std::filesystem::path& path) {
+Output_File::Output_File(const std::filesystem::path& path) : m_name(path.string()) {
     std::error_code error;
+    // Behind a symbolic link it is the file itself that is replaced.
     m_path = std::filesystem::weakly_canonical(path, error);
     if (error) {
         m_path = path;
@@ -20,7 +21,7 @@ Output_File::Output_File(const std::filesystem::path& path) {
         fail(EISDIR);
     }
     if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status)) {
-        throw std::runtime_error("cannot write '" + m_path.string() + "': it is not a regular file");
+        throw std::runtime_error("cannot write '" + m_name + "': it is not a regular file");
     }
     m_temporary = m_path;
     m_temporary += ".partial-" + std::to_string(std::random_device()());

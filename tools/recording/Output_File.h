@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <memory>
 #include <span>
+#include <string>
 
 namespace Pelgar::ORBE::recording {
 
@@ -30,6 +31,7 @@ private:
 
     [[noreturn]] void fail(int error) const;
 
+    std::string m_name; // as the user calls it
     std::filesystem::path m_path;
     std::filesystem::path m_temporary;
     std::unique_ptr<std::FILE, Closer> m_file;

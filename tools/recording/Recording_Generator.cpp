@@ -49,12 +49,12 @@ std::span<const std::uint8_t> Recording_Generator::next() {
     if (m_finished) {
         return {};
     }
-    while (m_writer.bytes().size() < part_bytes) {
-        if (finished()) {
-            finish();
-            break;
-        }
+    // The end is looked for after every tick, since it may lie where the part is full.
+    while (!finished() && m_writer.bytes().size() < part_bytes) {
         generate_tick();
+    }
+    if (finished()) {
+        finish();
     }
     return m_writer.bytes();
 }

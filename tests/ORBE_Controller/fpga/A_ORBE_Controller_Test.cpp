@@ -1,6 +1,5 @@
 #include "A_ORBE_Controller.h"
 
-#include "CP_Linux_ORBE_Controller.h"
 #include "CP_Sim_ORBE_Controller.h"
 #include "Fake_ORBE_Controller.h"
 #include "Printed.h"
@@ -17,7 +16,6 @@
 namespace {
 
 using Pelgar::ORBE::A_ORBE_Controller;
-using Pelgar::ORBE::CP_Linux_ORBE_Controller;
 using Pelgar::ORBE::CP_Sim_ORBE_Controller;
 using Pelgar::ORBE::test::Fake_ORBE_Controller;
 using Pelgar::ORBE::test::printed_by;
@@ -43,17 +41,6 @@ TEST(AORBEController, FactoryMakesTheSimulationWithItsModulesInOrder) {
     EXPECT_EQ(printed.out, construction_lines);
     EXPECT_EQ(printed.err, "");
     EXPECT_NE(dynamic_cast<CP_Sim_ORBE_Controller*>(controller.get()), nullptr);
-}
-
-TEST(AORBEController, FactoryMakesTheDriverOfThePlatformWithoutOpeningIt) {
-    std::shared_ptr<A_ORBE_Controller> controller;
-    const auto made = printed_by([&] { controller = A_ORBE_Controller::get_instance(false); });
-    EXPECT_EQ(made.out, construction_lines);
-    EXPECT_EQ(made.err, "");
-    EXPECT_NE(dynamic_cast<CP_Linux_ORBE_Controller*>(controller.get()), nullptr);
-    const auto released = printed_by([&] { controller.reset(); });
-    EXPECT_EQ(released.out, "CP_Linux_ORBE_Controller dtor, closing driver connection\n"
-                            "A_ORBE_Controller dtor\n");
 }
 
 TEST(AORBEController, FactoryCachesNothing) {

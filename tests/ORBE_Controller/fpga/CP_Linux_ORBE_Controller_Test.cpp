@@ -29,6 +29,7 @@
 
 namespace {
 
+using Pelgar::ORBE::A_ORBE_Controller;
 using Pelgar::ORBE::CP_Linux_ORBE_Controller;
 using Pelgar::ORBE::test::printed_by;
 using Pelgar::ORBE::test::Temp_Directory;
@@ -105,6 +106,28 @@ public:
 private:
     int m_descriptor;
 };
+
+TEST(CPLinuxORBEControllerFactory, MakesTheDriversBackEndWithItsModulesAndOpensNothing) {
+    std::shared_ptr<A_ORBE_Controller> controller;
+    const auto made = printed_by([&] { controller = A_ORBE_Controller::get_instance(false); });
+    EXPECT_EQ(made.out, "A_ORBE_Controller ctor\n"
+                        "SPI_Module ctor at base adr : 500\n"
+                        "GPIO_Module ctor at base adr : 200\n"
+                        "GPIO_Module ctor at base adr : 0\n"
+                        "GPIO_Module ctor at base adr : 8\n"
+                        "UART_Module ctor at base adr : 400\n"
+                        "XADC_Module ctor at base adr : 800\n"
+                        "Okelly_Adapter_Module ctor at base adr : 1000\n"
+                        "AXI_Stream_Fifo_Module ctor at base adr : 1200\n"
+                        "HW_ICAP_Module ctor at base adr : 1400\n"
+                        "Foreign HW_ICAP_Module ctor at base adr : 400\n"
+                        "GPIO_Module ctor at base adr : 1600\n");
+    EXPECT_EQ(made.err, "");
+    EXPECT_NE(dynamic_cast<CP_Linux_ORBE_Controller*>(controller.get()), nullptr);
+    const auto released = printed_by([&] { controller.reset(); });
+    EXPECT_EQ(released.out, "CP_Linux_ORBE_Controller dtor, closing driver connection\n"
+                            "A_ORBE_Controller dtor\n");
+}
 
 TEST_F(CPLinuxORBEController, WithoutADeviceNothingIsOpened) {
     std::ofstream(m_directory.path() / "xdma0_control").close();
@@ -334,6 +357,8 @@ TEST_F(CPLinuxORBEController, ReadInterruptedBySignalsGoesOn) {
     make_device("xdma0");
     ASSERT_TRUE(open());
 
+    g_signals = 0;
+
     struct sigaction action {};
 
     struct sigaction previous {};
@@ -402,6 +427,24 @@ TEST_F(CPLinuxORBEController, OpeningAnewWithoutClosingLeavesNoFileBehind) {
     const auto before = open_files();
     ASSERT_TRUE(open());
     EXPECT_EQ(open_files(), before);
+}
+
+TEST_F(CPLinuxORBEController, OneMappingIsHeldAtATimeAndNoneAfterwards) {
+    make_device("xdma0");
+    const auto mappings = [&] {
+        std::ifstream maps("/proc/self/maps");
+        int count = 0;
+        for (std::string line; std::getline(maps, line);) {
+            count += line.ends_with(registers_of("xdma0").string()) ? 1 : 0;
+        }
+        return count;
+    };
+    ASSERT_TRUE(open());
+    EXPECT_EQ(mappings(), 1);
+    ASSERT_TRUE(open());
+    EXPECT_EQ(mappings(), 1);
+    m_controller.reset();
+    EXPECT_EQ(mappings(), 0);
 }
 
 TEST_F(CPLinuxORBEController, DestructorClosesTheConnection) {

@@ -1,0 +1,126 @@
+// Runs orbe-play as a user does, in the test's working directory. The recordings are so short that the
+// packets fit the library's output queues whatever else the machine has to do.
+#include "Program_Run.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <string>
+
+namespace {
+
+using Pelgar::ORBE::test::Program_Run;
+using Pelgar::ORBE::test::run_program;
+
+void make(const std::string& arguments) {
+    ASSERT_EQ(run_program(ORBE_RECORDING_PROGRAM " make " + arguments).exit_code, 0);
+}
+
+// Keeps the working directories of the program inside the test's.
+Program_Run play(const std::string& arguments) {
+    return run_program("TMPDIR=$PWD " ORBE_PLAY_PROGRAM " " + arguments);
+}
+
+bool working_directory_left() {
+    const std::filesystem::directory_iterator files(".");
+    return std::any_of(begin(files), end(files), [](const auto& entry) {
+        return entry.path().filename().string().starts_with("orbe-play-");
+    });
+}
+
+std::string line_of(const Program_Run& run, const std::string& stream) {
+    const std::size_t start = run.output.find(stream);
+    return start == std::string::npos ? "" : run.output.substr(start, run.output.find('\n', start) - start);
+}
+
+TEST(PlayProgram, EveryPacketOfEveryPortArrivesAndIsEqual) {
+    make("good.bin --blocks 3 --no-rhd");
+    const Program_Run run = play("good.bin --verify");
+    EXPECT_EQ(run.exit_code, 0) << run.errors;
+    EXPECT_EQ(run.errors, "");
+    for (const std::string port : {"port 1", "port 2", "port 3", "port 4"}) {
+        EXPECT_EQ(line_of(run, port),
+                  port + "          448        448        448        5376          448       0.179");
+    }
+    EXPECT_TRUE(run.output.ends_with("All packets arrived and are equal.\n"));
+    EXPECT_FALSE(working_directory_left());
+}
+
+TEST(PlayProgram, EveryADCPacketArrivesAndIsEqual) {
+    make("adc.bin --seconds 0.0166");
+    const Program_Run run = play("adc.bin --verify");
+    EXPECT_EQ(run.exit_code, 0) << run.errors;
+    EXPECT_EQ(line_of(run, "RHD ADC"),
+              "RHD ADC         498        498        498           -            -       0.017");
+}
+
+TEST(PlayProgram, DamagedRecordingsArriveAsTheyMust) {
+    make("bad.bin --blocks 2 --no-rhd --fault lost-row~1e-5 --fault wrong-tag~1e-3 --fault unknown-row~1e-5 "
+         "--fault bad-marker@700000 --fault missing-flag~1e-3");
+    const Program_Run run = play("bad.bin --verify");
+    EXPECT_EQ(run.exit_code, 0) << run.errors;
+    EXPECT_TRUE(run.output.ends_with("All packets arrived and are equal.\n"));
+}
+
+TEST(PlayProgram, WithoutVerifyingNothingIsCompared) {
+    make("good.bin --blocks 1 --no-rhd --ports 3");
+    const Program_Run run = play("good.bin");
+    EXPECT_EQ(run.exit_code, 0) << run.errors;
+    EXPECT_EQ(line_of(run, "port 3"),
+              "port 3          149        149          -        1788          149       0.060");
+    EXPECT_TRUE(run.output.ends_with("All packets arrived.\n"));
+}
+
+TEST(PlayProgram, AMissingRecordingIsRefusedByTheLibrary) {
+    const Program_Run run = play("missing.bin --verify");
+    EXPECT_EQ(run.exit_code, 1);
+    const std::string here = std::filesystem::canonical(".").string();
+    EXPECT_TRUE(run.errors.starts_with("orbe-play: openBS answered 5: the recording '" + here +
+                                       "/missing.bin' cannot be opened\n"
+                                       "orbe-play: the library's log is in '" +
+                                       here + "/orbe-play-"))
+        << run.errors;
+    EXPECT_EQ(run.output, "");
+    EXPECT_TRUE(working_directory_left());
+}
+
+TEST(PlayProgram, ADirectoryIsRefused) {
+    const Program_Run run = play(".");
+    EXPECT_EQ(run.exit_code, 1);
+    EXPECT_TRUE(run.errors.starts_with("orbe-play: ")) << run.errors;
+}
+
+TEST(PlayProgram, ARecordingWithNothingForAHostIsAFailure) {
+    std::ofstream("garbage.bin") << std::string(3'000'000, 'x');
+    std::ofstream("empty.bin").close();
+    for (const std::string recording : {"garbage.bin", "empty.bin"}) {
+        const Program_Run run = play(recording);
+        EXPECT_EQ(run.exit_code, 1);
+        EXPECT_TRUE(run.errors.starts_with("orbe-play: the recording holds nothing that reaches a host "
+                                           "('orbe-recording check' tells more)\n"))
+            << run.errors;
+    }
+}
+
+TEST(PlayProgram, KeepsItsWorkingDirectoryOnRequest) {
+    make("good.bin --blocks 1 --no-rhd --ports 1");
+    const Program_Run run = play("good.bin --keep");
+    EXPECT_EQ(run.exit_code, 0) << run.errors;
+    EXPECT_TRUE(working_directory_left());
+}
+
+TEST(PlayProgram, TheLibrarysOutputIsShownOnRequest) {
+    make("good.bin --blocks 1 --no-rhd --ports 1");
+    const Program_Run run = play("good.bin --no-quiet-library");
+    EXPECT_EQ(run.exit_code, 0) << run.errors;
+    EXPECT_NE(run.output.find("Simulation worker thread started\n"), std::string::npos);
+}
+
+TEST(PlayProgram, WrongArgumentsAnswerTwo) {
+    EXPECT_EQ(play("").exit_code, 2);
+    EXPECT_EQ(play("x.bin --stall 0").exit_code, 2);
+    EXPECT_EQ(play("x.bin --loud").exit_code, 2);
+}
+
+} // namespace
