@@ -48,11 +48,11 @@ TEST(PlayProgram, EveryPacketOfEveryPortArrivesAndIsEqual) {
 }
 
 TEST(PlayProgram, EveryADCPacketArrivesAndIsEqual) {
-    make("adc.bin --seconds 0.0166");
+    make("adc.bin --seconds 0.0168");
     const Program_Run run = play("adc.bin --verify");
     EXPECT_EQ(run.exit_code, 0) << run.errors;
     EXPECT_EQ(line_of(run, "RHD ADC"),
-              "RHD ADC         498        498        498           -            -       0.017");
+              "RHD ADC         497        497        497           -            -       0.017");
 }
 
 TEST(PlayProgram, DamagedRecordingsArriveAsTheyMust) {
@@ -115,6 +115,34 @@ TEST(PlayProgram, TheLibrarysOutputIsShownOnRequest) {
     const Program_Run run = play("good.bin --no-quiet-library");
     EXPECT_EQ(run.exit_code, 0) << run.errors;
     EXPECT_NE(run.output.find("Simulation worker thread started\n"), std::string::npos);
+}
+
+TEST(PlayProgram, PacedPlayingLosesNothingOfALongRecording) {
+    // Seventeen times as many ADC packets as the library's queue holds.
+    make("long.bin --blocks 5");
+    const Program_Run run = play("long.bin --verify --paced");
+    EXPECT_EQ(run.exit_code, 0) << run.errors;
+    EXPECT_EQ(line_of(run, "port 4"),
+              "port 4          746        746        746        8952          746       0.298");
+    EXPECT_TRUE(run.output.ends_with("All packets arrived and are equal.\n"));
+    EXPECT_FALSE(working_directory_left());
+}
+
+TEST(PlayProgram, PacedPlayingOfAMissingRecordingFails) {
+    const Program_Run run = play("missing.bin --paced");
+    EXPECT_EQ(run.exit_code, 1);
+    const std::string here = std::filesystem::canonical(".").string();
+    EXPECT_TRUE(run.errors.starts_with("orbe-play: cannot read '" + here +
+                                       "/missing.bin': No such file or directory\n"))
+        << run.errors;
+}
+
+TEST(PlayProgram, AStopByTheUserEndsIt) {
+    make("long.bin --blocks 60 --ports 1 --no-rhd");
+    const Program_Run run =
+        run_program("TMPDIR=$PWD timeout --preserve-status -s INT 1 " ORBE_PLAY_PROGRAM " long.bin --paced");
+    EXPECT_EQ(run.exit_code, 130);
+    EXPECT_TRUE(run.errors.starts_with("orbe-play: stopped by the user\n")) << run.errors;
 }
 
 TEST(PlayProgram, WrongArgumentsAnswerTwo) {

@@ -16,7 +16,8 @@ public:
 
     enum class Memory : std::uint8_t { lost_without_power, kept };
 
-    explicit I2C_Device(Memory memory, std::initializer_list<std::pair<std::uint8_t, std::uint8_t>> contents = {});
+    explicit I2C_Device(Memory memory,
+                        std::initializer_list<std::pair<std::uint8_t, std::uint8_t>> contents = {});
     virtual ~I2C_Device() = default;
     I2C_Device(const I2C_Device&) = delete;
     I2C_Device& operator=(const I2C_Device&) = delete;

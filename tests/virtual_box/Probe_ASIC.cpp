@@ -21,7 +21,7 @@ constexpr bool is_chain(std::uint8_t reg) {
 std::uint8_t mirrored(std::uint8_t byte) {
     unsigned result = 0;
     for (unsigned i = 0; i < 8; ++i) {
-        result = result * 2 + (byte >> i) % 2;
+        result = (result << 1U) | ((unsigned{byte} >> i) & 1U);
     }
     return static_cast<std::uint8_t>(result);
 }

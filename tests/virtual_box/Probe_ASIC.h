@@ -1,5 +1,5 @@
-// Test support, virtual box. The probe ASIC on the headstage's bus: control registers and three shift-register
-// chains that keep every upload. Not locked: the headstage that owns it does that.
+// Test support, virtual box. The probe ASIC on the headstage's bus: control registers and three
+// shift-register chains that keep every upload. Not locked: the headstage that owns it does that.
 #pragma once
 
 #include "I2C_Device.h"

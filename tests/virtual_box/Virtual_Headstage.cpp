@@ -34,17 +34,13 @@ bool is_read(const Link_Frame& frame) {
 } // namespace
 
 Virtual_Headstage::Virtual_Headstage()
-    : m_serializer(I2C_Device::Memory::lost_without_power, {{device_id, serializer_id}, {mode, serializer_idle}}),
+    : m_serializer(I2C_Device::Memory::lost_without_power,
+                   {{device_id, serializer_id}, {mode, serializer_idle}}),
       m_deserializer(I2C_Device::Memory::lost_without_power,
                      {{device_id, deserializer_id}, {mode, deserializer_normal}}),
-      m_probe_eeprom(I2C_Device::Memory::kept, {{0, 0x88},
-                                                {1, 0x77},
-                                                {2, 0x66},
-                                                {3, 0x55},
-                                                {4, 0x44},
-                                                {5, 0x33},
-                                                {6, 0x22},
-                                                {7, 0x11}}),
+      m_probe_eeprom(
+          I2C_Device::Memory::kept,
+          {{0, 0x88}, {1, 0x77}, {2, 0x66}, {3, 0x55}, {4, 0x44}, {5, 0x33}, {6, 0x22}, {7, 0x11}}),
       m_headstage_eeprom(I2C_Device::Memory::kept, {{0, 0x05}, {1, 0x02}}),
       m_devices{{serializer, &m_serializer},
                 {deserializer, &m_deserializer},

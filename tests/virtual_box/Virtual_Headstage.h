@@ -1,5 +1,5 @@
-// Test support, virtual box. What hangs on one probe port: the bridge that turns frames from the UART into I2C
-// transactions, and the devices behind it. Locks itself; any thread.
+// Test support, virtual box. What hangs on one probe port: the bridge that turns frames from the UART into
+// I2C transactions, and the devices behind it. Locks itself; any thread.
 #pragma once
 
 #include "I2C_Device.h"
@@ -27,8 +27,8 @@ public:
     static constexpr std::uint8_t headstage_eeprom = 0xA4;
     static constexpr std::uint8_t probe_asic = 0xE0;
 
-    // A headstage of version 5.2 with a probe: right device ids, serial number 0x1122334455667788, part numbers
-    // "PRB_1_4_0480_1" and "NP2_HS_30".
+    // A headstage of version 5.2 with a probe: right device ids, serial number 0x1122334455667788, part
+    // numbers "PRB_1_4_0480_1" and "NP2_HS_30".
     Virtual_Headstage();
 
     // ---- The box's side.

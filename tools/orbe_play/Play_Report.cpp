@@ -67,6 +67,9 @@ std::string report(const Player& player, const Play_Options& options) {
         text_of(" %11s %12s %11.3f\n", "-", "-", static_cast<double>(adc.received) / super_frames_per_second);
     notes += remarks("RHD ADC", adc);
 
+    if (!player.problem().empty()) {
+        return text + notes;
+    }
     const double rate = static_cast<double>(player.bytes()) / 1e6 / player.seconds();
     text += text_of("%.1f MB played in %.2f s: %.1f MB/s, %.2f times the full box (%.1f MB/s)\n",
                     static_cast<double>(player.bytes()) / 1e6, player.seconds(), rate,

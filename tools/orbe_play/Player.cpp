@@ -63,7 +63,7 @@ bool Player::open() {
     if (result != Neuropixels::SUCCESS) {
         m_problem = "openBS answered " + std::to_string(result) + ": the recording '" +
                     m_options.recording.string() + "' cannot be opened";
-        Neuropixels::closeBS(slot);
+        close();
         return false;
     }
     return true;
@@ -108,6 +108,9 @@ bool Player::wait_for_packets(int progress_descriptor) {
     std::this_thread::sleep_for(settling_time);
 
     Progress_Bar progress("Playing", m_expected, progress_descriptor);
+    if (m_options.paced != nullptr) {
+        m_options.paced->start([this](const Packet_Counts& counts) { return taken(counts); });
+    }
     const auto start = Clock::now();
     Neuropixels::start_acquisition(slot, first_port);
     std::uint64_t seen = 0;
@@ -157,6 +160,16 @@ bool Player::all_complete() const {
     return std::ranges::all_of(results(), [](const Reader_Result* result) { return result->complete(); });
 }
 
+// Whether the readers have taken what is counted. Up to a batch of packets can be in a reader's hands.
+bool Player::taken(const Packet_Counts& counts) const {
+    for (unsigned i = 0; i < port_count; ++i) {
+        if (m_ports[i]->result().received + Port_Stream::batch_packets < counts.of_port(i + 1)) {
+            return false;
+        }
+    }
+    return m_adc->result().received + ADC_Stream::batch_packets >= counts.of_adc();
+}
+
 std::uint64_t Player::sum(const std::function<std::uint64_t(const Reader_Result&)>& number) const {
     std::uint64_t total = 0;
     for (const Reader_Result* const result : results()) {
@@ -171,6 +184,9 @@ bool Player::good() const {
 }
 
 void Player::close() {
+    if (m_options.paced != nullptr) {
+        m_options.paced->stop();
+    }
     // A library that does not come back from closing must not keep this program for ever.
     std::promise<void> closed;
     std::future<void> done = closed.get_future();

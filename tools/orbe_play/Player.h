@@ -4,6 +4,7 @@
 #pragma once
 
 #include "ADC_Stream.h"
+#include "Paced_Recording.h"
 #include "Packet_Counts.h"
 #include "Port_Stream.h"
 #include "Stream_Reader.h"
@@ -22,6 +23,7 @@ struct Play_Options {
     std::filesystem::path recording; // absolute
     bool verify = false;
     std::chrono::duration<double> stall_limit{10.0};
+    Paced_Recording* paced = nullptr; // plays through this pipe; null: from the file
 };
 
 class Player {
@@ -65,6 +67,7 @@ private:
     // All streams, in the order of the table.
     std::vector<const Reader_Result*> results() const;
     bool all_complete() const;
+    bool taken(const Packet_Counts& counts) const;
     std::uint64_t sum(const std::function<std::uint64_t(const Reader_Result&)>& number) const;
 
     Play_Options m_options;

@@ -1,17 +1,13 @@
 #include "Prompt_Thread.h"
 
-#if defined(_WIN32)
-#include <windows.h>
-#elif defined(__linux__)
+#if defined(__linux__)
 #include <sys/resource.h>
 #endif
 
 namespace Pelgar::ORBE::recording {
 
 void make_this_thread_prompt() {
-#if defined(_WIN32)
-    SetThreadPriority(GetCurrentThread(), THREAD_PRIORITY_HIGHEST);
-#elif defined(__linux__)
+#if defined(__linux__)
     // On Linux this is the nice value of the calling thread alone.
     constexpr int calling_thread = 0;
     constexpr int most_urgent = -20;

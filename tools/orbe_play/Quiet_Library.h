@@ -20,8 +20,8 @@ public:
     int user_error_descriptor() const { return m_user_error; }
 
 private:
-    int m_user_output;
-    int m_user_error;
+    int m_user_output = -1;
+    int m_user_error = -1;
 };
 
 } // namespace Pelgar::ORBE::recording

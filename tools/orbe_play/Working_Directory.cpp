@@ -1,5 +1,6 @@
 #include "Working_Directory.h"
 
+#include <exception>
 #include <fstream>
 #include <random>
 #include <stdexcept>
@@ -28,15 +29,14 @@ std::filesystem::path make_directory() {
 
 Working_Directory::Working_Directory(const std::filesystem::path& recording)
     : m_home(std::filesystem::current_path()), m_path(make_directory()) {
-    std::ofstream file(m_path / simulation_switch);
-    file << std::filesystem::absolute(recording).string() << "\n";
-    file.close();
-    if (!file) {
+    try {
+        name_recording(recording);
+        std::filesystem::current_path(m_path);
+    } catch (const std::exception&) {
         std::error_code ignored;
         std::filesystem::remove_all(m_path, ignored);
-        throw std::runtime_error("cannot write into '" + m_path.string() + "'");
+        throw;
     }
-    std::filesystem::current_path(m_path);
 }
 
 Working_Directory::~Working_Directory() {
@@ -45,6 +45,15 @@ Working_Directory::~Working_Directory() {
     if (!m_keep) {
         std::filesystem::remove_all(m_path, ignored);
         std::filesystem::remove(output_path(), ignored);
+    }
+}
+
+void Working_Directory::name_recording(const std::filesystem::path& recording) const {
+    std::ofstream file(m_path / simulation_switch);
+    file << std::filesystem::absolute(recording).string() << "\n";
+    file.close();
+    if (!file) {
+        throw std::runtime_error("cannot write into '" + m_path.string() + "'");
     }
 }
 

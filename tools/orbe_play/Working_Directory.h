@@ -16,6 +16,9 @@ public:
     Working_Directory(const Working_Directory&) = delete;
     Working_Directory& operator=(const Working_Directory&) = delete;
 
+    // Makes the switch file name something else. Throws std::runtime_error.
+    void name_recording(const std::filesystem::path& recording) const;
+
     const std::filesystem::path& path() const { return m_path; }
 
     // Beside the directory: where the library's output goes.

@@ -2,7 +2,7 @@
 // with what the recording holds. Knows nothing of the library but its public header. Exit codes: 0 everything
 // arrived (and was equal), 1 not so, 2 wrong arguments, 130 stopped by the user.
 #include "Interrupt.h"
-#include "Piece_Reader.h"
+#include "Paced_Recording.h"
 #include "Play_Report.h"
 #include "Player.h"
 #include "Quiet_Library.h"
@@ -27,7 +27,10 @@ constexpr const char* overflow_message = "MT_NP_PXI_Queue overflow";
 
 constexpr const char* footer =
     "The recording is played in a fresh working directory. What the library prints goes to a file beside it "
-    "unless --no-quiet-library is given; both are removed when all went well, and named when not.";
+    "unless --no-quiet-library is given; both are removed when all went well, and named when not.\n"
+    "The library keeps 501 packets of each kind and drops what is not taken in time. A piece of 1 MiB brings "
+    "about "
+    "250 ADC packets when four ports are recorded, but 970 when only one is: those depend on a fast machine.";
 
 // What is wrong, in one line; empty when nothing is.
 std::string problem_of(const Player& player, bool played, bool verify) {
@@ -52,8 +55,14 @@ bool dropped_packets(const std::filesystem::path& output) {
     return false;
 }
 
-int play(const Play_Options& options, bool quiet, bool keep) {
+int play(Play_Options options, bool paced, bool quiet, bool keep) {
     Working_Directory directory(options.recording);
+    std::optional<Paced_Recording> pipe;
+    if (paced) {
+        pipe.emplace(options.recording, directory.path() / "recording");
+        directory.name_recording(pipe->pipe());
+        options.paced = &*pipe;
+    }
     Player player(options);
     bool played = false;
     {
@@ -76,7 +85,8 @@ int play(const Play_Options& options, bool quiet, bool keep) {
         if (dropped_packets(directory.path() / "ORBE.log")) {
             std::fprintf(stderr,
                          "orbe-play: the library dropped packets because they were not taken in time: "
-                         "this machine is too busy to play in real time\n");
+                         "this machine is too busy to play in real time%s\n",
+                         paced ? "" : " (try --paced)");
         }
         return interrupted() ? interrupted_exit_code : failed;
     }
@@ -97,6 +107,7 @@ int main(int argc, char** argv) {
     double stall = options.stall_limit.count();
     bool quiet = true;
     bool keep = false;
+    bool paced = false;
     app.add_option("RECORDING", recording, "The raw recording")->required();
     app.add_flag("--verify", options.verify, "Compare every sample, time stamp and status word");
     app.add_option("--stall", stall, "Give up after so many seconds without a new packet")
@@ -104,6 +115,10 @@ int main(int argc, char** argv) {
         ->capture_default_str();
     app.add_flag("--quiet-library,!--no-quiet-library", quiet,
                  "Send what the library prints to a file (default)");
+    app.add_flag(
+        "--paced", paced,
+        "Give the library the recording through a pipe, a piece at a time when the packets before it have "
+        "been taken: nothing is lost on a busy machine, which otherwise drops packets");
     app.add_flag("--keep", keep, "Keep the working directory also when all went well");
     app.footer(footer);
     try {
@@ -115,7 +130,7 @@ int main(int argc, char** argv) {
     try {
         options.recording = std::filesystem::absolute(recording);
         options.stall_limit = std::chrono::duration<double>(stall);
-        return play(options, quiet, keep);
+        return play(options, paced, quiet, keep);
     } catch (const std::exception& error) {
         std::fprintf(stderr, "orbe-play: %s\n", error.what());
         return failed;

@@ -61,8 +61,7 @@ void Output_File::commit() {
 }
 
 void Output_File::fail(int error) const {
-    throw std::runtime_error("cannot write '" + m_path.string() +
-                             "': " + std::generic_category().message(error));
+    throw std::runtime_error("cannot write '" + m_name + "': " + std::generic_category().message(error));
 }
 
 } // namespace Pelgar::ORBE::recording

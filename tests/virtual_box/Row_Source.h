@@ -1,0 +1,55 @@
+// Test support, virtual box. Makes the rows of the enabled data sources from a seed, tick by tick: in every
+// thirty-thousandth of a second one super frame of each port, row by row in turn, and one RHD frame. With all
+// sources on from the start the bytes are those of a recording with the same options. One thread.
+#pragma once
+
+#include "Stream_Enables.h"
+
+#include <RHD_Generator.h>
+#include <Recording_Options.h>
+#include <Row_Writer.h>
+#include <Super_Frame_Generator.h>
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <vector>
+
+namespace Pelgar::ORBE::test {
+
+class Row_Source {
+public:
+    // Of the options the seed, the signals and the faults count; the rest is in the box's registers.
+    explicit Row_Source(recording::Recording_Options options);
+
+    // Makes the rows of one tick. Those of the last one must have been taken.
+    void make_tick(const Stream_Enables& enables);
+
+    // The probe counts its frames from 0 again.
+    void restart_probe(std::size_t port);
+
+    // The design was loaded anew: nothing is left of what was before.
+    void reset();
+
+    // Bytes that are ready, at most `wanted`.
+    std::span<const std::uint8_t> take(std::size_t wanted);
+
+private:
+    struct RHD {
+        unsigned streams;
+        recording::RHD_Generator generator;
+        std::vector<std::uint16_t> words; // those that do not fill a row yet
+    };
+
+    void write_rhd_rows(unsigned streams);
+
+    recording::Recording_Options m_options;
+    recording::Row_Writer m_writer;
+    std::size_t m_taken = 0;
+    std::array<std::optional<recording::Super_Frame_Generator>, box_port_count> m_probes;
+    std::optional<RHD> m_rhd;
+};
+
+} // namespace Pelgar::ORBE::test
