@@ -23,9 +23,8 @@ std::shared_ptr<ORBE_Controller_Library> current_controller() {
 }
 
 std::shared_ptr<NP_Converter> current_np_converter(int portID) {
-    const auto port = static_cast<std::size_t>(static_cast<unsigned>(portID - 1));
     const std::lock_guard lock(*g_objects_mutex);
-    const auto& converter = checked_at(*g_np_converters, port);
+    const auto& converter = checked_at(*g_np_converters, port_index(portID));
     return *g_controller ? converter : nullptr;
 }
 

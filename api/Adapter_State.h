@@ -28,7 +28,7 @@ inline constexpr std::size_t np_port_count = demux::np_port_count;
 using NP_Converter = L2_CH_Results_NP_PXI_Format_Converter;
 using RHD_Converter = RHD_to_PXI_ADC_Format_Converter;
 
-// Guards the three pointers below it.
+// Guards the three pointers below it. openBS and closeBS, which alone change them, may read them without.
 extern Never_Destroyed<std::mutex> g_objects_mutex;
 extern Never_Destroyed<std::shared_ptr<ORBE_Controller_Library>> g_controller;
 extern Never_Destroyed<std::array<std::shared_ptr<NP_Converter>, np_port_count>> g_np_converters;
@@ -43,6 +43,9 @@ extern std::atomic<bool> g_log_file_pending;
 // How openBS makes its controller; tests put one on a modelled box in its place.
 using Controller_Factory = std::function<std::shared_ptr<ORBE_Controller_Library>(bool simulation)>;
 extern Never_Destroyed<Controller_Factory> g_controller_factory;
+
+// The controller's index of an API port. What is no port becomes an index that nothing has.
+inline unsigned port_index(int portID) { return static_cast<unsigned>(portID) - 1U; }
 
 // The controller, or empty when no basestation is open.
 std::shared_ptr<ORBE_Controller_Library> current_controller();
@@ -59,6 +62,11 @@ Neuropixels::NP_ErrorCode forward_to_controller(const char* name, Operation oper
     const auto controller = current_controller();
     if (!controller) {
         LOG_F(ERROR, "%s : no basestation is open", name);
+        return Neuropixels::FAILED;
+    }
+    if (controller->get_current_error_level() == Error_Level::driver_open) {
+        // What openBS has left behind when there was no box: it has no registers.
+        LOG_F(ERROR, "%s : the box is not open", name);
         return Neuropixels::FAILED;
     }
     try {

@@ -22,6 +22,9 @@ public:
     // published for keep the values of the packet before.
     void publish_lp_ch_data(std::uint16_t (&values)[demux::channel_count]) override;
 
+    // Packets completed since construction, dropped ones included. The publishing thread.
+    std::uint32_t completed_packet_count() const { return m_lfp_count; }
+
     MT_NP_PXI_Queue& queue() { return m_queue; }
 
     // Held by a host thread for as long as it takes packets, so that each packet goes to one reader.

@@ -41,6 +41,7 @@ void end_acquisition() {
         (*g_rhd_converter)->queue().signal_exit();
     }
     join_pump_thread();
+    // There is no pump any more, whoever started it: the next start_acquisition must start one.
     g_acquisition_running = false;
 }
 
@@ -58,6 +59,17 @@ std::shared_ptr<ORBE_Controller_Library> make_controller(bool simulation) {
         return (*g_controller_factory)(simulation);
     }
     return std::make_shared<ORBE_Controller_Library>(simulation);
+}
+
+// As `make_controller`; when there is none to be made the open one goes all the same, for its readers have been
+// turned away.
+std::shared_ptr<ORBE_Controller_Library> make_controller_or_none(bool simulation) {
+    try {
+        return make_controller(simulation);
+    } catch (...) {
+        exchange_controller(nullptr);
+        throw;
+    }
 }
 
 void connect_converters(ORBE_Controller_Library& controller) {
@@ -123,7 +135,7 @@ NP_ErrorCode openBS(int slotID) {
     const bool simulation = probe_file_switch(simulation_switch).present;
     try {
         end_acquisition();
-        exchange_controller(make_controller(simulation));
+        exchange_controller(make_controller_or_none(simulation));
         if (!bring_up(*current_controller())) {
             return open_failed;
         }
@@ -138,16 +150,12 @@ NP_ErrorCode openBS(int slotID) {
 NP_ErrorCode closeBS(int slotID) {
     LOG_SCOPE_F(INFO, "closeBS");
     LOG_F(INFO, "SlotID : %d", slotID);
-    auto disabled = SUCCESS;
     if (current_controller()) {
-        disabled = forward_to_controller("closeBS", [](auto& controller) {
-            controller.disable_streaming();
-            return true;
-        });
+        disable_streaming("closeBS");
     }
     end_acquisition();
     exchange_controller(nullptr);
-    return disabled;
+    return SUCCESS;
 }
 
 NP_ErrorCode detectHeadStage(int slotID, int portID, bool* detected) {
@@ -157,7 +165,7 @@ NP_ErrorCode detectHeadStage(int slotID, int portID, bool* detected) {
     const auto result = forward_to_controller("detectHeadStage", [&](const auto& controller) {
         const unsigned status = controller.get_cached_np_port_status();
         const unsigned offered = std::min<unsigned>(controller.get_np_port_count_from_fpga_signature(), np_port_count);
-        const unsigned port = static_cast<unsigned>(portID - 1);
+        const unsigned port = port_index(portID);
         present = port < offered && ((status >> port) & 1U) != 0;
         return true;
     });

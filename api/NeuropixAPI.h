@@ -473,7 +473,7 @@ NP_EXPORT std::string bs_get_fpga_design_build_date();
 // ---- Acquisition ----------------------------------------------------------------------------------------
 
 // Switches all four probe ports and the RHD stream on and starts the pump thread. Does nothing when
-// acquisition runs already. Returns 0.
+// acquisition runs already. Returns 0. Starting and stopping must not overlap each other.
 NP_EXPORT NP_ErrorCode start_acquisition(int slotID, int portID);
 
 // Switches the streams off and waits for the pump thread to end. After the pump has ended by itself (end of a
@@ -486,8 +486,8 @@ NP_EXPORT NP_ErrorCode stop_acquisition(int slotID, int portID);
 NP_EXPORT NP_ErrorCode readElectrodeData(int slotID, int portID, int dockID, electrodePacket* packets,
                                          int* actualAmount, int requestedAmount);
 
-// Packets waiting in the port's queue, and 500 minus that number (-1 when the queue is full to the brim).
-// Throws like readElectrodeData.
+// Packets waiting in the port's queue, and 500 minus that number (-1 when the queue is full to the brim). Throws
+// std::out_of_range("invalid array<T, N> subscript") for a port outside 1..4.
 NP_EXPORT NP_ErrorCode getElectrodeDataFifoState(int slotID, int portID, int dockID, int* packetsAvailable,
                                                  int* headroom);
 

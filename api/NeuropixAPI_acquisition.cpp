@@ -11,7 +11,9 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
+#include <system_error>
 
 namespace Neuropixels {
 
@@ -21,6 +23,11 @@ using namespace Pelgar::ORBE;
 using namespace Pelgar::ORBE::npoe_adapter;
 
 constexpr auto pump_end_poll_wait = std::chrono::milliseconds(1000);
+
+std::int64_t steady_clock_ns() {
+    const auto now = std::chrono::steady_clock::now().time_since_epoch();
+    return std::chrono::duration_cast<std::chrono::nanoseconds>(now).count();
+}
 
 // Copies packets to the host until `requested` are copied or the reader is turned away; answers their number.
 int take_packets(NP_Converter& converter, electrodePacket* packets, int requested) {
@@ -59,11 +66,17 @@ NP_ErrorCode start_acquisition(int slotID, int portID) {
     });
     if (enabled != SUCCESS) {
         g_acquisition_running = false;
-        return enabled;
+        return SUCCESS;
     }
     g_pump_ended = false;
     g_stop_requested = false;
-    start_pump_thread(controller, slotID, portID);
+    try {
+        start_pump_thread(controller, slotID, portID);
+    } catch (const std::system_error&) {
+        disable_streaming("start_acquisition");
+        g_acquisition_running = false;
+        throw;
+    }
     return SUCCESS;
 }
 
@@ -75,17 +88,14 @@ NP_ErrorCode stop_acquisition(int slotID, int portID) {
         return SUCCESS;
     }
     LOG_F(INFO, "Stopping main stream. (%d)", slotID);
-    const auto disabled = forward_to_controller("stop_acquisition", [](auto& controller) {
-        controller.disable_streaming();
-        return true;
-    });
+    disable_streaming("stop_acquisition");
     g_stop_requested = true;
     while (!g_pump_ended) {
         LOG_F(INFO, "Waiting main pump to stop. (%d)", slotID);
         wait_for(pump_end_poll_wait);
     }
     join_pump_thread();
-    return disabled;
+    return SUCCESS;
 }
 
 NP_ErrorCode readElectrodeData(int /*slotID*/, int portID, int /*dockID*/, electrodePacket* packets,
@@ -97,7 +107,7 @@ NP_ErrorCode readElectrodeData(int /*slotID*/, int portID, int /*dockID*/, elect
             const int requested = std::max(requestedAmount, 0);
             copied = take_packets(*converter, packets, requested);
             if (copied == requested) {
-                report_throughput(portID - 1, requested);
+                report_throughput(port_index(portID), requested, steady_clock_ns());
             }
         }
     }
@@ -122,12 +132,14 @@ NP_ErrorCode ADC_readPackets(int /*slotID*/, PacketInfo* packetInfo, int16_t* da
         const int requested = std::max(packetCount, 0);
         const std::lock_guard lock(converter->reader_mutex());
         for (; taken < requested; ++taken) {
-            PacketInfo info{};
-            int16_t* const samples = data == nullptr ? nullptr : data + taken * std::ptrdiff_t{adc_packet_length};
-            converter->read_sample_packet_to_buffer(samples, &info.Status);
+            uint16_t* status = nullptr;
             if (packetInfo != nullptr) {
-                packetInfo[taken] = info;
+                packetInfo[taken].Timestamp = 0;
+                packetInfo[taken].payloadlength = 0;
+                status = &packetInfo[taken].Status;
             }
+            int16_t* const samples = data == nullptr ? nullptr : data + taken * std::ptrdiff_t{adc_packet_length};
+            converter->read_sample_packet_to_buffer(samples, status);
             if (converter->queue().signalled_for_exit() || g_stop_requested) {
                 // Nothing of what was copied so far is for the host to use.
                 taken = 0;

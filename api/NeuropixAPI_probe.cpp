@@ -1,5 +1,5 @@
-// Layer: façade. Opening, initialising, configuring and identifying probes. Called on the host's threads; the
-// calls that talk to a headstage over the link that all ports share are serialised here.
+// Layer: façade. Opening, initialising, configuring and identifying probes. Called on the host's threads, one at a
+// time from here on, because all ports share one link and its answers carry no tag.
 #include "NeuropixAPI.h"
 
 #include "Adapter_State.h"
@@ -36,9 +36,6 @@ constexpr const char* default_headstage_part_number = "NP2_HS_30";
 Never_Destroyed<std::mutex> g_i2c_mutex;
 std::atomic<bool> g_i2c_comm_initialised{false};
 
-// The controller's index of an API port. What is no port becomes an index that nothing has.
-unsigned port_index(int portID) { return static_cast<unsigned>(portID) - 1U; }
-
 unsigned bounded_length(size_t length) {
     return static_cast<unsigned>(std::min<size_t>(length, std::numeric_limits<unsigned>::max()));
 }
@@ -58,7 +55,7 @@ E_ORBE_Init_Config read_init_mode() {
     }
 }
 
-// Runs a controller operation alone on the link of all headstages.
+// Runs a controller operation on a probe or its configuration, alone.
 template <typename Operation>
 NP_ErrorCode forward_over_i2c(const char* name, Operation operation) {
     const std::lock_guard lock(*g_i2c_mutex);
@@ -115,7 +112,7 @@ NP_ErrorCode init(int slotID, int portID, int dockID) {
     LOG_F(INFO, "slotID : %d, portID : %d, dockID : %d", slotID, portID, dockID);
     const E_ORBE_Init_Config mode = read_init_mode();
     LOG_F(INFO, "Using init config : %d", static_cast<int>(mode));
-    return forward_to_controller(
+    return forward_over_i2c(
         "init", [&](auto& controller) { return controller.probe_init_part_2(port_index(portID), mode); });
 }
 
@@ -125,7 +122,7 @@ NP_ErrorCode selectElectrode(int slotID, int portID, int dockID, int channel, in
     VLOG_SCOPE_F(verbosity, "selectElectrode");
     VLOG_F(verbosity, "slotID : %d, portID : %d, dockID : %d", slotID, portID, dockID);
     VLOG_F(verbosity, "channel=%d, bank=%d", channel, bank);
-    return forward_to_controller("selectElectrode", [&](auto& controller) {
+    return forward_over_i2c("selectElectrode", [&](auto& controller) {
         return controller.selectElectrode(port_index(portID), channel, shank, bank);
     });
 }
@@ -136,7 +133,7 @@ NP_ErrorCode setGain(int slotID, int portID, int dockID, int channel, int ap_gai
     VLOG_SCOPE_F(verbosity, "setGain");
     VLOG_F(verbosity, "slotID : %d, portID : %d, dockID : %d", slotID, portID, dockID);
     VLOG_F(verbosity, "channel=%d, ap_gain=%d, lfp_gain=%d", channel, ap_gain, lfp_gain);
-    return forward_to_controller("setGain", [&](auto& controller) {
+    return forward_over_i2c("setGain", [&](auto& controller) {
         return controller.setGain(port_index(portID), channel, ap_gain, lfp_gain);
     });
 }
@@ -148,7 +145,7 @@ NP_ErrorCode setReference(int slotID, int portID, int dockID, int channel, int s
     VLOG_SCOPE_F(verbosity, "setReference");
     VLOG_F(verbosity, "slotID : %d, portID : %d, dockID : %d", slotID, portID, dockID);
     VLOG_F(verbosity, "channel=%d,reference=%d,bank=%d", channel, reference, intRefElectrodeBank);
-    return forward_to_controller("setReference", [&](auto& controller) {
+    return forward_over_i2c("setReference", [&](auto& controller) {
         return controller.setReference(port_index(portID), channel, shank, reference, intRefElectrodeBank);
     });
 }
@@ -159,7 +156,7 @@ NP_ErrorCode setAPCornerFrequency(int slotID, int portID, int dockID, int channe
     VLOG_SCOPE_F(verbosity, "setAPCornerFrequency");
     VLOG_F(verbosity, "slotID : %d, portID : %d, dockID : %d", slotID, portID, dockID);
     VLOG_F(verbosity, "channel=%d, disableHighPass : %d", channel, disableHighPass);
-    return forward_to_controller("setAPCornerFrequency", [&](auto& controller) {
+    return forward_over_i2c("setAPCornerFrequency", [&](auto& controller) {
         return controller.setAPCornerFrequency(port_index(portID), channel, disableHighPass);
     });
 }
@@ -169,7 +166,7 @@ NP_ErrorCode getGain(int /*slotID*/, int portID, int /*dockID*/, int channel, in
     LOG_SCOPE_F(INFO, "getGain");
     int ap_gain = 0;
     int lfp_gain = 0;
-    const auto result = forward_to_controller("getGain", [&](auto& controller) {
+    const auto result = forward_over_i2c("getGain", [&](auto& controller) {
         return controller.getGain(port_index(portID), channel, &ap_gain, &lfp_gain);
     });
     LOG_F(INFO, "portID : %d, APgainselect : %d, LFPgainselect : %d", portID, ap_gain, lfp_gain);
@@ -182,7 +179,7 @@ NP_ErrorCode getGain(int /*slotID*/, int portID, int /*dockID*/, int channel, in
 
 NP_ErrorCode clear_all_electrode_to_bank_assignments(int /*slotID*/, int portID) {
     LOG_SCOPE_F(INFO, "clear_all_electrode_to_bank_assignments");
-    return forward_to_controller("clear_all_electrode_to_bank_assignments", [&](auto& controller) {
+    return forward_over_i2c("clear_all_electrode_to_bank_assignments", [&](auto& controller) {
         controller.clear_all_electrode_to_bank_assignments(port_index(portID));
         return true;
     });
@@ -191,7 +188,7 @@ NP_ErrorCode clear_all_electrode_to_bank_assignments(int /*slotID*/, int portID)
 NP_ErrorCode setADCCalibration(int slotID, int portID, const char* filename) {
     LOG_SCOPE_F(INFO, "setADCCalibration");
     VLOG_F(1, "slotID : %d, portID : %d, filename : %s", slotID, portID, shown(filename));
-    return forward_to_controller("setADCCalibration", [&](auto& controller) {
+    return forward_over_i2c("setADCCalibration", [&](auto& controller) {
         return controller.setADCCalibration(port_index(portID), filename);
     });
 }
@@ -199,7 +196,7 @@ NP_ErrorCode setADCCalibration(int slotID, int portID, const char* filename) {
 NP_ErrorCode setGainCalibration(int slotID, int portID, int /*dockID*/, const char* filename) {
     LOG_SCOPE_F(INFO, "setGainCalibration");
     VLOG_F(1, "slotID : %d, portID : %d", slotID, portID);
-    return forward_to_controller("setGainCalibration", [&](auto& controller) {
+    return forward_over_i2c("setGainCalibration", [&](auto& controller) {
         return controller.setGainCalibration(port_index(portID), filename);
     });
 }
@@ -207,7 +204,7 @@ NP_ErrorCode setGainCalibration(int slotID, int portID, int /*dockID*/, const ch
 NP_ErrorCode writeProbeConfiguration(int slotID, int portID, int dockID, bool readcheck) {
     LOG_SCOPE_F(INFO, "writeProbeConfiguration");
     LOG_F(INFO, "slotID : %d, portID : %d, dockID : %d, readcheck : %d", slotID, portID, dockID, readcheck);
-    return forward_to_controller("writeProbeConfiguration", [&](auto& controller) {
+    return forward_over_i2c("writeProbeConfiguration", [&](auto& controller) {
         return controller.writeProbeConfiguration(port_index(portID), readcheck);
     });
 }
@@ -224,7 +221,7 @@ NP_ErrorCode setOPMODE(int slotID, int portID, int dockID, probe_opmode_t mode) 
 NP_ErrorCode probe_set_bist_mode(int portID, bool enable) {
     LOG_SCOPE_F(INFO, "probe_set_bist_mode");
     VLOG_F(1, "portID : %d, enable : %d", portID, enable);
-    return forward_to_controller("probe_set_bist_mode", [&](auto& controller) {
+    return forward_over_i2c("probe_set_bist_mode", [&](auto& controller) {
         controller.set_bist_signal_mode(port_index(portID), enable);
         return true;
     });

@@ -39,6 +39,13 @@ void start_pump_thread(std::shared_ptr<ORBE_Controller_Library> controller, int 
     *g_pump_thread = std::make_unique<std::thread>(run_pump, std::move(controller), slotID, portID);
 }
 
+void disable_streaming(const char* name) {
+    forward_to_controller(name, [](auto& controller) {
+        controller.disable_streaming();
+        return true;
+    });
+}
+
 void join_pump_thread() {
     if (*g_pump_thread) {
         (*g_pump_thread)->join();

@@ -14,6 +14,9 @@ namespace Pelgar::ORBE::npoe_adapter {
 // the system has no thread to give.
 void start_pump_thread(std::shared_ptr<ORBE_Controller_Library> controller, int slotID, int portID);
 
+// Switches the data sources off for the entry point `name`; a failure is logged.
+void disable_streaming(const char* name);
+
 // Waits for the pump thread to end, if there is one, and forgets it.
 void join_pump_thread();
 

@@ -1,11 +1,10 @@
 #include "Throughput_Report.h"
 
+#include "C_Async_PSB_And_RHD_Demux.h"
 #include "Console.h"
 #include "Relaxed.h"
 
 #include <array>
-#include <chrono>
-#include <cstddef>
 #include <cstdint>
 
 namespace Pelgar::ORBE::npoe_adapter {
@@ -15,27 +14,23 @@ namespace {
 // The data rate of the full box, which the line divides by the seconds since the last one; it is not measured.
 constexpr std::int64_t full_box_megabytes = 157;
 
-std::array<Relaxed<std::uint8_t>, 4> g_read_counters;
-Relaxed<std::int64_t> g_last_measurement_ns{0};
+constexpr std::int64_t nanoseconds_per_second = 1'000'000'000;
 
-std::int64_t steady_clock_ns() {
-    const auto now = std::chrono::steady_clock::now().time_since_epoch();
-    return std::chrono::duration_cast<std::chrono::nanoseconds>(now).count();
-}
+std::array<Relaxed<std::uint8_t>, demux::np_port_count> g_read_counters;
+Relaxed<std::int64_t> g_last_measurement_ns{0};
 
 } // namespace
 
-void report_throughput(int port_index, int packet_count) {
-    if (g_read_counters[static_cast<std::size_t>(port_index)].fetch_add(1) != 0) {
+void report_throughput(unsigned port_index, int packet_count, std::int64_t now_ns) {
+    if (g_read_counters[port_index].fetch_add(1) != 0) {
         return;
     }
-    const std::int64_t now = steady_clock_ns();
-    const std::int64_t seconds = (now - g_last_measurement_ns) / 1'000'000'000;
+    const std::int64_t seconds = (now_ns - g_last_measurement_ns) / nanoseconds_per_second;
     if (seconds >= 1) {
         console::out(packet_count, " electrode packet transferred. NP port : ", port_index,
                      ", data : ", full_box_megabytes / seconds, " MB/s\n");
     }
-    g_last_measurement_ns = now;
+    g_last_measurement_ns = now_ns;
 }
 
 } // namespace Pelgar::ORBE::npoe_adapter

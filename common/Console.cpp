@@ -2,6 +2,7 @@
 
 #include <array>
 #include <charconv>
+#include <locale>
 #include <sstream>
 
 namespace Pelgar::ORBE::console {
@@ -12,6 +13,7 @@ namespace {
 template <typename Real>
 void append_real(std::string& text, Real part) {
     std::ostringstream stream;
+    stream.imbue(std::locale::classic()); // whatever the host has made of the global one
     stream << part;
     text += stream.str();
 }

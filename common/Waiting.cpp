@@ -1,5 +1,7 @@
 #include "Waiting.h"
 
+#include "Never_Destroyed.h"
+
 #include <mutex>
 #include <thread>
 #include <utility>
@@ -8,12 +10,12 @@ namespace Pelgar::ORBE {
 
 namespace {
 
-std::mutex g_waiter_mutex;
-Waiter g_waiter;
+Never_Destroyed<std::mutex> g_waiter_mutex;
+Never_Destroyed<Waiter> g_waiter;
 
 Waiter current_waiter() {
-    const std::lock_guard lock(g_waiter_mutex);
-    return g_waiter;
+    const std::lock_guard lock(*g_waiter_mutex);
+    return *g_waiter;
 }
 
 } // namespace
@@ -27,8 +29,8 @@ void wait_for(std::chrono::milliseconds duration) {
 }
 
 Waiter replace_waiter(Waiter waiter) {
-    const std::lock_guard lock(g_waiter_mutex);
-    return std::exchange(g_waiter, std::move(waiter));
+    const std::lock_guard lock(*g_waiter_mutex);
+    return std::exchange(*g_waiter, std::move(waiter));
 }
 
 } // namespace Pelgar::ORBE

@@ -4,11 +4,11 @@
 #include "Console.h"
 #include "FPGA_Register_Map.h"
 
-#if defined(_WIN32)
-#include "CP_Win_ORBE_Controller.h"
-#else
+#if defined(__linux__)
 #include "CP_Linux_ORBE_Controller.h"
 #endif
+
+#include <stdexcept>
 
 namespace Pelgar::ORBE {
 
@@ -16,21 +16,19 @@ namespace base_address = register_map::base_address;
 
 namespace {
 
-#if defined(_WIN32)
-using Hardware_ORBE_Controller = CP_Win_ORBE_Controller;
+std::shared_ptr<A_ORBE_Controller> make_hardware_back_end() {
+#if defined(__linux__)
+    return std::make_shared<CP_Linux_ORBE_Controller>();
 #else
-using Hardware_ORBE_Controller = CP_Linux_ORBE_Controller;
+    throw std::runtime_error("no driver for the box on this platform");
 #endif
+}
 
 } // namespace
 
 std::shared_ptr<A_ORBE_Controller> A_ORBE_Controller::get_instance(bool simulation) {
-    std::shared_ptr<A_ORBE_Controller> controller;
-    if (simulation) {
-        controller = std::make_shared<CP_Sim_ORBE_Controller>();
-    } else {
-        controller = std::make_shared<Hardware_ORBE_Controller>();
-    }
+    const std::shared_ptr<A_ORBE_Controller> controller =
+        simulation ? std::make_shared<CP_Sim_ORBE_Controller>() : make_hardware_back_end();
     controller->create_modules();
     return controller;
 }

@@ -23,7 +23,7 @@ constexpr std::string_view device_prefix = "xdma";
 constexpr std::string_view registers_suffix = "_user";
 constexpr std::string_view stream_suffix = "_c2h_0";
 
-// A character device tells no size; this is that of the register BAR of the design.
+// A character device tells no size. The registers of the design end well below this.
 constexpr std::size_t whole_bar_size = 0x10'0000;
 
 // The names of the driver's devices, in the order of their numbers.

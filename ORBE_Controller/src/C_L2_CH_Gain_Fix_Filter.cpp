@@ -75,22 +75,24 @@ bool C_L2_CH_Gain_Fix_Filter::load_gain_calibration(const char* path) {
         console::err("file open error\n");
         return false;
     }
-    // The file is read into copies, so that the publishing thread never waits for the disk.
+    // The file is read into copies, so that the publishing thread never waits for the disk or the console.
+    // Nothing but a load changes the factors, and loads take turns.
+    const std::lock_guard load_lock(m_load_mutex);
     auto ap_gain_factor = std::make_unique<Factor_Table>(m_ap_gain_factor);
     auto lfp_gain_factor = std::make_unique<Factor_Table>(m_lfp_gain_factor);
     bool complete = false;
     try {
         read_factors(file, *ap_gain_factor, *lfp_gain_factor);
+        console::out("Gain data loaded.\nCreating default 1:1 mapping for the shank pixels ( Bank A Selection )\n");
         complete = true;
     } catch (const std::exception& exception) {
-        console::err("Exception caught while loading gain data : ", exception.what(), "\n");
+        console::err("Exception caught while loading gain data : ", exception.what());
     }
 
     const std::lock_guard lock(m_tables_mutex);
     m_ap_gain_factor = *ap_gain_factor;
     m_lfp_gain_factor = *lfp_gain_factor;
     if (complete) {
-        console::out("Gain data loaded.\nCreating default 1:1 mapping for the shank pixels ( Bank A Selection )\n");
         for (std::size_t channel = 0; channel < channel_count; ++channel) {
             m_channel_electrode[channel] = static_cast<std::uint16_t>(channel);
         }

@@ -1,7 +1,7 @@
 // Layer: device controller. Corrects channel values by the measured gain of the electrode that each channel is
 // connected to, on the way from the demultiplexer to the consumer. The publish operations run on the NP worker
-// thread of the port, everything else on the host's threads. Publishing takes no lock and allocates nothing
-// unless a setter has changed something since the block before.
+// thread of the port, everything else on the host's threads. Publishing allocates nothing and takes no lock on
+// the tables unless a setter has changed something since the block before.
 #pragma once
 
 #include "Export.h"
@@ -70,6 +70,8 @@ private:
     Channel_Codes m_lfp_gain_code{};
     Listener_Slot<demux::I_L2_Demux_CH_Results> m_listener;
 
+    // Held for the whole of a load, which takes its time over the file.
+    std::mutex m_load_mutex;
     // Guards the tables above; the generation counts their changes, so that a block that finds it unchanged
     // needs no lock.
     std::mutex m_tables_mutex;

@@ -25,12 +25,12 @@ bool ORBE_Controller_Library::skips_bist(const char* name) const {
     return m_simulation_mode;
 }
 
-bool ORBE_Controller_Library::run_bist(const char* name, unsigned port, const std::function<bool()>& test) {
+bool ORBE_Controller_Library::run_on_port(const char* name, unsigned port, const std::function<bool()>& operation) {
     try {
         if (!m_simulation_mode) {
             assign_uart(port);
         }
-        return test();
+        return operation();
     } catch (const std::exception& exception) {
         LOG_F(ERROR, "Exception caught during %s : %s", name, exception.what());
         return false;
@@ -39,7 +39,7 @@ bool ORBE_Controller_Library::run_bist(const char* name, unsigned port, const st
 
 bool ORBE_Controller_Library::set_bist_signal_mode(unsigned port, bool enable) {
     LOG_SCOPE_F(INFO, "set_bist_signal_mode");
-    return run_bist("set_bist_signal_mode", port, [&] {
+    return run_on_port("set_bist_signal_mode", port, [&] {
         NP_Probe_Control_Module& control = probe_control(port);
         return (enable ? control.bist_pixel() : control.bist_end()) == 0;
     });
@@ -47,7 +47,7 @@ bool ORBE_Controller_Library::set_bist_signal_mode(unsigned port, bool enable) {
 
 bool ORBE_Controller_Library::bist_start_PBRS(unsigned port) {
     LOG_SCOPE_F(INFO, "bist_start_PBRS");
-    return run_bist("bist_start_PBRS", port, [&] {
+    return run_on_port("bist_start_PBRS", port, [&] {
         probe_control(port).config().start_prbs_test();
         return true;
     });
@@ -55,7 +55,7 @@ bool ORBE_Controller_Library::bist_start_PBRS(unsigned port) {
 
 bool ORBE_Controller_Library::bist_stop_PBRS(unsigned port, int* errors) {
     LOG_SCOPE_F(INFO, "bist_stop_PBRS");
-    return run_bist("bist_stop_PBRS", port, [&] {
+    return run_on_port("bist_stop_PBRS", port, [&] {
         const std::uint32_t count = probe_control(port).config().stop_prbs_test();
         if (errors != nullptr) {
             *errors = static_cast<int>(count);
@@ -66,7 +66,7 @@ bool ORBE_Controller_Library::bist_stop_PBRS(unsigned port, int* errors) {
 
 bool ORBE_Controller_Library::bist_Probe_SR(unsigned port) {
     LOG_SCOPE_F(INFO, "bist_Probe_SR");
-    return run_bist("bist_Probe_SR", port, [&] {
+    return run_on_port("bist_Probe_SR", port, [&] {
         probe_control(port).config().upload_configuration(true);
         return true;
     });
@@ -77,7 +77,7 @@ bool ORBE_Controller_Library::bist_Eeproms(unsigned port) {
     if (skips_bist("bist_Eeproms")) {
         return true;
     }
-    return run_bist("bist_Eeproms", port, [&] {
+    return run_on_port("bist_Eeproms", port, [&] {
         NP_Probe_Config_Module& config = probe_control(port).config();
         bool agree = true;
         for (const std::uint8_t device : {probe_eeprom::address, hs_eeprom::address}) {
@@ -99,21 +99,26 @@ bool ORBE_Controller_Library::bist_IIC(unsigned port) {
     if (skips_bist("bist_IIC")) {
         return true;
     }
-    return run_bist("bist_IIC", port, [&] {
-        probe_control(port);
+    return run_on_port("bist_IIC", port, [&] {
+        I2C_Over_GSML_Module& link = probe_link();
         std::uint8_t before = 0;
-        m_i2c->read_asic(asic::test_3, &before);
+        link.read_asic(asic::test_3, &before);
         bool agree = true;
-        for (const std::uint8_t pattern : register_patterns) {
-            m_i2c->write_asic(asic::test_3, pattern, false);
-            std::uint8_t after = 0;
-            m_i2c->read_asic(asic::test_3, &after);
-            if (after != pattern) {
-                LOG_F(ERROR, "probe register %02x reads %02x instead of %02x", asic::test_3, after, pattern);
-                agree = false;
+        try {
+            for (const std::uint8_t pattern : register_patterns) {
+                link.write_asic(asic::test_3, pattern, false);
+                std::uint8_t after = 0;
+                link.read_asic(asic::test_3, &after);
+                if (after != pattern) {
+                    LOG_F(ERROR, "probe register %02x reads %02x instead of %02x", asic::test_3, after, pattern);
+                    agree = false;
+                }
             }
+        } catch (...) {
+            link.write_asic(asic::test_3, before, true);
+            throw;
         }
-        m_i2c->write_asic(asic::test_3, before, false);
+        link.write_asic(asic::test_3, before, false);
         return agree;
     });
 }
@@ -123,8 +128,8 @@ bool ORBE_Controller_Library::bist_HB(unsigned port) {
     if (skips_bist("bist_HB")) {
         return true;
     }
-    return run_bist("bist_HB", port, [&] {
-        const bool locked = ((m_controller->np_status_gpio().read_data() >> port) & 1U) != 0;
+    return run_on_port("bist_HB", port, [&] {
+        const bool locked = (((m_controller->np_status_gpio().read_data() & np_port_mask()) >> port) & 1U) != 0;
         if (!locked) {
             LOG_F(ERROR, "the link of port %d is not locked", port);
         }

@@ -55,6 +55,8 @@ void ORBE_Controller_Library::log_mode() const {
 
 bool ORBE_Controller_Library::open() {
     LOG_SCOPE_F(INFO, "open");
+    // A connection may bring a UART of its own, so that what talks through the old one goes first.
+    release_probe_link();
     bool opened = false;
     try {
         opened = m_controller->open_driver_connection("ORBE_Dext_Driver", true);
@@ -120,16 +122,21 @@ bool ORBE_Controller_Library::pre_init(bool one_mode) {
         }
     }
 
-    // The control modules point to the link module, so the old ones go first.
-    for (auto& control : m_np_probe_control) {
-        control.reset();
-    }
+    release_probe_link();
     m_i2c = std::make_unique<I2C_Over_GSML_Module>(&m_controller->uart());
     for (std::size_t port = 0; port < port_count; ++port) {
         m_np_probe_control[port] = std::make_unique<NP_Probe_Control_Module>(m_i2c.get());
         m_gain_filters[port] = std::make_shared<C_L2_CH_Gain_Fix_Filter>();
     }
     return true;
+}
+
+// The control modules point to the link module, so they go first.
+void ORBE_Controller_Library::release_probe_link() {
+    for (auto& control : m_np_probe_control) {
+        control.reset();
+    }
+    m_i2c.reset();
 }
 
 void ORBE_Controller_Library::log_fpga_identity() {

@@ -108,13 +108,14 @@ public:
     bool readProbePN(unsigned port, char* buffer, unsigned length);
     bool readHSPN(unsigned port, char* buffer, unsigned length);
 
-    // Write the first `count` bytes (at most 256) of the EEPROM on the probe's flex, and of the headstage's,
-    // into a file.
+    // Write the first `count` bytes (at most 256) of an EEPROM into a file. The probe's EEPROM lies on its flex, so
+    // that both names mean the same one.
     bool dump_eeprom(unsigned port, const char* path, unsigned count);
     bool dump_flex_eeprom(unsigned port, const char* path, unsigned count);
     bool dump_hs_eeprom(unsigned port, const char* path, unsigned count);
 
-    // ---- Self tests of a port. In simulation mode those that only read or restore succeed without a test.
+    // ---- Self tests of a port. In simulation mode, where every register reads the same, those of the EEPROMs, of
+    // the probe's registers and of the link succeed without a test, and a PRBS test cannot be stopped.
 
     // The test signal into the pixels, or back to recording.
     bool set_bist_signal_mode(unsigned port, bool enable);
@@ -172,6 +173,7 @@ private:
     static constexpr std::size_t port_count = demux::np_port_count;
 
     void log_mode() const;
+    void release_probe_link();
     void log_fpga_identity();
     bool check_np_ports_status();
     std::uint8_t np_port_mask() const;
@@ -181,8 +183,11 @@ private:
     C_L2_CH_Gain_Fix_Filter& gain_filter(unsigned port);
     bool np_control_init(unsigned port, E_ORBE_Init_Config init_config);
     bool dump_eeprom_of_device(unsigned port, std::uint8_t device, const char* path, unsigned count);
-    // Runs a self test on the port's routed link; an exception is logged under the test's name and fails it.
-    bool run_bist(const char* name, unsigned port, const std::function<bool()>& test);
+    // Runs an operation on a port to which the UART is routed first; an exception is logged under the operation's
+    // name and fails it.
+    bool run_on_port(const char* name, unsigned port, const std::function<bool()>& operation);
+    // The link to the headstages. Throws std::runtime_error before `pre_init`.
+    I2C_Over_GSML_Module& probe_link();
     bool skips_bist(const char* name) const;
 
     void start_main_demux_thread();
@@ -191,7 +196,6 @@ private:
     void allocate_transfer_buffer();
     bool pump_hw_data_to_demux();
     bool pump_simulation_data_to_demux();
-
 
     // Reads away what the driver still holds and releases the receive buffer. Not part of the normal end of a
     // stream: leaving the driver's buffers alone there is deliberate.

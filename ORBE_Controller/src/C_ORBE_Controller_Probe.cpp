@@ -6,6 +6,7 @@
 #include "Console.h"
 #include "Headstage_Devices.h"
 #include "NP_Probe_Config_Reader.h"
+#include "NP_Probe_Layout.h"
 #include "NP_Probe_Registers.h"
 
 #include <loguru.hpp>
@@ -23,9 +24,6 @@
 namespace Pelgar::ORBE {
 
 namespace {
-
-constexpr std::uint8_t disconnected_bank = 255;
-constexpr std::uint32_t reference_channel = 191;
 
 // A host's number as the configuration takes it. What no byte can hold becomes a number that no setting accepts.
 std::uint8_t to_setting(int number) {
@@ -74,6 +72,13 @@ C_L2_CH_Gain_Fix_Filter& ORBE_Controller_Library::gain_filter(unsigned port) {
     return *filter;
 }
 
+I2C_Over_GSML_Module& ORBE_Controller_Library::probe_link() {
+    if (!m_i2c) {
+        throw std::runtime_error("probe port is not initialised");
+    }
+    return *m_i2c;
+}
+
 bool ORBE_Controller_Library::probe_init_part_1(unsigned port) {
     LOG_SCOPE_F(INFO, "probe_init_part_1");
     LOG_F(INFO, "ORBE_Controller_Library::probe_init_part_1() np_port_id : %d", port);
@@ -87,21 +92,21 @@ bool ORBE_Controller_Library::probe_init_part_1(unsigned port) {
     }
     try {
         assign_uart(port);
-        probe_control(port);
+        I2C_Over_GSML_Module& link = probe_link();
         std::uint8_t id = 0;
-        m_i2c->read_deserializer(deserializer::device_id, &id);
+        link.read_deserializer(deserializer::device_id, &id);
         VLOG_F(1, "Deserializer device id : %d", id);
         if (id != deserializer::expected_device_id) {
             LOG_F(ERROR, "Deserializer device id does not match. Read : %d", id);
             return false;
         }
-        m_i2c->read_serializer(serializer::device_id, &id);
+        link.read_serializer(serializer::device_id, &id);
         VLOG_F(1, "Serializer device id : %d", id);
         if (id != serializer::expected_device_id) {
             LOG_F(ERROR, "Serializer device id does not match. Read : %d", id);
             return false;
         }
-        m_i2c->write_serializer(serializer::mode, serializer::mode_normal);
+        link.write_serializer(serializer::mode, serializer::mode_normal);
         return true;
     } catch (const std::exception& exception) {
         LOG_F(ERROR, "Exception caught while probe probe_init_part_1 : %s", exception.what());
@@ -177,7 +182,7 @@ bool ORBE_Controller_Library::selectElectrode(unsigned port, int channel, int /*
         return false;
     }
     // A disconnected channel has no electrode; the filter goes on with the factor that it had.
-    if (bank_setting != disconnected_bank) {
+    if (bank_setting != probe_layout::disconnected_bank) {
         gain_filter(port).set_channel_bank(number, bank_setting);
     }
     return true;
@@ -222,30 +227,31 @@ bool ORBE_Controller_Library::setAPCornerFrequency(unsigned port, int channel, b
 void ORBE_Controller_Library::clear_all_electrode_to_bank_assignments(unsigned port) {
     LOG_SCOPE_F(INFO, "clear_all_electrode_to_bank_assignments");
     LOG_F(INFO, "Clearing all channel to pixel assignments.");
-    NP_Probe_Config_Module& config = probe_control(port).config();
-    if (!m_simulation_mode) {
-        assign_uart(port);
-    }
-    for (std::uint32_t channel = 0; channel < demux::channel_count; ++channel) {
-        if (channel != reference_channel) {
-            config.select_electrode(channel, disconnected_bank);
+    run_on_port("clear_all_electrode_to_bank_assignments", port, [&] {
+        NP_Probe_Config_Module& config = probe_control(port).config();
+        for (std::uint32_t channel = 0; channel < demux::channel_count; ++channel) {
+            if (channel != probe_layout::reference_channel) {
+                config.select_electrode(channel, probe_layout::disconnected_bank);
+            }
         }
-    }
+        return true;
+    });
 }
 
 bool ORBE_Controller_Library::setADCCalibration(unsigned port, const char* path) {
     LOG_SCOPE_F(INFO, "setADCCalibration");
-    NP_Probe_Config_Module& config = probe_control(port).config();
-    if (!m_simulation_mode) {
-        assign_uart(port);
-    }
-    NP_Probe_Config_Reader reader;
-    bool loaded = path != nullptr && reader.load_adc_calibration_data_from_file(path);
-    if (loaded) {
-        for (const ADC_Calibration& calibration : reader.adc_calibration()) {
-            loaded = config.set_adc_calibration(&calibration) == 0 && loaded;
+    const bool loaded = run_on_port("setADCCalibration", port, [&] {
+        NP_Probe_Config_Module& config = probe_control(port).config();
+        NP_Probe_Config_Reader reader;
+        if (path == nullptr || !reader.load_adc_calibration_data_from_file(path)) {
+            return false;
         }
-    }
+        bool accepted = true;
+        for (const ADC_Calibration& calibration : reader.adc_calibration()) {
+            accepted = config.set_adc_calibration(&calibration) == 0 && accepted;
+        }
+        return accepted;
+    });
     if (loaded) {
         LOG_F(INFO, "ADC Calibration loaded");
     } else {
@@ -256,11 +262,9 @@ bool ORBE_Controller_Library::setADCCalibration(unsigned port, const char* path)
 
 bool ORBE_Controller_Library::setGainCalibration(unsigned port, const char* path) {
     LOG_SCOPE_F(INFO, "setGainCalibration");
-    C_L2_CH_Gain_Fix_Filter& filter = gain_filter(port);
-    if (!m_simulation_mode) {
-        assign_uart(port);
-    }
-    return filter.load_gain_calibration(path == nullptr ? "" : path);
+    return run_on_port("setGainCalibration", port, [&] {
+        return gain_filter(port).load_gain_calibration(path == nullptr ? "" : path);
+    });
 }
 
 bool ORBE_Controller_Library::readProbeSN(unsigned port, unsigned long long* sn) {
@@ -317,7 +321,7 @@ bool ORBE_Controller_Library::readHSPN(unsigned port, char* buffer, unsigned len
         std::array<std::uint8_t, 2> bytes{};
         config.read_registers(hs_eeprom::address, hs_eeprom::version, bytes.data(), bytes.size());
         const unsigned version = bytes[0] | (static_cast<unsigned>(bytes[1]) << 8U);
-        // The first register beyond the part number would be 256.
+        // Registers are numbered by one byte: reading must end with the last one, not wrap to the first.
         std::string text;
         if (version == hs_eeprom::version_5_2) {
             LOG_F(INFO, "Reading version 5.2 HS part number");
@@ -365,25 +369,17 @@ bool ORBE_Controller_Library::dump_eeprom_of_device(unsigned port, std::uint8_t 
         LOG_F(ERROR, "an eeprom holds %d bytes", eeprom_size);
         return false;
     }
-    try {
-        if (!m_simulation_mode) {
-            assign_uart(port);
-        }
-        NP_Probe_Config_Module& config = probe_control(port).config();
+    return run_on_port("eeprom dump", port, [&] {
         std::vector<std::uint8_t> bytes(count);
-        config.read_registers(device, 0, bytes.data(), count);
+        probe_control(port).config().read_registers(device, 0, bytes.data(), count);
         std::ofstream file(name, std::ios::binary | std::ios::trunc);
         file.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
         file.close();
         if (!file) {
             LOG_F(ERROR, "eeprom dump cannot be written to file %s", name);
-            return false;
         }
-        return true;
-    } catch (const std::exception& exception) {
-        LOG_F(ERROR, "Exception caught during eeprom dump : %s", exception.what());
-        return false;
-    }
+        return !file.fail();
+    });
 }
 
 } // namespace Pelgar::ORBE

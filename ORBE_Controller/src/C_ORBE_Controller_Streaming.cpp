@@ -59,7 +59,7 @@ bool ORBE_Controller_Library::prepare_for_simulation_streaming(const std::string
         m_sim_file.open(path, std::ios::binary);
     }
     if (!m_sim_file.is_open()) {
-        console::out("Sim file open error : ", path, "\n");
+        console::out("Sim file open error : ", path);
         return false;
     }
     console::out("Sim file opened : ", path, "\n");
@@ -91,8 +91,8 @@ void ORBE_Controller_Library::run_main_demux() {
         try {
             m_demux.run();
             ended = true;
-        } catch (const std::runtime_error& exception) {
-            // A transfer that cannot hold a row says nothing about the ones behind it.
+        } catch (const std::exception& exception) {
+            // A transfer that cannot hold a row, or for which memory ran out, says nothing about those behind it.
             LOG_F(ERROR, "Transfer buffer dropped : %s", exception.what());
             m_demux.drop_front_xfer_buffer();
         }
@@ -154,6 +154,10 @@ void ORBE_Controller_Library::disable_data_sources() {
 }
 
 bool ORBE_Controller_Library::pump_data_to_demux() {
+    if (!m_prepared_for_streaming) {
+        LOG_F(ERROR, "pump_data_to_demux before streaming was prepared");
+        return false;
+    }
     return m_simulation_mode ? pump_simulation_data_to_demux() : pump_hw_data_to_demux();
 }
 
@@ -248,14 +252,23 @@ void ORBE_Controller_Library::restore_stream_listeners() {
 
 void ORBE_Controller_Library::finalize_stream() {
     LOG_SCOPE_F(INFO, "finalize_stream");
+    std::exception_ptr failure;
     if (is_healthy()) {
-        disable_data_sources();
-        LOG_F(INFO, "Purge on exit disabled");
+        try {
+            disable_data_sources();
+            LOG_F(INFO, "Purge on exit disabled");
+        } catch (...) {
+            // The threads are joined whatever the registers do.
+            failure = std::current_exception();
+        }
     }
     stop_main_demux_thread();
     LOG_F(INFO, "Read issue counter : %d", m_read_counter);
     LOG_F(INFO, "Total processed SF counter : %d", m_demux.get_total_processed_SF_count());
     LOG_F(INFO, "Total processed RHD frames : %d", m_demux.get_total_processed_RHD_frame_count());
+    if (failure) {
+        std::rethrow_exception(failure);
+    }
 }
 
 void ORBE_Controller_Library::purge_read_buffers() {

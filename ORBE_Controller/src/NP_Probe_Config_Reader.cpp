@@ -59,7 +59,7 @@ bool NP_Probe_Config_Reader::load_adc_calibration_data_from_file(const char* pat
         }
         m_adc_calibration = table;
     } catch (const std::exception& error) {
-        console::err("Exception caught : ", error.what(), '\n');
+        console::err("Exception caught : ", error.what());
         return false;
     }
     console::out("ADC calibration data loaded.\n");

@@ -14,7 +14,7 @@ namespace {
 constexpr unsigned word_bits = 16;
 constexpr auto preamble_first_word = static_cast<std::uint16_t>(rhd_frame_preamble);
 constexpr unsigned preamble_words = 4;
-// Filler words make the words of one position and their filler a multiple of this.
+// The amplifier data of N streams is followed by N modulo this many filler words.
 constexpr std::uint32_t filler_modulus = 4;
 // Two words between the amplifier data and the board ADC values carry nothing for us.
 constexpr std::uint64_t unused_words = 2;

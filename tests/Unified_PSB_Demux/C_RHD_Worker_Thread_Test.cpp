@@ -51,6 +51,15 @@ protected:
     std::shared_ptr<Recording_Rhd_Listener> m_listener = std::make_shared<Recording_Rhd_Listener>();
 };
 
+TEST_F(C_RHD_Worker_Thread_Test, WakeUpWordsAre1120RowsOfSeven) {
+    push_frames(1, 1);
+    m_listener->on_frame = [this](std::size_t) {
+        m_worker.signal_to_stop();
+        m_worker.push_wake_up_words();
+    };
+    EXPECT_EQ(run().out, "RHD worker, processed valid frames : 1, queue element count : 7840\n");
+}
+
 TEST_F(C_RHD_Worker_Thread_Test, DeliversEveryFrameInOrder) {
     m_worker.set_enabled_stream_count(3);
     push_frames(1, 20, 3);

@@ -96,6 +96,7 @@ TEST_F(Converter, TwoLfpSetsInARowYieldTheSameApData) {
     EXPECT_EQ(std::memcmp(first.apData, second.apData, sizeof(first.apData)), 0);
     EXPECT_EQ(std::memcmp(first.timestamp, second.timestamp, sizeof(first.timestamp)), 0);
     EXPECT_EQ(second.lfpData[0], 2);
+    EXPECT_EQ(m_converter.completed_packet_count(), 2U);
 }
 
 TEST_F(Converter, TheThirteenthApSetWrapsToTheFirstRow) {

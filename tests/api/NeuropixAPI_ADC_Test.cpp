@@ -80,6 +80,8 @@ TEST_F(ADC_Reading, AStopReportsZeroPacketsThoughSomeWereCopied) {
 TEST_F(ADC_Reading, BlockedReaderReturnsWithZeroOnceTheBasestationCloses) {
     open_simulation();
     publish_frames(1);
+    m_data.fill(77);
+    m_info.fill({77, 77, 77});
     const auto converter = current_rhd_converter();
     std::atomic<int> amount{-1};
     std::thread reader([&] {
@@ -94,6 +96,8 @@ TEST_F(ADC_Reading, BlockedReaderReturnsWithZeroOnceTheBasestationCloses) {
     EXPECT_EQ(closeBS(0), SUCCESS);
     reader.join();
     EXPECT_EQ(amount, 0);
+    EXPECT_EQ(m_data[12], 77) << "the packet that never came is not written";
+    EXPECT_EQ(m_info[1].Status, 77);
     EXPECT_EQ(m_log.count("MT_RHD_PXI_Queue::peek_xfer_buffer_from_queue signalled for exit"), 1);
 }
 

@@ -69,6 +69,11 @@ std::uint64_t DMA_Source::ticks() const {
     return m_ticks;
 }
 
+bool DMA_Source::is_held_back() const {
+    const std::lock_guard lock(m_mutex);
+    return m_held_back;
+}
+
 void DMA_Source::fail_read(std::uint64_t read, DMA_Read_Fault fault) {
     const std::lock_guard lock(m_mutex);
     m_faults[read] = fault;
@@ -139,7 +144,9 @@ std::optional<DMA_Source::Tick> DMA_Source::next_tick(std::uint64_t stops, bool 
     std::unique_lock lock(m_mutex);
     const auto ends = [&] { return !m_connected || m_stops != stops || !m_enables.any(); };
     if (m_ticks >= m_limit && wait && !ends() && m_enables.any_port()) {
+        m_held_back = true;
         m_changed.wait_for(lock, patience, [&] { return m_ticks < m_limit || ends(); });
+        m_held_back = false;
     }
     if (m_stops != stops) {
         return std::nullopt;

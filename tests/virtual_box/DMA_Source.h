@@ -46,6 +46,9 @@ public:
     void set_limit(std::uint64_t ticks);
     std::uint64_t ticks() const;
 
+    // Whether a read waits for the limit to rise.
+    bool is_held_back() const;
+
     // Reads are counted from 1.
     void fail_read(std::uint64_t read, DMA_Read_Fault fault);
     std::uint64_t reads() const;
@@ -79,6 +82,7 @@ private:
     std::uint64_t m_stops = 0; // how often the sources were switched off or the connection closed
     std::uint64_t m_ticks = 0;
     std::uint64_t m_limit = unlimited;
+    bool m_held_back = false;
     std::uint64_t m_reads = 0;
     std::map<std::uint64_t, DMA_Read_Fault> m_faults;
     Observer m_observer;

@@ -113,9 +113,10 @@ TEST_F(Stream, HeldBackReadWaitsForTheLimitToRise) {
         EXPECT_EQ(read().size(), buffer_size);
         returned = true;
     });
-    while (source().ticks() < 2) {
+    while (!source().is_held_back()) {
         std::this_thread::yield();
     }
+    EXPECT_EQ(source().ticks(), 2U);
     EXPECT_FALSE(returned);
     source().set_limit(64);
     reader.join();
@@ -127,7 +128,7 @@ TEST_F(Stream, DisablingTheSourcesEndsAHeldBackRead) {
     source().set_limit(3);
     Bytes got;
     std::thread reader([&] { got = read(); });
-    while (source().ticks() < 3) {
+    while (!source().is_held_back()) {
         std::this_thread::yield();
     }
     m_controller.configurator().enable_np_streams({});

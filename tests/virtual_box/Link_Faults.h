@@ -11,8 +11,9 @@
 namespace Pelgar::ORBE::test {
 
 enum class Link_Fault : std::uint8_t {
-    silence,          // no byte comes back
-    wrong_acknowledge // the status byte says that the transaction failed
+    silence,           // no byte comes back
+    wrong_acknowledge, // the status byte says that the transaction failed
+    lost_write         // acknowledged, but nothing is written
 };
 
 class Link_Faults {

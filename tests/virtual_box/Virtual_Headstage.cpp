@@ -91,14 +91,15 @@ std::vector<std::uint8_t> Virtual_Headstage::carry_out(const Link_Frame& frame) 
         return {};
     }
     I2C_Device* const device = device_at(frame[device_index] & static_cast<std::uint8_t>(~read_bit));
-    const bool fails = fault.has_value() || device == nullptr;
+    const bool fails = fault == Link_Fault::wrong_acknowledge || device == nullptr;
+    const bool writes = !fails && fault != Link_Fault::lost_write;
     std::vector<std::uint8_t> answer{fails ? not_done : done};
     for (std::uint8_t i = 0; i < frame[count_index]; ++i) {
         const auto reg = static_cast<std::uint8_t>(frame[register_index] + i);
         if (is_read(frame)) {
             // The bridge sends the bytes that were asked for even when it could not read them.
             answer.push_back(fails ? no_device : device->read(reg));
-        } else if (!fails) {
+        } else if (writes) {
             device->write(reg, frame[header_length + i]);
         }
     }

@@ -79,6 +79,13 @@ TEST_F(Headstage, SingleFaultStrikesOneTransaction) {
     EXPECT_EQ(send({0x79, 0xE0, 0x02, 1, 0x33}), (Bytes{0xC3}));
 }
 
+TEST_F(Headstage, LostWriteIsAcknowledgedAllTheSame) {
+    m_headstage.fail_once(1, Link_Fault::lost_write);
+    m_headstage.fail_once(2, Link_Fault::lost_write);
+    EXPECT_EQ(send({0x79, 0xE0, 0x02, 1, 0x11}), (Bytes{0xC3}));
+    EXPECT_EQ(send({0x79, 0xE1, 0x02, 1}), (Bytes{0xC3, 0})) << "a read has nothing to lose";
+}
+
 TEST_F(Headstage, LastingFaultStrikesFromATransactionOnUntilItIsCleared) {
     m_headstage.fail_from(2, Link_Fault::silence);
     EXPECT_EQ(send({0x79, 0x81, 0x1E, 1}), (Bytes{0xC3, 9}));

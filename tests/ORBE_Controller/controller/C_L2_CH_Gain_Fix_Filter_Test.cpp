@@ -181,13 +181,23 @@ TEST_F(GainFilter, MissingFileChangesNothing) {
     EXPECT_EQ(ap(1001), all(1001));
 }
 
+TEST_F(GainFilter, MissingFileKeepsWhatWasLoaded) {
+    Gain_Calibration_File file;
+    file.factor = [](std::size_t electrode, std::size_t) { return electrode < 384 ? "2" : "5"; };
+    ASSERT_TRUE(load(file));
+    m_filter.set_channel_bank(7, 1);
+    EXPECT_FALSE(m_filter.load_gain_calibration("nowhere.csv"));
+    EXPECT_EQ(ap(10)[7], 50);
+    EXPECT_EQ(ap(10)[8], 20);
+}
+
 TEST_F(GainFilter, TooFewLinesFailWithTheEndOfFile) {
     Gain_Calibration_File file = constant("2");
     file.line_count = 959;
     testing::internal::CaptureStderr();
     EXPECT_FALSE(load(file));
     EXPECT_EQ(testing::internal::GetCapturedStderr(),
-              "Exception caught while loading gain data : " + end_of_file_text() + "\n");
+              "Exception caught while loading gain data : " + end_of_file_text());
     EXPECT_EQ(ap(1001), all(1001)) << "a failed first load leaves the filter unloaded";
 }
 
@@ -197,7 +207,7 @@ TEST_F(GainFilter, LastLineNeedsItsLineEnd) {
     testing::internal::CaptureStderr();
     EXPECT_FALSE(load(file));
     EXPECT_EQ(testing::internal::GetCapturedStderr(),
-              "Exception caught while loading gain data : " + end_of_file_text() + "\n");
+              "Exception caught while loading gain data : " + end_of_file_text());
 }
 
 TEST_F(GainFilter, EmptyFileFails) {
@@ -205,7 +215,7 @@ TEST_F(GainFilter, EmptyFileFails) {
     testing::internal::CaptureStderr();
     EXPECT_FALSE(m_filter.load_gain_calibration("gain.csv"));
     EXPECT_EQ(testing::internal::GetCapturedStderr(),
-              "Exception caught while loading gain data : " + end_of_file_text() + "\n");
+              "Exception caught while loading gain data : " + end_of_file_text());
 }
 
 TEST_F(GainFilter, FieldThatIsNoNumberFails) {
@@ -214,7 +224,7 @@ TEST_F(GainFilter, FieldThatIsNoNumberFails) {
     testing::internal::CaptureStderr();
     EXPECT_FALSE(load(file));
     EXPECT_EQ(testing::internal::GetCapturedStderr(),
-              "Exception caught while loading gain data : invalid stof argument\n");
+              "Exception caught while loading gain data : invalid stof argument");
 }
 
 TEST_F(GainFilter, FieldOutOfFloatRangeFails) {
@@ -223,7 +233,7 @@ TEST_F(GainFilter, FieldOutOfFloatRangeFails) {
     testing::internal::CaptureStderr();
     EXPECT_FALSE(load(file));
     EXPECT_EQ(testing::internal::GetCapturedStderr(),
-              "Exception caught while loading gain data : stof argument out of range\n");
+              "Exception caught while loading gain data : stof argument out of range");
 }
 
 TEST_F(GainFilter, HeaderWithABlankLeavesItsRestToTheFirstField) {
@@ -307,14 +317,22 @@ TEST_F(GainFilter, SettersAndLoadMayRunWhileBlocksAreCorrected) {
         }
         done = true;
     });
+    std::thread loader([&] {
+        for (int round = 0; round < 3; ++round) {
+            EXPECT_TRUE(m_filter.load_gain_calibration(file.path.c_str()));
+        }
+    });
     std::size_t wrong = 0;
     do {
         const Block block = ap(10);
-        for (const std::uint16_t value : block) {
-            wrong += value != 10 && value != 20 ? 1U : 0U;
+        const Block lfp_block = lfp(10);
+        for (std::size_t channel = 0; channel < 384; ++channel) {
+            wrong += block[channel] != 10 && block[channel] != 20 ? 1U : 0U;
+            wrong += lfp_block[channel] != 10 && lfp_block[channel] != 20 ? 1U : 0U;
         }
     } while (!done);
     setter.join();
+    loader.join();
     EXPECT_EQ(wrong, 0U);
     EXPECT_EQ(ap(10), all(20));
 }

@@ -90,7 +90,7 @@ void expect_malformed(const std::string& text) {
     CaptureStderr();
     EXPECT_FALSE(reader.load_adc_calibration_data_from_file(file_name));
     EXPECT_EQ(GetCapturedStdout(), "");
-    EXPECT_EQ(GetCapturedStderr(), "Exception caught : " + stream_failure() + "\n");
+    EXPECT_EQ(GetCapturedStderr(), "Exception caught : " + stream_failure());
     EXPECT_EQ(numbers_of(reader), all_zero());
 }
 
@@ -226,7 +226,7 @@ TEST(NP_Probe_Config_Reader, A_Failed_Load_Keeps_The_Table_Of_The_Last_Good_One)
     write_file(file_text(Numbers(31, std::vector<unsigned>(9, 1))));
     EXPECT_FALSE(reader.load_adc_calibration_data_from_file(file_name));
     EXPECT_EQ(GetCapturedStdout(), "ADC calibration data loaded.\n");
-    EXPECT_EQ(GetCapturedStderr(), "Exception caught : " + stream_failure() + "\n");
+    EXPECT_EQ(GetCapturedStderr(), "Exception caught : " + stream_failure());
     EXPECT_EQ(numbers_of(reader), some_numbers());
 }
 

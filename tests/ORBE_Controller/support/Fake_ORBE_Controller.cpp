@@ -40,6 +40,11 @@ void Fake_ORBE_Controller::set_open_error(std::string text) {
     m_open_error = std::move(text);
 }
 
+void Fake_ORBE_Controller::set_write_error(std::string text) {
+    const std::lock_guard lock(m_mutex);
+    m_write_error = std::move(text);
+}
+
 std::vector<Fake_ORBE_Controller::Open_Call> Fake_ORBE_Controller::open_calls() const {
     const std::lock_guard lock(m_mutex);
     return m_open_calls;
@@ -61,6 +66,12 @@ std::vector<Fake_ORBE_Controller::Read_Call> Fake_ORBE_Controller::read_calls() 
 }
 
 void Fake_ORBE_Controller::write_register(std::uint32_t address, std::uint32_t value) {
+    {
+        const std::lock_guard lock(m_mutex);
+        if (m_write_error) {
+            throw std::runtime_error(*m_write_error);
+        }
+    }
     m_registers.write_register(address, value);
 }
 

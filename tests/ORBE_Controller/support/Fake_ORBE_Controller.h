@@ -59,6 +59,9 @@ public:
     // Makes every open throw a std::runtime_error with this text instead.
     void set_open_error(std::string text);
 
+    // Makes every register write throw a std::runtime_error with this text.
+    void set_write_error(std::string text);
+
     std::vector<Open_Call> open_calls() const;
     int close_count() const;
     std::vector<Setup_Call> setup_calls() const;
@@ -87,6 +90,7 @@ private:
     bool m_open_result = true;
     std::deque<bool> m_open_results;
     std::optional<std::string> m_open_error;
+    std::optional<std::string> m_write_error;
     std::vector<Open_Call> m_open_calls;
     int m_close_count = 0;
     std::vector<Setup_Call> m_setup_calls;

@@ -1,0 +1,77 @@
+// Test support, box road. Four port readers and an ADC reader at the exported functions, each on a thread of
+// its own, that compare every packet with what the bytes that left the box must yield. Made and used by the
+// test's thread.
+#pragma once
+
+#include "Pace.h"
+#include "Piece_Queue.h"
+
+#include <array>
+#include <condition_variable>
+#include <cstddef>
+#include <cstdint>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace Pelgar::ORBE::test {
+
+class Stream_Check {
+public:
+    // Whether the ADC packets' status words are compared too. They depend on the TTL inputs of the whole
+    // process and can be told only from the first session on.
+    enum class ADC_Status : std::uint8_t { compared, not_compared };
+
+    // The box stands still until `run_to`.
+    explicit Stream_Check(DMA_Source& source, ADC_Status adc_status = ADC_Status::compared);
+
+    // Closes the basestation if it must, to get its readers back.
+    ~Stream_Check();
+    Stream_Check(const Stream_Check&) = delete;
+    Stream_Check& operator=(const Stream_Check&) = delete;
+
+    // Lets the box make so many ticks in all and returns once the last whole read is through and its packets
+    // are compared; false when nothing has moved for a long time.
+    bool run_to(std::uint64_t ticks);
+
+    // The same without waiting.
+    void allow(std::uint64_t ticks) { m_pace.set_target(ticks); }
+
+    // Blocks until all readers have received what is due; false as above.
+    bool wait_until_idle() const;
+
+    // No reader calls the library between the two. Only while they are idle.
+    void pause();
+    void resume();
+
+    // Ends the readers; their basestation must still be open, or they must be idle.
+    void finish();
+
+    // API port 1..4.
+    std::uint64_t packets(unsigned port) const { return m_pace.count(port - 1); }
+
+    std::uint64_t adc_packets() const { return m_pace.count(Pace::adc_reader); }
+
+    // What was not as it had to be, the first difference of each reader.
+    std::vector<std::string> differences() const;
+
+private:
+    void read_port(unsigned port);
+    void read_adc();
+    void wait_while_paused();
+    void note(const std::string& text);
+    bool all_idle() const;
+
+    DMA_Source& m_source;
+    ADC_Status m_adc_status;
+    Pace m_pace;
+    std::array<Piece_Queue, Pace::reader_count> m_queues;
+    mutable std::mutex m_mutex;
+    std::condition_variable m_resumed;
+    bool m_paused = false;
+    std::vector<std::string> m_differences;
+    std::vector<std::thread> m_threads;
+};
+
+} // namespace Pelgar::ORBE::test
