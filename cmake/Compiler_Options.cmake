@@ -16,7 +16,7 @@ else()
         # Log lines name the source file as it lies in the project, wherever it was built.
         -ffile-prefix-map=${PROJECT_SOURCE_DIR}/=
         # The optimised paths are written as plain loops that the compiler vectorises.
-        $<$<CONFIG:Release,RelWithDebInfo>:-O3>)
+        $<$<CONFIG:Release>:-O3>)
 endif()
 
 if(ORBE_SANITIZE)
