@@ -9,7 +9,6 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <chrono>
 #include <memory>
 #include <stdexcept>
 #include <thread>
@@ -19,7 +18,6 @@ namespace {
 
 using namespace Pelgar::ORBE;
 using namespace Pelgar::ORBE::test;
-using namespace std::chrono_literals;
 using Bytes = std::vector<std::uint8_t>;
 
 class Stream : public testing::Test {

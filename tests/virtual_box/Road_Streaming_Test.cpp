@@ -1,5 +1,6 @@
 // Acquisition from the box's DMA stream to the host's packets, through the exported functions.
 #include "Box_Fixture.h"
+#include "Gain_Calibration_File.h"
 #include "Stream_Check.h"
 
 #include <ADC_Model.h>
@@ -270,6 +271,81 @@ TEST_F(Streaming, LinkFailureLeavesTheStreamToTheBox) {
     EXPECT_EQ(closeBS(slot), SUCCESS);
     EXPECT_EQ(m_log.count(-1, "Skipping commands for disabling streams ( m_current_error_level > 0 )"), 1);
     EXPECT_EQ(m_box->accesses(), Accesses{});
+}
+
+// Gain corrections of one port, with a factor of its own for every electrode and gain code.
+class Corrected_Streaming : public Streaming {
+protected:
+    static constexpr int port = 2;
+
+    static std::string factor_text(std::size_t electrode, std::size_t k) {
+        return "0." + std::to_string(1000 + electrode * 7 % 5000 + k * 311);
+    }
+
+    static void correct(std::int16_t& sample, std::size_t electrode, std::size_t k) {
+        const float factor = std::stof(factor_text(electrode, k));
+        const auto value = static_cast<float>(static_cast<std::uint16_t>(sample));
+        sample = static_cast<std::int16_t>(value * factor);
+    }
+
+    static std::size_t ap_code(std::size_t channel) { return channel % 8; }
+
+    static std::size_t lfp_code(std::size_t channel) { return channel % 5; }
+
+    static std::size_t bank(std::size_t channel) { return channel % 2; }
+
+    static void configure() {
+        Gain_Calibration_File file;
+        file.factor = factor_text;
+        file.write();
+        ASSERT_EQ(Neuropixels::setGainCalibration(slot, port, 0, file.path.c_str()), SUCCESS);
+        for (int channel = 0; channel < 384; ++channel) {
+            const auto number = static_cast<std::size_t>(channel);
+            ASSERT_EQ(Neuropixels::setGain(slot, port, 0, channel, static_cast<int>(ap_code(number)),
+                                           static_cast<int>(lfp_code(number))),
+                      SUCCESS);
+            if (channel != 191) {
+                ASSERT_EQ(
+                    Neuropixels::selectElectrode(slot, port, 0, channel, 0, static_cast<int>(bank(number))),
+                    SUCCESS);
+            }
+        }
+    }
+
+    static void correct_packet(unsigned of_port, Neuropixels::electrodePacket& packet) {
+        if (of_port != port) {
+            return;
+        }
+        for (std::size_t channel = 0; channel < 384; ++channel) {
+            const std::size_t electrode = channel == 191 ? channel : bank(channel) * 384 + channel;
+            for (auto& row : packet.apData) {
+                correct(row[channel], electrode, ap_code(channel));
+            }
+            correct(packet.lfpData[channel], electrode, 8 + lfp_code(channel));
+        }
+    }
+};
+
+TEST_F(Corrected_Streaming, SamplesCarryTheCalibrationOfTheirPort) {
+    open();
+    configure();
+    Stream_Check check(source());
+    check.set_correction(correct_packet);
+    start();
+    EXPECT_TRUE(check.run_to(block + 600));
+    check.finish();
+    expect_no_differences(check);
+    EXPECT_EQ(check.packets(port), packets_of(1));
+}
+
+TEST_F(Corrected_Streaming, MissingCorrectionWouldBeSeen) {
+    open();
+    configure();
+    Stream_Check check(source());
+    start();
+    EXPECT_TRUE(check.run_to(block + 600));
+    check.finish();
+    EXPECT_EQ(check.differences(), (std::vector<std::string>{"port 2 : packet 0 differs"}));
 }
 
 TEST_F(Streaming, LongAcquisitionIsExactToTheLastSample) {

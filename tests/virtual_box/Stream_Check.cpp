@@ -1,7 +1,6 @@
 #include "Stream_Check.h"
 
 #include <ADC_Model.h>
-#include <NeuropixAPI.h>
 #include <Port_Model.h>
 
 #include <algorithm>
@@ -121,8 +120,13 @@ void Stream_Check::read_port(unsigned port) {
     const std::string name = "port " + std::to_string(port);
     recording::Port_Model model(port);
     bool equal = true;
+    Neuropixels::electrodePacket expected;
     Neuropixels::electrodePacket packet;
     while (const auto* const due = next_due(model, pieces)) {
+        expected = *due;
+        if (m_correction) {
+            m_correction(port, expected);
+        }
         wait_while_paused();
         int actual = 0;
         Neuropixels::readElectrodeData(slot, static_cast<int>(port), 0, &packet, &actual, 1);
@@ -130,7 +134,7 @@ void Stream_Check::read_port(unsigned port) {
             note(name + " : turned away with a packet due");
             break;
         }
-        if (equal && std::memcmp(&packet, due, sizeof(packet)) != 0) {
+        if (equal && std::memcmp(&packet, &expected, sizeof(packet)) != 0) {
             note(name + " : packet " + std::to_string(m_pace.count(port - 1)) + " differs");
             equal = false;
         }

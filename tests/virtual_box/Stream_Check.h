@@ -6,13 +6,17 @@
 #include "Pace.h"
 #include "Piece_Queue.h"
 
+#include <NeuropixAPI.h>
+
 #include <array>
 #include <condition_variable>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <mutex>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 namespace Pelgar::ORBE::test {
@@ -30,6 +34,11 @@ public:
     ~Stream_Check();
     Stream_Check(const Stream_Check&) = delete;
     Stream_Check& operator=(const Stream_Check&) = delete;
+
+    // What the library does to a port's samples on their way. Only before `run_to`.
+    using Correction = std::function<void(unsigned port, Neuropixels::electrodePacket& packet)>;
+
+    void set_correction(Correction correction) { m_correction = std::move(correction); }
 
     // Lets the box make so many ticks in all and returns once the last whole read is through and its packets
     // are compared; false when nothing has moved for a long time.
@@ -65,6 +74,7 @@ private:
 
     DMA_Source& m_source;
     ADC_Status m_adc_status;
+    Correction m_correction;
     Pace m_pace;
     std::array<Piece_Queue, Pace::reader_count> m_queues;
     mutable std::mutex m_mutex;

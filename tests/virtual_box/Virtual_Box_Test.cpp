@@ -7,7 +7,6 @@
 #include <gtest/gtest.h>
 
 #include <memory>
-#include <set>
 #include <stdexcept>
 #include <string>
 #include <vector>
