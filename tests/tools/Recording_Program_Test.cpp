@@ -133,4 +133,23 @@ TEST(RecordingProgram, HelpSaysWhatNeverReachesAHost) {
     }
 }
 
+TEST(RecordingProgram, CalibrationWritesAPairOfFiles) {
+    const Program_Run run = run_program(ORBE_RECORDING_PROGRAM " calibration . --seed 4 --serial 123 --crlf");
+    EXPECT_EQ(run.exit_code, 0) << run.errors;
+    EXPECT_EQ(run.output, "./123_ADCCalibration.csv\n./123_gainCalValues.csv\n");
+    for (const char* path : {"123_ADCCalibration.csv", "123_gainCalValues.csv"}) {
+        std::ifstream file(path, std::ios::binary);
+        std::string line;
+        std::getline(file, line);
+        EXPECT_EQ(line, "123\r") << path;
+    }
+}
+
+TEST(RecordingProgram, CalibrationIntoAFolderThatIsNotThereIsRefused) {
+    const Program_Run run = run_program(ORBE_RECORDING_PROGRAM " calibration nowhere/at/all");
+    EXPECT_EQ(run.exit_code, 1);
+    EXPECT_TRUE(run.errors.starts_with("orbe-recording: ")) << run.errors;
+    EXPECT_EQ(run.output, "");
+}
+
 } // namespace

@@ -64,7 +64,7 @@ Frames initialisation_and_configuration() {
 std::uint8_t mirrored(std::uint8_t byte) {
     unsigned result = 0;
     for (unsigned bit = 0; bit < 8; ++bit) {
-        result |= ((byte >> bit) & 1U) << (7 - bit);
+        result |= ((unsigned{byte} >> bit) & 1U) << (7 - bit);
     }
     return static_cast<std::uint8_t>(result);
 }

@@ -1,6 +1,7 @@
 #include "Player.h"
 
 #include "Interrupt.h"
+#include "Probe_Bring_Up.h"
 #include "Progress_Bar.h"
 
 #include <NeuropixAPI.h>
@@ -65,6 +66,15 @@ bool Player::open() {
                     m_options.recording.string() + "' cannot be opened";
         close();
         return false;
+    }
+    for (int port = first_port; port < first_port + static_cast<int>(port_count); ++port) {
+        Probe_Bring_Up bring_up(port);
+        if (!bring_up.run()) {
+            m_problem = bring_up.problem();
+            close();
+            return false;
+        }
+        m_identities.push_back(bring_up.identity());
     }
     return true;
 }

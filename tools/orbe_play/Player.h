@@ -39,6 +39,9 @@ public:
 
     const std::string& problem() const { return m_problem; }
 
+    // Who answered at each port when it was brought up.
+    const std::vector<std::string>& identities() const { return m_identities; }
+
     // One result for each of the ports 1 to 4; empty before the basestation was opened.
     std::vector<const Reader_Result*> ports() const;
 
@@ -76,6 +79,7 @@ private:
     std::uint64_t m_bytes = 0;
     std::uint64_t m_expected = 0;
     std::string m_problem;
+    std::vector<std::string> m_identities;
     double m_seconds = 0.0;
 };
 

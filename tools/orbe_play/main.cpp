@@ -73,6 +73,9 @@ int play(Play_Options options, bool paced, bool quiet, bool keep) {
         played = player.play(redirection ? redirection->user_error_descriptor() : 2);
     }
     if (player.seconds() > 0.0) { // packets were waited for
+        for (std::size_t i = 0; i < player.identities().size(); ++i) {
+            std::printf("Probe %zu is up: %s\n", i + 1, player.identities()[i].c_str());
+        }
         std::fputs(report(player, options).c_str(), stdout);
     }
     const std::string problem = problem_of(player, played, options.verify);
