@@ -16,6 +16,7 @@ namespace np_status = register_map::np_status;
 ORBE_Configurator::ORBE_Configurator(std::shared_ptr<GPIO_Module> gpio) : m_gpio(std::move(gpio)) {}
 
 void ORBE_Configurator::reset_configuration() {
+    const std::lock_guard lock(m_mutex);
     m_gpio->write_data(0);
 }
 
@@ -84,6 +85,7 @@ bool ORBE_Configurator::print_np_ports_status(unsigned status) {
 }
 
 void ORBE_Configurator::replace_bits(std::uint32_t mask, std::uint32_t value) {
+    const std::lock_guard lock(m_mutex);
     m_gpio->write_data((m_gpio->read_data() & ~mask) | value);
 }
 

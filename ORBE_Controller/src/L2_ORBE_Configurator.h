@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <initializer_list>
 #include <memory>
+#include <mutex>
 
 namespace Pelgar::ORBE {
 
@@ -55,6 +56,9 @@ private:
     void set_bit(std::uint32_t bit, bool value);
 
     std::shared_ptr<GPIO_Module> m_gpio;
+    // Held for each read-modify-write, so that routing the probe link on one thread does not undo the stream
+    // enables that another one sets.
+    std::mutex m_mutex;
 };
 
 } // namespace Pelgar::ORBE

@@ -10,6 +10,7 @@
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace {
@@ -218,6 +219,23 @@ TEST_F(ORBEConfigurator, ErrorsOfTheBackEndPassThrough) {
     EXPECT_EQ(text_thrown_by<std::runtime_error>([&] { configurator.reset_configuration(); }), "bus error");
     EXPECT_EQ(text_thrown_by<std::runtime_error>([&] { configurator.enable_np_streams({0}); }), "bus error");
     EXPECT_EQ(text_thrown_by<std::runtime_error>([&] { configurator.soft_trigger_pulse(); }), "bus error");
+}
+
+TEST_F(ORBEConfigurator, RoutingTheLinkOnOneThreadKeepsTheStreamsOfAnother) {
+    constexpr int rounds = 2000;
+    std::thread router([&] {
+        for (int round = 0; round < rounds; ++round) {
+            m_configurator.assign_uart_to_np_channel(static_cast<unsigned char>(round % 4));
+        }
+        m_configurator.assign_uart_to_np_channel(3);
+    });
+    for (int round = 0; round < rounds; ++round) {
+        m_configurator.enable_np_streams({});
+        m_configurator.enable_np_streams({0, 2});
+        ASSERT_EQ(m_registers.value(0x0) & 0xF, 0x5U);
+    }
+    router.join();
+    EXPECT_EQ(m_registers.value(0x0), 0x35U);
 }
 
 } // namespace
