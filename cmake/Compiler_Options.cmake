@@ -14,9 +14,7 @@ else()
         # GCC 12 sees overlapping copies in inlined string concatenation where there are none.
         $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>
         # Log lines name the source file as it lies in the project, wherever it was built.
-        -ffile-prefix-map=${PROJECT_SOURCE_DIR}/=
-        # The optimised paths are written as plain loops that the compiler vectorises.
-        $<$<CONFIG:Release>:-O3>)
+        -ffile-prefix-map=${PROJECT_SOURCE_DIR}/=)
 endif()
 
 if(ORBE_SANITIZE)

@@ -18,6 +18,10 @@ function(orbe_add_tests name)
     add_executable(${name} ${tests_SOURCES})
     target_include_directories(${name} PRIVATE ${CMAKE_CURRENT_SOURCE_DIR})
     target_link_libraries(${name} PRIVATE ${tests_USES} orbe_test_support orbe_options)
+    if(NOT MSVC)
+        # What is tested is optimised; the tests themselves take longer to optimise than to run.
+        target_compile_options(${name} PRIVATE -O0)
+    endif()
     gtest_discover_tests(${name}
         TEST_PREFIX ${name}.
         DISCOVERY_TIMEOUT 60
