@@ -71,7 +71,6 @@ Stream_Check::Stream_Check(DMA_Source& source, ADC_Status adc_status)
 
 Stream_Check::~Stream_Check() {
     if (!m_threads.empty()) {
-        Neuropixels::closeBS(slot);
         finish();
     }
 }
@@ -101,6 +100,10 @@ void Stream_Check::resume() {
 void Stream_Check::finish() {
     m_source.set_observer({});
     resume();
+    if (!all_idle()) {
+        // A reader waits in the library for a packet that is due and does not come.
+        Neuropixels::closeBS(slot);
+    }
     for (Piece_Queue& queue : m_queues) {
         queue.end();
     }

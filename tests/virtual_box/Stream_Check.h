@@ -23,14 +23,13 @@ namespace Pelgar::ORBE::test {
 
 class Stream_Check {
 public:
-    // Whether the ADC packets' status words are compared too. They depend on the TTL inputs of the whole
-    // process and can be told only from the first session on.
+    // Whether the ADC packets' status words are compared too. They depend on the TTL inputs that the process
+    // has seen before, and can be told only from the first acquisition on.
     enum class ADC_Status : std::uint8_t { compared, not_compared };
 
     // The box stands still until `run_to`.
     explicit Stream_Check(DMA_Source& source, ADC_Status adc_status = ADC_Status::compared);
 
-    // Closes the basestation if it must, to get its readers back.
     ~Stream_Check();
     Stream_Check(const Stream_Check&) = delete;
     Stream_Check& operator=(const Stream_Check&) = delete;
@@ -54,7 +53,7 @@ public:
     void pause();
     void resume();
 
-    // Ends the readers; their basestation must still be open, or they must be idle.
+    // Ends the readers. Closes the basestation when one is not idle, since nothing else brings it back.
     void finish();
 
     // API port 1..4.
