@@ -14,6 +14,7 @@
 #include "Require.h"
 
 #include <algorithm>
+#include <array>
 #include <string>
 #include <utility>
 

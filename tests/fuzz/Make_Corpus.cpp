@@ -5,12 +5,14 @@
 #include "Demux_Streams.h"
 
 #include <cstdio>
+#include <exception>
 #include <filesystem>
 #include <fstream>
+#include <initializer_list>
+#include <span>
 #include <stdexcept>
 #include <string>
 #include <string_view>
-#include <utility>
 
 namespace {
 
@@ -18,7 +20,7 @@ using namespace Pelgar::ORBE::test;
 
 class Corpus {
 public:
-    Corpus(std::filesystem::path root, const char* target) : m_directory(std::move(root) / target) {
+    Corpus(const std::filesystem::path& root, const char* target) : m_directory(root / target) {
         std::filesystem::create_directories(m_directory);
     }
 
@@ -97,7 +99,7 @@ Words serial_words(const Adc_Frame& frame) {
         for (unsigned beat = 0; beat < 5; ++beat) {
             unsigned word = column == 0 ? sync_bits[beat] << 15 : 0U;
             for (unsigned lane = 0; lane < 7 && column < 5; ++lane) {
-                word |= (frame[5 * lane + column] >> (8 - 2 * beat) & 3U) << (12 - 2 * lane);
+                word |= (unsigned{frame[5 * lane + column]} >> (8 - 2 * beat) & 3U) << (12 - 2 * lane);
             }
             words.push_back(static_cast<std::uint16_t>(word));
         }
@@ -155,7 +157,7 @@ void make_rhd_reader(const std::filesystem::path& root) {
     corpus.add("garbage_first", joined({{0, 255}, Bytes(14, 0x31), rhd_frames(1, 0)}));
     corpus.add("false_preamble", joined({{1, 255}, false_preamble, rhd_frames(1, 1)}));
     Bytes cut = rhd_frames(2, 2);
-    cut.resize(cut.size() - 61);
+    cut.erase(cut.end() - 61, cut.end());
     corpus.add("cut_frame", joined({{2, 255}, cut}));
 }
 
@@ -300,13 +302,18 @@ int main(int argc, char** argv) {
         std::fprintf(stderr, "usage: %s DIRECTORY\n", argv[0]);
         return 2;
     }
-    const std::filesystem::path root(argv[1]);
-    make_psb_blocks(root);
-    make_psb_words(root);
-    make_rhd_reader(root);
-    make_adc_calibration(root);
-    make_gain_calibration(root);
-    make_row_demux(root);
-    make_recording_checker(root);
+    try {
+        const std::filesystem::path root(argv[1]);
+        make_psb_blocks(root);
+        make_psb_words(root);
+        make_rhd_reader(root);
+        make_adc_calibration(root);
+        make_gain_calibration(root);
+        make_row_demux(root);
+        make_recording_checker(root);
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "%s\n", error.what());
+        return 1;
+    }
     return 0;
 }

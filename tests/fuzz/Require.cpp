@@ -13,9 +13,7 @@ void require(bool condition, const char* what) {
         return;
     }
     const std::string line = std::string("mismatch: ") + what + '\n';
-    if (write(STDERR_FILENO, line.data(), line.size()) < 0) {
-        // The abort says it too.
-    }
+    [[maybe_unused]] const auto written = write(STDERR_FILENO, line.data(), line.size());
     std::abort();
 }
 

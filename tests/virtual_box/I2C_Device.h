@@ -23,7 +23,12 @@ public:
     I2C_Device& operator=(const I2C_Device&) = delete;
 
     // What the bus does.
-    virtual std::uint8_t read(std::uint8_t reg) { return m_registers[reg]; }
+    virtual std::uint8_t read(std::uint8_t reg) {
+        if (m_flickering[reg]) {
+            m_registers[reg] ^= 1U;
+        }
+        return m_registers[reg];
+    }
 
     virtual void write(std::uint8_t reg, std::uint8_t value) { m_registers[reg] = value; }
 
@@ -35,12 +40,16 @@ public:
     // Stores the characters and a zero from `reg` on.
     void set_text(std::uint8_t reg, std::string_view text);
 
+    // Makes every read of the register find its lowest bit changed.
+    void flicker(std::uint8_t reg) { m_flickering[reg] = true; }
+
     std::uint8_t value(std::uint8_t reg) const { return m_registers[reg]; }
 
 private:
     Memory m_memory;
     Registers m_at_power_up{};
     Registers m_registers{};
+    std::array<bool, 256> m_flickering{};
 };
 
 } // namespace Pelgar::ORBE::test

@@ -121,6 +121,11 @@ void Virtual_Headstage::set(std::uint8_t device, std::uint8_t reg, std::uint8_t 
     m_devices.at(device)->set(reg, value);
 }
 
+void Virtual_Headstage::flicker(std::uint8_t device, std::uint8_t reg) {
+    const std::lock_guard lock(m_mutex);
+    m_devices.at(device)->flicker(reg);
+}
+
 void Virtual_Headstage::set_text(std::uint8_t device, std::uint8_t reg, std::string_view text) {
     const std::lock_guard lock(m_mutex);
     m_devices.at(device)->set_text(reg, text);

@@ -45,6 +45,8 @@ public:
 
     // Replaces it, for good.
     void set(std::uint8_t device, std::uint8_t reg, std::uint8_t value);
+    // Makes every read of the register find its lowest bit changed.
+    void flicker(std::uint8_t device, std::uint8_t reg);
     void set_text(std::uint8_t device, std::uint8_t reg, std::string_view text);
 
     // The chains of the probe ASIC by their registers.
