@@ -1,6 +1,6 @@
 // Layer: façade. The process-wide state behind the exported functions: the one controller, the converters of
-// its four ports and of the RHD stream, and the pump thread. The host's threads share it; the lock is held only
-// to copy or exchange pointers.
+// its four ports and of the RHD stream, and the pump thread. The host's threads share it; the lock is held
+// only to copy or exchange pointers.
 #pragma once
 
 #include "C_ORBE_Controller_Library.h"
@@ -45,7 +45,9 @@ using Controller_Factory = std::function<std::shared_ptr<ORBE_Controller_Library
 extern Never_Destroyed<Controller_Factory> g_controller_factory;
 
 // The controller's index of an API port. What is no port becomes an index that nothing has.
-inline unsigned port_index(int portID) { return static_cast<unsigned>(portID) - 1U; }
+inline unsigned port_index(int portID) {
+    return static_cast<unsigned>(portID) - 1U;
+}
 
 // The controller, or empty when no basestation is open.
 std::shared_ptr<ORBE_Controller_Library> current_controller();

@@ -1,5 +1,5 @@
-// Layer: façade. The queue of one probe port's electrode packets. Pushed to by the port's NP worker thread, read
-// by the host.
+// Layer: façade. The queue of one probe port's electrode packets. Pushed to by the port's NP worker thread,
+// read by the host.
 #pragma once
 
 #include "MT_PXI_Queue.h"

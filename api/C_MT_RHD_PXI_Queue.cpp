@@ -11,7 +11,8 @@ std::atomic<std::uint8_t> g_rhd_overflow_counter{0};
 } // namespace
 
 MT_RHD_PXI_Queue::MT_RHD_PXI_Queue()
-    : MT_PXI_Queue(g_rhd_overflow_counter, "MT_RHD_PXI_Queue::peek_xfer_buffer_from_queue signalled for exit") {
+    : MT_PXI_Queue(g_rhd_overflow_counter,
+                   "MT_RHD_PXI_Queue::peek_xfer_buffer_from_queue signalled for exit") {
     console::out("MT_RHD_PXI_Queue ctor \n");
 }
 

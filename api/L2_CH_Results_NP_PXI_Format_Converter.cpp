@@ -19,14 +19,16 @@ L2_CH_Results_NP_PXI_Format_Converter::L2_CH_Results_NP_PXI_Format_Converter() {
     console::out("sizeof(m_ep)) : ", sizeof(m_ep), "\n");
 }
 
-void L2_CH_Results_NP_PXI_Format_Converter::publish_ap_ch_data(std::uint16_t (&values)[demux::channel_count]) {
+void L2_CH_Results_NP_PXI_Format_Converter::publish_ap_ch_data(
+    std::uint16_t (&values)[demux::channel_count]) {
     std::memcpy(m_ep.apData[m_ap_index], values, sizeof(values));
     m_ep.timestamp[m_ap_index] = static_cast<std::uint32_t>(m_time);
     m_time += ap_sample_period;
     m_ap_index = (m_ap_index + 1) % NP1_PROBE_SUPERFRAMESIZE;
 }
 
-void L2_CH_Results_NP_PXI_Format_Converter::publish_lp_ch_data(std::uint16_t (&values)[demux::channel_count]) {
+void L2_CH_Results_NP_PXI_Format_Converter::publish_lp_ch_data(
+    std::uint16_t (&values)[demux::channel_count]) {
     std::memcpy(m_ep.lfpData, values, sizeof(values));
     m_queue.push(m_ep);
     ++m_lfp_count;

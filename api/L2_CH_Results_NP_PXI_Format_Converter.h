@@ -1,5 +1,5 @@
-// Layer: façade. Packs the channel results of one probe port into electrode packets: twelve AP sets and the LFP
-// set that closes them. Published to on the port's NP worker thread; the host's threads read the queue.
+// Layer: façade. Packs the channel results of one probe port into electrode packets: twelve AP sets and the
+// LFP set that closes them. Published to on the port's NP worker thread; the host's threads read the queue.
 #pragma once
 
 #include "C_MT_NP_PXI_Queue.h"

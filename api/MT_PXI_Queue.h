@@ -1,5 +1,5 @@
-// Layer: façade. A bounded queue of finished packets between a worker thread of the demultiplexer (producer) and
-// a host thread (consumer). A full queue drops the newest packet: the data path never waits for the host.
+// Layer: façade. A bounded queue of finished packets between a worker thread of the demultiplexer (producer)
+// and a host thread (consumer). A full queue drops the newest packet: the data path never waits for the host.
 #pragma once
 
 #include "Block_Queue.h"
@@ -18,13 +18,13 @@ inline constexpr std::size_t packet_queue_limit = 500;
 template <typename Record>
 class MT_PXI_Queue {
 public:
-    // `overflow_counter` counts the drops of all queues of one kind and decides which are logged; `exit_text` is
-    // logged when a reader is turned away.
+    // `overflow_counter` counts the drops of all queues of one kind and decides which are logged; `exit_text`
+    // is logged when a reader is turned away.
     MT_PXI_Queue(std::atomic<std::uint8_t>& overflow_counter, const char* exit_text)
         : m_overflow_counter(overflow_counter), m_exit_text(exit_text) {}
 
-    // Appends a copy and wakes one reader; drops the record when the queue is full, and logs the first and then
-    // every 256th drop. Worker thread; blocks on the queue's mutex only.
+    // Appends a copy and wakes one reader; drops the record when the queue is full, and logs the first and
+    // then every 256th drop. Worker thread; blocks on the queue's mutex only.
     void push(const Record& record) {
         if (!m_records.push_or_drop(record, packet_queue_limit) && m_overflow_counter.fetch_add(1) == 0) {
             LOG_F(INFO, "MT_NP_PXI_Queue overflow");

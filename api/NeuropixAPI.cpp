@@ -1,5 +1,5 @@
-// Layer: façade. Devices, opening and closing the basestation. Called on the host's threads; openBS and closeBS
-// must not overlap any other call.
+// Layer: façade. Devices, opening and closing the basestation. Called on the host's threads; openBS and
+// closeBS must not overlap any other call.
 #include "NeuropixAPI.h"
 
 #include "Adapter_State.h"
@@ -61,8 +61,8 @@ std::shared_ptr<ORBE_Controller_Library> make_controller(bool simulation) {
     return std::make_shared<ORBE_Controller_Library>(simulation);
 }
 
-// As `make_controller`; when there is none to be made the open one goes all the same, for its readers have been
-// turned away.
+// As `make_controller`; when there is none to be made the open one goes all the same, for its readers have
+// been turned away.
 std::shared_ptr<ORBE_Controller_Library> make_controller_or_none(bool simulation) {
     try {
         return make_controller(simulation);
@@ -86,7 +86,8 @@ void connect_converters(ORBE_Controller_Library& controller) {
 }
 
 bool bring_up(ORBE_Controller_Library& controller) {
-    if (!controller.open() || !controller.check_and_switch_firmware_if_nec(true) || !controller.pre_init(true)) {
+    if (!controller.open() || !controller.check_and_switch_firmware_if_nec(true) ||
+        !controller.pre_init(true)) {
         return false;
     }
     g_stop_requested = false;
@@ -164,7 +165,8 @@ NP_ErrorCode detectHeadStage(int slotID, int portID, bool* detected) {
     bool present = false;
     const auto result = forward_to_controller("detectHeadStage", [&](const auto& controller) {
         const unsigned status = controller.get_cached_np_port_status();
-        const unsigned offered = std::min<unsigned>(controller.get_np_port_count_from_fpga_signature(), np_port_count);
+        const unsigned offered =
+            std::min<unsigned>(controller.get_np_port_count_from_fpga_signature(), np_port_count);
         const unsigned port = port_index(portID);
         present = port < offered && ((status >> port) & 1U) != 0;
         return true;

@@ -282,8 +282,8 @@ struct PacketInfo {
 };
 
 // Twelve AP samples and one LFP sample of every channel of a probe (10056 bytes). Samples are raw ten-bit ADC
-// values, multiplied by the probe's gain correction where one is loaded; 30 kHz in the AP band, 2.5 kHz in the
-// LFP band.
+// values, multiplied by the probe's gain correction where one is loaded; 30 kHz in the AP band, 2.5 kHz in
+// the LFP band.
 struct electrodePacket {
     uint32_t timestamp[NP1_PROBE_SUPERFRAMESIZE]; // whole seconds of streamed data
     int16_t apData[NP1_PROBE_SUPERFRAMESIZE][NP1_PROBE_CHANNEL_COUNT];
@@ -395,8 +395,8 @@ NP_EXPORT void np_dbg_setlevel(int level);
 // ---- Basestation ----------------------------------------------------------------------------------------
 
 // Opens the box, or, when the file "ORBE_DFGMZ_ADAPTER_SIM" lies in the working directory, the recorded raw
-// DMA file that the first line of that file names. Opening again closes what was open. Returns 0, or 5 when the
-// box or the recording cannot be brought up. Must not overlap any other call of this library.
+// DMA file that the first line of that file names. Opening again closes what was open. Returns 0, or 5 when
+// the box or the recording cannot be brought up. Must not overlap any other call of this library.
 NP_EXPORT NP_ErrorCode openBS(int slotID);
 
 // Stops streaming, wakes blocked readers and releases the box. Returns 0.
@@ -417,8 +417,9 @@ NP_EXPORT NP_ErrorCode openPort(int slotID, int portID);
 // Logged; returns 0.
 NP_EXPORT NP_ErrorCode closePort(int slotID, int portID);
 
-// Reads the headstage's part number as a text of at most `len` characters, closing zero included. Blocks, with a
-// look once a second, until a port has been opened. A headstage whose EEPROM holds none counts as "NP2_HS_30".
+// Reads the headstage's part number as a text of at most `len` characters, closing zero included. Blocks,
+// with a look once a second, until a port has been opened. A headstage whose EEPROM holds none counts as
+// "NP2_HS_30".
 NP_EXPORT NP_ErrorCode readHSPN(int slotID, int portID, char* pn, size_t len);
 
 // ---- Probe ----------------------------------------------------------------------------------------------
@@ -427,13 +428,13 @@ NP_EXPORT NP_ErrorCode readHSPN(int slotID, int portID, char* pn, size_t len);
 NP_EXPORT NP_ErrorCode openProbe(int slotID, int portID, int dockID);
 NP_EXPORT NP_ErrorCode closeProbe(int slotID, int portID, int dockID);
 
-// Initialises the probe, in the mode whose number the file "ORBE_NP_INIT_MODE" in the working directory holds: 0
-// short, 1 full (also without the file), 2 to 4 full and a test signal.
+// Initialises the probe, in the mode whose number the file "ORBE_NP_INIT_MODE" in the working directory
+// holds: 0 short, 1 full (also without the file), 2 to 4 full and a test signal.
 NP_EXPORT NP_ErrorCode init(int slotID, int portID, int dockID);
 
-// These set the configuration of a channel (0..383), which writeProbeConfiguration brings to the probe; 1 when a
-// value is rejected. Banks 0..2, or 255 to disconnect; gain codes 0..7; for ports outside 1..4 they throw
-// std::out_of_range("invalid array<T, N> subscript").
+// These set the configuration of a channel (0..383), which writeProbeConfiguration brings to the probe; 1
+// when a value is rejected. Banks 0..2, or 255 to disconnect; gain codes 0..7; for ports outside 1..4 they
+// throw std::out_of_range("invalid array<T, N> subscript").
 NP_EXPORT NP_ErrorCode selectElectrode(int slotID, int portID, int dockID, int channel, int shank, int bank);
 NP_EXPORT NP_ErrorCode setGain(int slotID, int portID, int dockID, int channel, int ap_gain, int lfp_gain);
 NP_EXPORT NP_ErrorCode getGain(int slotID, int portID, int dockID, int channel, int* APgainselect,
@@ -486,8 +487,8 @@ NP_EXPORT NP_ErrorCode stop_acquisition(int slotID, int portID);
 NP_EXPORT NP_ErrorCode readElectrodeData(int slotID, int portID, int dockID, electrodePacket* packets,
                                          int* actualAmount, int requestedAmount);
 
-// Packets waiting in the port's queue, and 500 minus that number (-1 when the queue is full to the brim). Throws
-// std::out_of_range("invalid array<T, N> subscript") for a port outside 1..4.
+// Packets waiting in the port's queue, and 500 minus that number (-1 when the queue is full to the brim).
+// Throws std::out_of_range("invalid array<T, N> subscript") for a port outside 1..4.
 NP_EXPORT NP_ErrorCode getElectrodeDataFifoState(int slotID, int portID, int dockID, int* packetsAvailable,
                                                  int* headroom);
 

@@ -138,7 +138,8 @@ NP_ErrorCode ADC_readPackets(int /*slotID*/, PacketInfo* packetInfo, int16_t* da
                 packetInfo[taken].payloadlength = 0;
                 status = &packetInfo[taken].Status;
             }
-            int16_t* const samples = data == nullptr ? nullptr : data + taken * std::ptrdiff_t{adc_packet_length};
+            int16_t* const samples =
+                data == nullptr ? nullptr : data + taken * std::ptrdiff_t{adc_packet_length};
             converter->read_sample_packet_to_buffer(samples, status);
             if (converter->queue().signalled_for_exit() || g_stop_requested) {
                 // Nothing of what was copied so far is for the host to use.

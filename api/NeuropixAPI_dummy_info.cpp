@@ -1,4 +1,5 @@
-// Layer: façade. Questions that this box answers with fixed values. Called on the host's threads; none blocks.
+// Layer: façade. Questions that this box answers with fixed values. Called on the host's threads; none
+// blocks.
 #include "NeuropixAPI.h"
 
 #include "Adapter_State.h"

@@ -1,5 +1,5 @@
-// Layer: façade. Opening, initialising, configuring and identifying probes. Called on the host's threads, one at a
-// time from here on, because all ports share one link and its answers carry no tag.
+// Layer: façade. Opening, initialising, configuring and identifying probes. Called on the host's threads, one
+// at a time from here on, because all ports share one link and its answers carry no tag.
 #include "NeuropixAPI.h"
 
 #include "Adapter_State.h"
@@ -40,7 +40,9 @@ unsigned bounded_length(size_t length) {
     return static_cast<unsigned>(std::min<size_t>(length, std::numeric_limits<unsigned>::max()));
 }
 
-const char* shown(const char* text) { return text == nullptr ? "" : text; }
+const char* shown(const char* text) {
+    return text == nullptr ? "" : text;
+}
 
 E_ORBE_Init_Config read_init_mode() {
     const File_Switch found = probe_file_switch(init_mode_switch);

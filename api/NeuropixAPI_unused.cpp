@@ -1,5 +1,5 @@
-// Layer: façade. Entry points of the published API that this box has no use for: each logs that it was called and
-// does nothing else. Called on the host's threads; none blocks.
+// Layer: façade. Entry points of the published API that this box has no use for: each logs that it was called
+// and does nothing else. Called on the host's threads; none blocks.
 #include "NeuropixAPI.h"
 
 #include <loguru.hpp>
@@ -37,8 +37,8 @@ NP_ErrorCode setSWTriggerEx(int slotID, swtriggerflags_t /*triggerflags*/) {
 }
 
 NP_ErrorCode readPackets(int /*slotID*/, int portID, int /*dockID*/, streamsource_t /*source*/,
-                         PacketInfo* /*packetInfo*/, int16_t* /*data*/, int /*channelCount*/, int /*packetCount*/,
-                         int* /*packetsRead*/) {
+                         PacketInfo* /*packetInfo*/, int16_t* /*data*/, int /*channelCount*/,
+                         int /*packetCount*/, int* /*packetsRead*/) {
     VLOG_SCOPE_F(1, "readPackets");
     VLOG_F(1, "%d", portID);
     return SUCCESS;

@@ -1,5 +1,5 @@
-// Layer: façade. The main pump thread, which drives the controller's pump until it is told to stop. Started and
-// ended on the host's threads.
+// Layer: façade. The main pump thread, which drives the controller's pump until it is told to stop. Started
+// and ended on the host's threads.
 #pragma once
 
 #include <memory>
@@ -10,8 +10,8 @@ class ORBE_Controller_Library;
 
 namespace Pelgar::ORBE::npoe_adapter {
 
-// Starts the pump thread on `controller`; slot and port only mark its log lines. Throws std::system_error when
-// the system has no thread to give.
+// Starts the pump thread on `controller`; slot and port only mark its log lines. Throws std::system_error
+// when the system has no thread to give.
 void start_pump_thread(std::shared_ptr<ORBE_Controller_Library> controller, int slotID, int portID);
 
 // Switches the data sources off for the entry point `name`; a failure is logged.

@@ -18,8 +18,8 @@ constexpr std::uint32_t ttl_inputs_mask = 0xFFFE;
 constexpr std::uint32_t ttl_changed_flag = 1;
 constexpr unsigned status_shift = 6;
 
-// The low half of the last TTL word, kept across openings. The comparison below is with the whole word, so that
-// an input in its upper half counts as a change on every frame.
+// The low half of the last TTL word, kept across openings. The comparison below is with the whole word, so
+// that an input in its upper half counts as a change on every frame.
 Relaxed<std::uint16_t> g_last_ttl{0};
 
 std::uint16_t status_of(std::uint32_t ttl) {
@@ -51,8 +51,7 @@ void RHD_to_PXI_ADC_Format_Converter::publish_rhd_frame(demux::RHD_Frame& frame)
 void RHD_to_PXI_ADC_Format_Converter::read_sample_packet_to_buffer(std::int16_t* dst, std::uint16_t* status) {
     const ADC_Packet_Record* record = m_queue.peek_xfer_buffer_from_queue();
     if (m_queue.signalled_for_exit()) {
-        console::out(
-            "RHD_to_PXI_ADC_Format_Converter::read_sample_packet_to_buffer signalled for exit\n");
+        console::out("RHD_to_PXI_ADC_Format_Converter::read_sample_packet_to_buffer signalled for exit\n");
         return;
     }
     if (dst != nullptr) {

@@ -1,5 +1,5 @@
-// Layer: façade. Turns each RHD frame into one packet of auxiliary ADC samples and TTL status. Published to on
-// the RHD worker thread; the host's threads read.
+// Layer: façade. Turns each RHD frame into one packet of auxiliary ADC samples and TTL status. Published to
+// on the RHD worker thread; the host's threads read.
 #pragma once
 
 #include "C_MT_RHD_PXI_Queue.h"

@@ -1,5 +1,5 @@
-// Layer: façade. Keeps the log readable while a host sweeps over all channels: only the first call of a run of
-// rising channels is logged. Called on the host's threads; never blocks.
+// Layer: façade. Keeps the log readable while a host sweeps over all channels: only the first call of a run
+// of rising channels is logged. Called on the host's threads; never blocks.
 #pragma once
 
 #include "Relaxed.h"
@@ -8,8 +8,8 @@ namespace Pelgar::ORBE::npoe_adapter {
 
 class Sweep_Log_Throttle {
 public:
-    // The verbosity at which the call for this channel logs: 0, or, when the channel follows the one before, a
-    // verbosity that nothing listens to.
+    // The verbosity at which the call for this channel logs: 0, or, when the channel follows the one before,
+    // a verbosity that nothing listens to.
     int verbosity_for(int channel);
 
 private:

@@ -11,7 +11,8 @@ namespace Pelgar::ORBE::npoe_adapter {
 
 namespace {
 
-// The data rate of the full box, which the line divides by the seconds since the last one; it is not measured.
+// The data rate of the full box, which the line divides by the seconds since the last one; it is not
+// measured.
 constexpr std::int64_t full_box_megabytes = 157;
 
 constexpr std::int64_t nanoseconds_per_second = 1'000'000'000;

@@ -1,5 +1,5 @@
-// Prints, in one run, how fast memory is copied, how fast each stage of the data path is alone, and how fast the
-// whole road is from the pump's push to the host's packets. Compare figures of one run only.
+// Prints, in one run, how fast memory is copied, how fast each stage of the data path is alone, and how fast
+// the whole road is from the pump's push to the host's packets. Compare figures of one run only.
 #include "Bench_Report.h"
 #include "Rate_Table.h"
 

@@ -59,7 +59,8 @@ std::ostream& silence_library() {
     static C_File_Buffer buffer(ORBE_FDOPEN(ORBE_DUP(ORBE_FILENO(stdout)), "w"));
     static std::ostream report(&buffer);
     std::fflush(stderr);
-    if (std::freopen(null_device, "w", stdout) == nullptr || std::freopen(null_device, "w", stderr) == nullptr) {
+    if (std::freopen(null_device, "w", stdout) == nullptr ||
+        std::freopen(null_device, "w", stderr) == nullptr) {
         report << "the library's messages could not be silenced\n";
     }
     return report;

@@ -15,7 +15,8 @@ inline constexpr const char* stream_rate_counter = "stream_bytes_per_second";
 void report_stream_rate(benchmark::State& state, std::size_t stream_bytes_per_iteration);
 
 // Sends standard output and standard error to nowhere, so that the library's messages neither mix with the
-// report nor cost a terminal's time. The report goes to the stream that it returns, the former standard output.
+// report nor cost a terminal's time. The report goes to the stream that it returns, the former standard
+// output.
 std::ostream& silence_library();
 
 } // namespace Pelgar::ORBE::bench

@@ -1,12 +1,12 @@
-// Each stage of the data path alone, on one thread. Rates count the bytes of the DMA stream that a stage's input
-// came from, so that they can be compared with each other and with the whole road.
+// Each stage of the data path alone, on one thread. Rates count the bytes of the DMA stream that a stage's
+// input came from, so that they can be compared with each other and with the whole road.
 #include "Bench_Data.h"
 #include "Bench_Report.h"
 
-#include "C_Async_PSB_And_RHD_Demux.h"
-#include "C_L2_CH_Gain_Fix_Filter.h"
 #include "CP_L1_ADC_TO_Channel.h"
 #include "CP_L2_CH_Results_Null_Writer.h"
+#include "C_Async_PSB_And_RHD_Demux.h"
+#include "C_L2_CH_Gain_Fix_Filter.h"
 #include "L2_CH_Results_NP_PXI_Format_Converter.h"
 #include "Mux_Row_Format.h"
 #include "NP_PSB_Raw_Data_Demuxer.h"
@@ -33,6 +33,7 @@ public:
     void publish_adc_data(const std::uint16_t (&adc)[demux::adc_frame_length]) override {
         benchmark::DoNotOptimize(adc[0]);
     }
+
     void reset_and_resync_counters() override {}
 };
 
@@ -47,6 +48,7 @@ void memcpy_of_transfers(benchmark::State& state) {
     }
     report_stream_rate(state, data.stream_bytes);
 }
+
 BENCHMARK(memcpy_of_transfers)->Unit(benchmark::kMillisecond);
 
 // The main demux thread's work: rows to port blocks and RHD words, whose workers are not running.
@@ -67,6 +69,7 @@ void row_split(benchmark::State& state) {
     }
     report_stream_rate(state, data.stream_bytes);
 }
+
 BENCHMARK(row_split)->Unit(benchmark::kMillisecond);
 
 void feed_blocks(benchmark::State& state, demux::I_L1_Demux_ADC_Results& stage) {
@@ -84,6 +87,7 @@ void probe_frame_decode(benchmark::State& state) {
     Discarding_Stage stage;
     feed_blocks(state, stage);
 }
+
 BENCHMARK(probe_frame_decode)->Unit(benchmark::kMillisecond);
 
 void decode_and_channel_sort(benchmark::State& state) {
@@ -92,6 +96,7 @@ void decode_and_channel_sort(benchmark::State& state) {
     stage.set_l2_ch_result_listener(writer);
     feed_blocks(state, stage);
 }
+
 BENCHMARK(decode_and_channel_sort)->Unit(benchmark::kMillisecond);
 
 void gain_correction(benchmark::State& state) {
@@ -115,6 +120,7 @@ void gain_correction(benchmark::State& state) {
     }
     report_stream_rate(state, super_frames * stream_bytes_per_super_frame);
 }
+
 BENCHMARK(gain_correction)->Unit(benchmark::kMicrosecond);
 
 // Packets made, queued and taken out again.
@@ -136,6 +142,7 @@ void packet_conversion(benchmark::State& state) {
     }
     report_stream_rate(state, packets * 12 * stream_bytes_per_super_frame);
 }
+
 BENCHMARK(packet_conversion)->Unit(benchmark::kMicrosecond);
 
 void rhd_frames(benchmark::State& state) {
@@ -153,8 +160,10 @@ void rhd_frames(benchmark::State& state) {
         }
     }
     report_stream_rate(state, data.rhd_stream_bytes);
-    state.counters["frames"] = benchmark::Counter(static_cast<double>(frames), benchmark::Counter::kAvgIterations);
+    state.counters["frames"] =
+        benchmark::Counter(static_cast<double>(frames), benchmark::Counter::kAvgIterations);
 }
+
 BENCHMARK(rhd_frames)->Unit(benchmark::kMillisecond);
 
 } // namespace

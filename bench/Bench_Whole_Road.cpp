@@ -1,5 +1,5 @@
-// The whole road: transfers of the full box pushed as the pump does it, through all threads, gain correction and
-// converters, to packets that a host thread for each port and one for the ADC packets take out.
+// The whole road: transfers of the full box pushed as the pump does it, through all threads, gain correction
+// and converters, to packets that a host thread for each port and one for the ADC packets take out.
 #include "Bench_Data.h"
 #include "Bench_Report.h"
 
@@ -75,13 +75,15 @@ public:
     }
 
     std::uint64_t packets() const { return m_packets; }
+
     std::uint64_t adc_packets() const { return m_adc_packets; }
 
 private:
     // What has gone through, told by the RHD frames that have come out.
     std::size_t processed_transfers() const {
         const Bench_Data& data = bench_data();
-        return m_demux.get_total_processed_RHD_frame_count() * data.transfers.size() / data.super_frames_per_port;
+        return m_demux.get_total_processed_RHD_frame_count() * data.transfers.size() /
+               data.super_frames_per_port;
     }
 
     void read_port(unsigned port) {
@@ -152,10 +154,12 @@ void whole_road(benchmark::State& state) {
     }
     report_stream_rate(state, rounds * data.stream_bytes);
     // What a host that keeps up gets; the rest was dropped by the output queues, which hold 501.
-    state.counters["packets"] = benchmark::Counter(static_cast<double>(packets), benchmark::Counter::kAvgIterations);
+    state.counters["packets"] =
+        benchmark::Counter(static_cast<double>(packets), benchmark::Counter::kAvgIterations);
     state.counters["adc_packets"] =
         benchmark::Counter(static_cast<double>(adc_packets), benchmark::Counter::kAvgIterations);
 }
+
 BENCHMARK(whole_road)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(3);
 
 } // namespace

@@ -9,7 +9,8 @@ namespace Pelgar::ORBE::bench {
 
 bool Rate_Table::ReportContext(const Context& /*context*/) {
     GetOutputStream() << std::left << std::setw(28) << "stage" << std::right << std::setw(10) << "GB/s"
-                      << std::setw(14) << "x full box" << std::setw(12) << "x memcpy" << "\n";
+                      << std::setw(14) << "x full box" << std::setw(12) << "x memcpy"
+                      << "\n";
     return true;
 }
 

@@ -75,7 +75,8 @@ public:
         std::size_t taken = 0;
         while (taken < destination.size() && size() != 0) {
             const std::size_t offset = m_front % elements_per_block;
-            const std::size_t run = std::min({destination.size() - taken, size(), elements_per_block - offset});
+            const std::size_t run =
+                std::min({destination.size() - taken, size(), elements_per_block - offset});
             std::copy_n(&element(m_front), run, destination.data() + taken);
             remove(run);
             taken += run;
@@ -112,7 +113,8 @@ private:
 
     std::size_t capacity() const { return m_blocks.size() * elements_per_block; }
 
-    // The element at a ring position. The ring's length in blocks is a power of two, so that it wraps by mask.
+    // The element at a ring position. The ring's length in blocks is a power of two, so that it wraps by
+    // mask.
     T& element(std::size_t position) {
         return m_blocks[(position / elements_per_block) & (m_blocks.size() - 1)]
             ->elements[position % elements_per_block];

@@ -20,11 +20,17 @@ void append_real(std::string& text, Real part) {
 
 } // namespace
 
-void append(std::string& text, std::string_view part) { text += part; }
+void append(std::string& text, std::string_view part) {
+    text += part;
+}
 
-void append(std::string& text, const char* part) { text += part; }
+void append(std::string& text, const char* part) {
+    text += part;
+}
 
-void append(std::string& text, char part) { text += part; }
+void append(std::string& text, char part) {
+    text += part;
+}
 
 void append(std::string& text, Hex part) {
     std::array<char, 16> digits{};
@@ -32,9 +38,13 @@ void append(std::string& text, Hex part) {
     text.append(digits.data(), end);
 }
 
-void append(std::string& text, float part) { append_real(text, part); }
+void append(std::string& text, float part) {
+    append_real(text, part);
+}
 
-void append(std::string& text, double part) { append_real(text, part); }
+void append(std::string& text, double part) {
+    append_real(text, part);
+}
 
 void write(std::FILE* stream, std::string_view text) noexcept {
     // A console that cannot be written to must not disturb the acquisition, so the result is not looked at.

@@ -1,6 +1,6 @@
-// Layer: common. Process-wide state that outlives every thread: made at load, never torn down. A host that ends
-// without closing the basestation leaves threads blocked in this state, and taking it away under them would
-// hang or crash the exit.
+// Layer: common. Process-wide state that outlives every thread: made at load, never torn down. A host that
+// ends without closing the basestation leaves threads blocked in this state, and taking it away under them
+// would hang or crash the exit.
 #pragma once
 
 #include <new>
@@ -11,10 +11,12 @@ template <typename T>
 class Never_Destroyed {
 public:
     Never_Destroyed() { ::new (static_cast<void*>(m_storage)) T(); }
+
     Never_Destroyed(const Never_Destroyed&) = delete;
     Never_Destroyed& operator=(const Never_Destroyed&) = delete;
 
     T& operator*() { return *std::launder(reinterpret_cast<T*>(m_storage)); }
+
     T* operator->() { return &**this; }
 
 private:

@@ -10,7 +10,9 @@ template <typename T>
 class Relaxed {
 public:
     Relaxed() = default;
+
     explicit Relaxed(T value) : m_value(value) {}
+
     Relaxed(const Relaxed&) = delete;
     Relaxed& operator=(const Relaxed&) = delete;
 
@@ -22,6 +24,7 @@ public:
     operator T() const { return load(); }
 
     T load() const { return m_value.load(std::memory_order_relaxed); }
+
     void store(T value) { m_value.store(value, std::memory_order_relaxed); }
 
     // Adds `amount` and returns the value from before (integers only). Any thread.

@@ -45,14 +45,17 @@ void C_L2_CH_Gain_Fix_Filter::refresh(Band& band, const Factor_Table& table, con
     const std::lock_guard lock(m_tables_mutex);
     if (m_gain_loaded) {
         for (std::size_t channel = 0; channel < channel_count; ++channel) {
-            band.factors[channel] = checked_at(checked_at(table, codes[channel]), m_channel_electrode[channel]);
+            band.factors[channel] =
+                checked_at(checked_at(table, codes[channel]), m_channel_electrode[channel]);
         }
     }
     band.gain_loaded = m_gain_loaded;
     band.generation = m_generation.load(std::memory_order_relaxed);
 }
 
-void C_L2_CH_Gain_Fix_Filter::changed() { m_generation.fetch_add(1, std::memory_order_release); }
+void C_L2_CH_Gain_Fix_Filter::changed() {
+    m_generation.fetch_add(1, std::memory_order_release);
+}
 
 void C_L2_CH_Gain_Fix_Filter::set_channel_gain_codes(std::uint32_t channel, std::uint16_t ap_code,
                                                      std::uint16_t lfp_code) {
@@ -83,7 +86,8 @@ bool C_L2_CH_Gain_Fix_Filter::load_gain_calibration(const char* path) {
     bool complete = false;
     try {
         read_factors(file, *ap_gain_factor, *lfp_gain_factor);
-        console::out("Gain data loaded.\nCreating default 1:1 mapping for the shank pixels ( Bank A Selection )\n");
+        console::out(
+            "Gain data loaded.\nCreating default 1:1 mapping for the shank pixels ( Bank A Selection )\n");
         complete = true;
     } catch (const std::exception& exception) {
         console::err("Exception caught while loading gain data : ", exception.what());
@@ -102,8 +106,8 @@ bool C_L2_CH_Gain_Fix_Filter::load_gain_calibration(const char* path) {
     return complete;
 }
 
-// Fields are taken verbatim up to their delimiters: a comma, or the line end after the last one. Of a line end
-// of two characters the first stays behind in the last field, where the conversion ignores it.
+// Fields are taken verbatim up to their delimiters: a comma, or the line end after the last one. Of a line
+// end of two characters the first stays behind in the last field, where the conversion ignores it.
 void C_L2_CH_Gain_Fix_Filter::read_factors(std::istream& file, Factor_Table& ap_gain_factor,
                                            Factor_Table& lfp_gain_factor) {
     file.exceptions(std::ios::badbit | std::ios::failbit | std::ios::eofbit);

@@ -1,7 +1,7 @@
-// Layer: device controller. Corrects channel values by the measured gain of the electrode that each channel is
-// connected to, on the way from the demultiplexer to the consumer. The publish operations run on the NP worker
-// thread of the port, everything else on the host's threads. Publishing allocates nothing and takes no lock on
-// the tables unless a setter has changed something since the block before.
+// Layer: device controller. Corrects channel values by the measured gain of the electrode that each channel
+// is connected to, on the way from the demultiplexer to the consumer. The publish operations run on the NP
+// worker thread of the port, everything else on the host's threads. Publishing allocates nothing and takes no
+// lock on the tables unless a setter has changed something since the block before.
 #pragma once
 
 #include "Export.h"
@@ -24,9 +24,9 @@ public:
     static constexpr std::size_t electrode_count = 960;
     static constexpr std::size_t channel_count = demux::channel_count;
 
-    // Multiplies each of the 384 values in place, when a calibration is loaded, and passes the block on. Without
-    // a live listener the block is dropped with a message. Throws std::out_of_range("invalid array<T, N>
-    // subscript") when a channel's gain code or electrode lies outside the calibration.
+    // Multiplies each of the 384 values in place, when a calibration is loaded, and passes the block on.
+    // Without a live listener the block is dropped with a message. Throws std::out_of_range("invalid array<T,
+    // N> subscript") when a channel's gain code or electrode lies outside the calibration.
     void publish_ap_ch_data(std::uint16_t (&values)[channel_count]) override;
     void publish_lp_ch_data(std::uint16_t (&values)[channel_count]) override;
 

@@ -25,7 +25,8 @@ bool ORBE_Controller_Library::skips_bist(const char* name) const {
     return m_simulation_mode;
 }
 
-bool ORBE_Controller_Library::run_on_port(const char* name, unsigned port, const std::function<bool()>& operation) {
+bool ORBE_Controller_Library::run_on_port(const char* name, unsigned port,
+                                          const std::function<bool()>& operation) {
     try {
         if (!m_simulation_mode) {
             assign_uart(port);
@@ -110,7 +111,8 @@ bool ORBE_Controller_Library::bist_IIC(unsigned port) {
                 std::uint8_t after = 0;
                 link.read_asic(asic::test_3, &after);
                 if (after != pattern) {
-                    LOG_F(ERROR, "probe register %02x reads %02x instead of %02x", asic::test_3, after, pattern);
+                    LOG_F(ERROR, "probe register %02x reads %02x instead of %02x", asic::test_3, after,
+                          pattern);
                     agree = false;
                 }
             }
@@ -129,7 +131,8 @@ bool ORBE_Controller_Library::bist_HB(unsigned port) {
         return true;
     }
     return run_on_port("bist_HB", port, [&] {
-        const bool locked = (((m_controller->np_status_gpio().read_data() & np_port_mask()) >> port) & 1U) != 0;
+        const bool locked =
+            (((m_controller->np_status_gpio().read_data() & np_port_mask()) >> port) & 1U) != 0;
         if (!locked) {
             LOG_F(ERROR, "the link of port %d is not locked", port);
         }

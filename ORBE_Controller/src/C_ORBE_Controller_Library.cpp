@@ -35,7 +35,8 @@ ORBE_Controller_Library::ORBE_Controller_Library(bool simulation) : m_simulation
     log_mode();
 }
 
-ORBE_Controller_Library::ORBE_Controller_Library(std::shared_ptr<A_ORBE_Controller> controller, bool simulation)
+ORBE_Controller_Library::ORBE_Controller_Library(std::shared_ptr<A_ORBE_Controller> controller,
+                                                 bool simulation)
     : m_controller(std::move(controller)), m_simulation_mode(simulation) {
     log_mode();
 }
@@ -187,24 +188,40 @@ std::string ORBE_Controller_Library::get_design_build_date() {
     return format("%02u-%02u-%04u", date.day, date.month, date.year);
 }
 
-std::string ORBE_Controller_Library::get_library_version() const { return "1.0"; }
+std::string ORBE_Controller_Library::get_library_version() const {
+    return "1.0";
+}
 
-float ORBE_Controller_Library::get_fpga_temperature() const { return m_controller->xadc().get_temperature(); }
+float ORBE_Controller_Library::get_fpga_temperature() const {
+    return m_controller->xadc().get_temperature();
+}
 
-unsigned ORBE_Controller_Library::get_fpga_efuse() const { return m_controller->efuse_gpio().read_data(); }
+unsigned ORBE_Controller_Library::get_fpga_efuse() const {
+    return m_controller->efuse_gpio().read_data();
+}
 
 unsigned char ORBE_Controller_Library::get_np_port_count_from_fpga_signature() const {
     return m_np_port_count_parameter_from_fpga;
 }
 
-unsigned char ORBE_Controller_Library::get_cached_np_port_status() const { return m_np_port_pll_status; }
+unsigned char ORBE_Controller_Library::get_cached_np_port_status() const {
+    return m_np_port_pll_status;
+}
 
-bool ORBE_Controller_Library::is_in_simulation_mode() const { return m_simulation_mode; }
+bool ORBE_Controller_Library::is_in_simulation_mode() const {
+    return m_simulation_mode;
+}
 
-Error_Level ORBE_Controller_Library::get_current_error_level() const { return m_current_error_level; }
+Error_Level ORBE_Controller_Library::get_current_error_level() const {
+    return m_current_error_level;
+}
 
-void ORBE_Controller_Library::set_error_level(Error_Level level) { m_current_error_level = level; }
+void ORBE_Controller_Library::set_error_level(Error_Level level) {
+    m_current_error_level = level;
+}
 
-bool ORBE_Controller_Library::is_healthy() const { return m_current_error_level == Error_Level::healthy; }
+bool ORBE_Controller_Library::is_healthy() const {
+    return m_current_error_level == Error_Level::healthy;
+}
 
 } // namespace Pelgar::ORBE

@@ -1,6 +1,6 @@
 // Layer: device controller. Owns one ORBE box for as long as a basestation is open: bring-up, FPGA identity,
-// probe bring-up, streaming and the DMA pump. Operations run on the host's threads, `pump_data_to_demux` on the
-// pump thread; several wait in fixed steps, as each says.
+// probe bring-up, streaming and the DMA pump. Operations run on the host's threads, `pump_data_to_demux` on
+// the pump thread; several wait in fixed steps, as each says.
 #pragma once
 
 #include "A_ORBE_Controller.h"
@@ -48,8 +48,8 @@ public:
     // Opens the driver connection. False, and the error level, tell that there is no usable box.
     bool open();
 
-    // Whether the FPGA runs the Neuropixels design; when it does not and `switch_allowed`, reboots it into that
-    // design (10 s) and opens the driver again.
+    // Whether the FPGA runs the Neuropixels design; when it does not and `switch_allowed`, reboots it into
+    // that design (10 s) and opens the driver again.
     bool check_and_switch_firmware_if_nec(bool switch_allowed);
 
     // Reboots the FPGA from a flash address. False when the configuration port does not answer.
@@ -74,8 +74,9 @@ public:
     bool is_in_simulation_mode() const;
     Error_Level get_current_error_level() const;
 
-    // ---- Probe bring-up and identity. Ports are indices 0..3. Unless said otherwise an error of the probe link
-    // is logged and answered with false. The box has one UART for all ports, so that calls must not overlap.
+    // ---- Probe bring-up and identity. Ports are indices 0..3. Unless said otherwise an error of the probe
+    // link is logged and answered with false. The box has one UART for all ports, so that calls must not
+    // overlap.
 
     // Checks the serializer and deserializer of the port's headstage and starts the serializer. A link error
     // raises the error level.
@@ -87,8 +88,8 @@ public:
     // Shifts the port's configuration into the probe, twice and checked when `readcheck`.
     bool writeProbeConfiguration(unsigned port, bool readcheck);
 
-    // These change the port's configuration, and the gain filter with it, not the probe; false when a value is
-    // rejected. Throw std::out_of_range("invalid array<T, N> subscript") for a port of 4 or more, and
+    // These change the port's configuration, and the gain filter with it, not the probe; false when a value
+    // is rejected. Throw std::out_of_range("invalid array<T, N> subscript") for a port of 4 or more, and
     // std::runtime_error before `pre_init`. A probe has one shank, so that `shank` is not looked at.
     bool selectElectrode(unsigned port, int channel, int shank, int bank);
     bool setGain(unsigned port, int channel, int ap_gain, int lfp_gain);
@@ -103,19 +104,21 @@ public:
     bool setADCCalibration(unsigned port, const char* path);
     bool setGainCalibration(unsigned port, const char* path);
 
-    // Read the EEPROMs of probe and headstage; texts are cut to `length` characters including the closing zero.
+    // Read the EEPROMs of probe and headstage; texts are cut to `length` characters including the closing
+    // zero.
     bool readProbeSN(unsigned port, unsigned long long* sn);
     bool readProbePN(unsigned port, char* buffer, unsigned length);
     bool readHSPN(unsigned port, char* buffer, unsigned length);
 
-    // Write the first `count` bytes (at most 256) of an EEPROM into a file. The probe's EEPROM lies on its flex, so
-    // that both names mean the same one.
+    // Write the first `count` bytes (at most 256) of an EEPROM into a file. The probe's EEPROM lies on its
+    // flex, so that both names mean the same one.
     bool dump_eeprom(unsigned port, const char* path, unsigned count);
     bool dump_flex_eeprom(unsigned port, const char* path, unsigned count);
     bool dump_hs_eeprom(unsigned port, const char* path, unsigned count);
 
-    // ---- Self tests of a port. In simulation mode, where every register reads the same, those of the EEPROMs, of
-    // the probe's registers and of the link succeed without a test, and a PRBS test cannot be stopped.
+    // ---- Self tests of a port. In simulation mode, where every register reads the same, those of the
+    // EEPROMs, of the probe's registers and of the link succeed without a test, and a PRBS test cannot be
+    // stopped.
 
     // The test signal into the pixels, or back to recording.
     bool set_bist_signal_mode(unsigned port, bool enable);
@@ -133,11 +136,12 @@ public:
 
     // ---- Streaming.
 
-    // Hardware mode: allocates the buffers, starts the demultiplexer and hands the receive buffer to the driver.
+    // Hardware mode: allocates the buffers, starts the demultiplexer and hands the receive buffer to the
+    // driver.
     void prepare_for_streaming();
 
-    // Simulation mode: opens the recorded raw DMA file and starts the demultiplexer. False when the file cannot
-    // be opened.
+    // Simulation mode: opens the recorded raw DMA file and starts the demultiplexer. False when the file
+    // cannot be opened.
     bool prepare_for_simulation_streaming(const std::string& path);
 
     // Switches data sources on: probe ports by index 0..3 and RHD data streams by number 0..31.
@@ -155,9 +159,9 @@ public:
     void set_ttl_out(unsigned value);
     unsigned get_ttl_in();
 
-    // Routes the channel results of a port (index 0..3), through the port's gain filter when `via_gain_filter`.
-    // Throws std::out_of_range("invalid array<T, N> subscript") or, without the filter, std::runtime_error for
-    // another port. The listener is held weakly.
+    // Routes the channel results of a port (index 0..3), through the port's gain filter when
+    // `via_gain_filter`. Throws std::out_of_range("invalid array<T, N> subscript") or, without the filter,
+    // std::runtime_error for another port. The listener is held weakly.
     void set_NP_aqustion_listener(std::weak_ptr<demux::I_L2_Demux_CH_Results> listener, unsigned port,
                                   bool via_gain_filter);
     void set_RHD_aqustion_listener(std::weak_ptr<demux::I_RHD_Frame_Listener> listener);
@@ -183,8 +187,8 @@ private:
     C_L2_CH_Gain_Fix_Filter& gain_filter(unsigned port);
     bool np_control_init(unsigned port, E_ORBE_Init_Config init_config);
     bool dump_eeprom_of_device(unsigned port, std::uint8_t device, const char* path, unsigned count);
-    // Runs an operation on a port to which the UART is routed first; an exception is logged under the operation's
-    // name and fails it.
+    // Runs an operation on a port to which the UART is routed first; an exception is logged under the
+    // operation's name and fails it.
     bool run_on_port(const char* name, unsigned port, const std::function<bool()>& operation);
     // The link to the headstages. Throws std::runtime_error before `pre_init`.
     I2C_Over_GSML_Module& probe_link();

@@ -25,7 +25,8 @@ namespace Pelgar::ORBE {
 
 namespace {
 
-// A host's number as the configuration takes it. What no byte can hold becomes a number that no setting accepts.
+// A host's number as the configuration takes it. What no byte can hold becomes a number that no setting
+// accepts.
 std::uint8_t to_setting(int number) {
     constexpr std::uint8_t never_accepted = 254;
     const bool fits = number >= 0 && number <= std::numeric_limits<std::uint8_t>::max();
@@ -202,7 +203,8 @@ bool ORBE_Controller_Library::setGain(unsigned port, int channel, int ap_gain, i
 bool ORBE_Controller_Library::getGain(unsigned port, int channel, int* ap_gain, int* lfp_gain) {
     std::uint32_t ap_code = 0;
     std::uint32_t lfp_code = 0;
-    if (probe_control(port).config().get_gain(static_cast<std::uint32_t>(channel), &ap_code, &lfp_code) != 0) {
+    if (probe_control(port).config().get_gain(static_cast<std::uint32_t>(channel), &ap_code, &lfp_code) !=
+        0) {
         return false;
     }
     if (ap_gain != nullptr) {
@@ -216,8 +218,8 @@ bool ORBE_Controller_Library::getGain(unsigned port, int channel, int* ap_gain, 
 
 bool ORBE_Controller_Library::setReference(unsigned port, int channel, int /*shank*/, int reference,
                                            int int_ref_bank) {
-    return probe_control(port).config().set_reference(static_cast<std::uint32_t>(channel), to_setting(reference),
-                                                      to_setting(int_ref_bank)) == 0;
+    return probe_control(port).config().set_reference(static_cast<std::uint32_t>(channel),
+                                                      to_setting(reference), to_setting(int_ref_bank)) == 0;
 }
 
 bool ORBE_Controller_Library::setAPCornerFrequency(unsigned port, int channel, bool disable) {
@@ -262,9 +264,8 @@ bool ORBE_Controller_Library::setADCCalibration(unsigned port, const char* path)
 
 bool ORBE_Controller_Library::setGainCalibration(unsigned port, const char* path) {
     LOG_SCOPE_F(INFO, "setGainCalibration");
-    return run_on_port("setGainCalibration", port, [&] {
-        return gain_filter(port).load_gain_calibration(path == nullptr ? "" : path);
-    });
+    return run_on_port("setGainCalibration", port,
+                       [&] { return gain_filter(port).load_gain_calibration(path == nullptr ? "" : path); });
 }
 
 bool ORBE_Controller_Library::readProbeSN(unsigned port, unsigned long long* sn) {
@@ -275,8 +276,8 @@ bool ORBE_Controller_Library::readProbeSN(unsigned port, unsigned long long* sn)
     try {
         assign_uart(port);
         std::array<std::uint8_t, probe_eeprom::serial_number_length> bytes{};
-        probe_control(port).config().read_registers(probe_eeprom::address, probe_eeprom::serial_number, bytes.data(),
-                                                    probe_eeprom::serial_number_length);
+        probe_control(port).config().read_registers(probe_eeprom::address, probe_eeprom::serial_number,
+                                                    bytes.data(), probe_eeprom::serial_number_length);
         unsigned long long number = 0;
         for (std::size_t i = bytes.size(); i-- > 0;) {
             number = (number << 8U) | bytes[i];
@@ -300,8 +301,9 @@ bool ORBE_Controller_Library::readProbePN(unsigned port, char* buffer, unsigned 
     try {
         assign_uart(port);
         const unsigned max = std::min(length, probe_eeprom::part_number_max_length);
-        copy_text(read_text(probe_control(port).config(), probe_eeprom::address, probe_eeprom::part_number, max),
-                  buffer, length);
+        copy_text(
+            read_text(probe_control(port).config(), probe_eeprom::address, probe_eeprom::part_number, max),
+            buffer, length);
         return true;
     } catch (const std::exception& exception) {
         LOG_F(ERROR, "Exception caught during readProbePN : %s", exception.what());

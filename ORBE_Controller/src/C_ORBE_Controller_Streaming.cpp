@@ -92,7 +92,8 @@ void ORBE_Controller_Library::run_main_demux() {
             m_demux.run();
             ended = true;
         } catch (const std::exception& exception) {
-            // A transfer that cannot hold a row, or for which memory ran out, says nothing about those behind it.
+            // A transfer that cannot hold a row, or for which memory ran out, says nothing about those behind
+            // it.
             LOG_F(ERROR, "Transfer buffer dropped : %s", exception.what());
             m_demux.drop_front_xfer_buffer();
         }
@@ -202,7 +203,9 @@ bool ORBE_Controller_Library::pump_simulation_data_to_demux() {
     return true;
 }
 
-void ORBE_Controller_Library::send_soft_trigger() { m_controller->configurator().soft_trigger_pulse(); }
+void ORBE_Controller_Library::send_soft_trigger() {
+    m_controller->configurator().soft_trigger_pulse();
+}
 
 void ORBE_Controller_Library::set_hw_trigger_ttl_source(unsigned char index) {
     m_controller->configurator().set_hw_trigger_ttl_source(index);
@@ -212,7 +215,9 @@ void ORBE_Controller_Library::set_ttl_out(unsigned value) {
     m_controller->okelly_adapter().set_ttl_out_value(value);
 }
 
-unsigned ORBE_Controller_Library::get_ttl_in() { return m_controller->okelly_adapter().get_ttl_in_value(); }
+unsigned ORBE_Controller_Library::get_ttl_in() {
+    return m_controller->okelly_adapter().get_ttl_in_value();
+}
 
 void ORBE_Controller_Library::set_NP_aqustion_listener(std::weak_ptr<demux::I_L2_Demux_CH_Results> listener,
                                                        unsigned port, bool via_gain_filter) {

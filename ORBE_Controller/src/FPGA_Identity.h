@@ -1,4 +1,5 @@
-// Layer: device controller. The layouts of the two identity words that the FPGA design carries. Pure functions.
+// Layer: device controller. The layouts of the two identity words that the FPGA design carries. Pure
+// functions.
 #pragma once
 
 #include <cstdint>
@@ -15,10 +16,13 @@ inline constexpr std::uint32_t neuropixels_design_id = 0x4E50;
 // Where that design begins in the configuration flash.
 inline constexpr std::uint32_t neuropixels_design_flash_address = 0x00B00000;
 
-constexpr std::uint32_t design_id(std::uint32_t signature) { return signature >> signature_design_id_shift; }
+constexpr std::uint32_t design_id(std::uint32_t signature) {
+    return signature >> signature_design_id_shift;
+}
 
 constexpr std::uint8_t np_port_count_of(std::uint32_t signature) {
-    return static_cast<std::uint8_t>((signature & signature_np_port_count_mask) >> signature_np_port_count_shift);
+    return static_cast<std::uint8_t>((signature & signature_np_port_count_mask) >>
+                                     signature_np_port_count_shift);
 }
 
 // The day on which the design was built, from the build timestamp word: day in bits 31..27, month in 26..23,

@@ -1,5 +1,5 @@
-// Layer: device controller. The arithmetic of the gain correction: exact, without a branch, so that the compiler
-// vectorises it. Called on the NP worker threads; never blocks.
+// Layer: device controller. The arithmetic of the gain correction: exact, without a branch, so that the
+// compiler vectorises it. Called on the NP worker threads; never blocks.
 #pragma once
 
 #include <cstddef>

@@ -1,5 +1,5 @@
-// Layer: device controller. The box's register space: 32-bit registers at byte addresses. Called on the host's
-// threads; a register access never blocks.
+// Layer: device controller. The box's register space: 32-bit registers at byte addresses. Called on the
+// host's threads; a register access never blocks.
 #pragma once
 
 #include "Export.h"
@@ -15,7 +15,8 @@ public:
 
     // Writes `count` bytes, each zero-extended, one after the other to the same address: how a transmit FIFO
     // is filled.
-    virtual void write_register_bytes(std::uint32_t address, std::uint8_t count, const std::uint8_t* bytes) = 0;
+    virtual void write_register_bytes(std::uint32_t address, std::uint8_t count,
+                                      const std::uint8_t* bytes) = 0;
 
     virtual ~I_MemMapped_AXI() = default;
 };

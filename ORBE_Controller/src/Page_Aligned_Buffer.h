@@ -12,14 +12,17 @@ namespace Pelgar::ORBE {
 inline constexpr std::size_t page_size = 4096;
 
 struct Page_Aligned_Delete {
-    void operator()(std::uint8_t* buffer) const noexcept { ::operator delete(buffer, std::align_val_t{page_size}); }
+    void operator()(std::uint8_t* buffer) const noexcept {
+        ::operator delete (buffer, std::align_val_t{page_size});
+    }
 };
 
 using Page_Aligned_Buffer = std::unique_ptr<std::uint8_t[], Page_Aligned_Delete>;
 
 // Throws std::bad_alloc.
 inline Page_Aligned_Buffer make_page_aligned_buffer(std::size_t size) {
-    return Page_Aligned_Buffer(static_cast<std::uint8_t*>(::operator new(size, std::align_val_t{page_size})));
+    return Page_Aligned_Buffer(
+        static_cast<std::uint8_t*>(::operator new (size, std::align_val_t{page_size})));
 }
 
 } // namespace Pelgar::ORBE

@@ -1,5 +1,5 @@
-// Test support: the exported functions in simulation mode, inside the test's own working directory and without
-// real waits.
+// Test support: the exported functions in simulation mode, inside the test's own working directory and
+// without real waits.
 #pragma once
 
 #include "Adapter_State.h"

@@ -161,9 +161,13 @@ protected:
     }
 };
 
-TEST_F(Bad_Recording, MissingFileIsRefused) { expect_refused("/nowhere/at/all.bin"); }
+TEST_F(Bad_Recording, MissingFileIsRefused) {
+    expect_refused("/nowhere/at/all.bin");
+}
 
-TEST_F(Bad_Recording, EmptyNameIsRefused) { expect_refused(""); }
+TEST_F(Bad_Recording, EmptyNameIsRefused) {
+    expect_refused("");
+}
 
 TEST_F(Bad_Recording, DirectoryIsRefused) {
     std::filesystem::create_directory("a_directory");
@@ -263,7 +267,8 @@ TEST_F(Closing, EndsAndJoinsARunningPump) {
     EXPECT_EQ(start_acquisition(2, 3), SUCCESS);
     testing::internal::CaptureStdout();
     EXPECT_EQ(closeBS(2), SUCCESS);
-    EXPECT_NE(testing::internal::GetCapturedStdout().find("pause streaming (simulation)\n"), std::string::npos);
+    EXPECT_NE(testing::internal::GetCapturedStdout().find("pause streaming (simulation)\n"),
+              std::string::npos);
     EXPECT_FALSE(*g_pump_thread);
     EXPECT_EQ(m_log.count(0, "End of main pump thread (2,3)"), 1);
 }

@@ -311,8 +311,9 @@ TEST_F(Acquisition, FirstReadOfAPortMayReportThroughput) {
     int actual = 0;
     testing::internal::CaptureStdout();
     EXPECT_EQ(readElectrodeData(0, 2, 0, &packet, &actual, 1), SUCCESS);
-    EXPECT_TRUE(std::regex_match(testing::internal::GetCapturedStdout(),
-                                 std::regex("1 electrode packet transferred\\. NP port : 1, data : \\d+ MB/s\n")))
+    EXPECT_TRUE(
+        std::regex_match(testing::internal::GetCapturedStdout(),
+                         std::regex("1 electrode packet transferred\\. NP port : 1, data : \\d+ MB/s\n")))
         << "the clock has run for seconds since it was never looked at";
 }
 

@@ -1,4 +1,5 @@
-// Opening, initialising, configuring and identifying probes, in simulation mode, where every probe answers 0xC3.
+// Opening, initialising, configuring and identifying probes, in simulation mode, where every probe answers
+// 0xC3.
 #include "API_Fixture.h"
 
 #include <gtest/gtest.h>
@@ -78,7 +79,8 @@ TEST_F(Probe_Setup, InitUsesModeOneWithoutTheSwitchFile) {
     EXPECT_TRUE(m_log.has_scope(0, "init"));
     EXPECT_EQ(m_log.count(0, "slotID : 1, portID : 2, dockID : 3"), 1);
     EXPECT_EQ(m_log.count(0, "Using init config : 1"), 1);
-    EXPECT_EQ(m_log.count(0, "ORBE_Controller_Library::probe_init_part_2() np_port_id : 1, init_config : 1"), 1);
+    EXPECT_EQ(m_log.count(0, "ORBE_Controller_Library::probe_init_part_2() np_port_id : 1, init_config : 1"),
+              1);
     EXPECT_TRUE(m_log.has_scope(1, "np_init"));
 }
 
@@ -129,7 +131,8 @@ TEST_F(Probe_Setup, EverySweepHasItsOwnLastChannel) {
     EXPECT_EQ(m_log.texts(), (Texts{"slotID : 0, portID : 1, dockID : 0", "channel=11,reference=1,bank=2"}));
     m_log.clear();
     EXPECT_EQ(setAPCornerFrequency(0, 1, 0, 12, true), SUCCESS);
-    EXPECT_EQ(m_log.texts(), (Texts{"slotID : 0, portID : 1, dockID : 0", "channel=12, disableHighPass : 1"}));
+    EXPECT_EQ(m_log.texts(),
+              (Texts{"slotID : 0, portID : 1, dockID : 0", "channel=12, disableHighPass : 1"}));
     m_log.clear();
     EXPECT_EQ(selectElectrode(0, 1, 0, 11, 0, 1), SUCCESS);
     EXPECT_EQ(setReference(0, 1, 0, 12, 0, TIP_REF, 2), SUCCESS);
@@ -154,7 +157,8 @@ TEST_F(Probe_Setup, GainsAreAnsweredAsTheConfigurationKeepsThem) {
 
 TEST_F(Probe_Setup, RejectedValuesFail) {
     EXPECT_EQ(selectElectrode(0, 1, 0, 191, 0, 0), FAILED);
-    EXPECT_EQ(m_log.count(-2, "invalid channel: 191. selection of reference electrode 191/575/959 not allowed"), 1);
+    EXPECT_EQ(
+        m_log.count(-2, "invalid channel: 191. selection of reference electrode 191/575/959 not allowed"), 1);
     EXPECT_EQ(selectElectrode(0, 1, 0, -1, 0, 0), FAILED);
     EXPECT_EQ(selectElectrode(0, 1, 0, 384, 0, 0), FAILED);
     EXPECT_EQ(m_log.count(-2, "invalid channel: 384. index out of bound."), 1);
@@ -204,7 +208,8 @@ TEST_F(Probe_Setup, ConfigurationUploadsInSimulation) {
     testing::internal::CaptureStdout();
     EXPECT_EQ(writeProbeConfiguration(1, 2, 3, true), SUCCESS);
     const std::string printed = testing::internal::GetCapturedStdout();
-    EXPECT_TRUE(printed.ends_with("emulating 2 second init (ORBE_Controller_Library::writeProbeConfiguration)\n"));
+    EXPECT_TRUE(
+        printed.ends_with("emulating 2 second init (ORBE_Controller_Library::writeProbeConfiguration)\n"));
     EXPECT_EQ(m_log.count(0, "slotID : 1, portID : 2, dockID : 3, readcheck : 1"), 1);
     EXPECT_EQ(m_log.count("SR upload status ok. (C3h)."), 2);
 }

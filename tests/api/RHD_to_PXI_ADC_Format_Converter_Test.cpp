@@ -46,7 +46,8 @@ TEST_F(RHDConverter, AdcWordsBecomeTwosComplement) {
     samples.fill(77);
     std::uint16_t status = 77;
     m_converter.read_sample_packet_to_buffer(samples.data(), &status);
-    EXPECT_EQ(samples, (std::array<std::int16_t, 12>{-32768, 32767, 0, -32767, -32766, -32765, -32764, 7232, 0, 0, 0, 0}));
+    EXPECT_EQ(samples, (std::array<std::int16_t, 12>{-32768, 32767, 0, -32767, -32766, -32765, -32764, 7232,
+                                                     0, 0, 0, 0}));
     EXPECT_EQ(status, 0);
     EXPECT_EQ(m_converter.queue().size(), 0U);
 }

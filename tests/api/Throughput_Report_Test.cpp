@@ -29,7 +29,8 @@ TEST(ThroughputReport, DividesTheFullBoxByTheWholeSecondsSinceTheLastLook) {
     read_255_times(1, 100 * second);
     EXPECT_EQ(reported(1, 4, 12 * second), "4 electrode packet transferred. NP port : 1, data : 78 MB/s\n");
     read_255_times(1, 12 * second);
-    EXPECT_EQ(reported(1, 1, 14 * second - 1), "1 electrode packet transferred. NP port : 1, data : 157 MB/s\n");
+    EXPECT_EQ(reported(1, 1, 14 * second - 1),
+              "1 electrode packet transferred. NP port : 1, data : 157 MB/s\n");
 }
 
 TEST(ThroughputReport, PrintsNothingWithinASecondAndLooksAnewAllTheSame) {

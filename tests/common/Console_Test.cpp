@@ -10,7 +10,8 @@ namespace {
 namespace console = Pelgar::ORBE::console;
 
 TEST(Console, ComposesPartsInOrder) {
-    EXPECT_EQ(console::compose("a ", std::string("b "), 1, " ", -2, " ", std::uint8_t{200}, '\n'), "a b 1 -2 200\n");
+    EXPECT_EQ(console::compose("a ", std::string("b "), 1, " ", -2, " ", std::uint8_t{200}, '\n'),
+              "a b 1 -2 200\n");
 }
 
 TEST(Console, HexIsLowerCaseWithoutPrefixAndLeaksIntoNothing) {

@@ -1,5 +1,5 @@
-// Four ports of random ten-bit values and the RHD stream, for seconds on end: every sample must come out of the
-// exported functions as the recording holds it.
+// Four ports of random ten-bit values and the RHD stream, for seconds on end: every sample must come out of
+// the exported functions as the recording holds it.
 #include "Program_Run.h"
 #include "Temp_Directory.h"
 
@@ -19,7 +19,9 @@ using Pelgar::ORBE::test::run_program;
 class Long_Recording {
 public:
     Long_Recording() : m_path(std::filesystem::path(ORBE_SCRATCH_DIRECTORY) / "end_to_end_recording.bin") {}
+
     ~Long_Recording() { std::filesystem::remove(m_path); }
+
     Long_Recording(const Long_Recording&) = delete;
     Long_Recording& operator=(const Long_Recording&) = delete;
 
@@ -36,9 +38,10 @@ TEST(LongRecording, EverySampleOfEveryPortComesOutBitForBit) {
                                          std::to_string(ORBE_END_TO_END_SECONDS));
     ASSERT_EQ(made.exit_code, 0) << made.errors;
 
-    // Paced, because the host's queues hold 17 ms of ADC packets, which a machine that is busy with something else
-    // can miss.
-    const Program_Run played = run_program("TMPDIR=$PWD " ORBE_PLAY_PROGRAM " --verify --paced '" + path + "'");
+    // Paced, because the host's queues hold 17 ms of ADC packets, which a machine that is busy with something
+    // else can miss.
+    const Program_Run played =
+        run_program("TMPDIR=$PWD " ORBE_PLAY_PROGRAM " --verify --paced '" + path + "'");
     EXPECT_EQ(played.exit_code, 0) << played.errors << played.output;
     EXPECT_TRUE(played.output.ends_with("All packets arrived and are equal.\n")) << played.output;
 

@@ -17,7 +17,8 @@ bool is_scope(const Log_Line& line) {
     return line.text.starts_with("{ ") || line.text.starts_with("} ");
 }
 
-// loguru closes a scope with "} 0.123 s: name"; the duration is dropped so that tests can compare whole texts.
+// loguru closes a scope with "} 0.123 s: name"; the duration is dropped so that tests can compare whole
+// texts.
 std::string without_duration(std::string text) {
     constexpr std::string_view separator = " s: ";
     const auto separator_at = text.find(separator);
@@ -41,7 +42,9 @@ Log_Capture::Log_Capture() : m_id("log-capture-" + std::to_string(g_next_id++)) 
         this, loguru::Verbosity_MAX);
 }
 
-Log_Capture::~Log_Capture() { loguru::remove_callback(m_id.c_str()); }
+Log_Capture::~Log_Capture() {
+    loguru::remove_callback(m_id.c_str());
+}
 
 std::vector<Log_Line> Log_Capture::lines() const {
     const std::lock_guard lock(m_mutex);

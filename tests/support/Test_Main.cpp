@@ -1,6 +1,6 @@
 // Runs the tests of one program inside a temporary working directory, because the library looks for its
-// switch files, and writes its log and marker files, in the working directory. The log stays off standard error,
-// so that tests can compare whole what the library prints there.
+// switch files, and writes its log and marker files, in the working directory. The log stays off standard
+// error, so that tests can compare whole what the library prints there.
 #include "Temp_Directory.h"
 
 #include <gtest/gtest.h>

@@ -19,7 +19,9 @@ Waiter_Guard::Waiter_Guard() {
     replace_waiter([this](std::chrono::milliseconds duration) { wait(duration); });
 }
 
-Waiter_Guard::~Waiter_Guard() { replace_waiter({}); }
+Waiter_Guard::~Waiter_Guard() {
+    replace_waiter({});
+}
 
 std::vector<std::chrono::milliseconds> Waiter_Guard::waits() const {
     const std::lock_guard lock(m_mutex);

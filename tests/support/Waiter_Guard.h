@@ -1,4 +1,5 @@
-// Test support: stands in for the clock while it lives. Every fixed wait is recorded and costs next to nothing.
+// Test support: stands in for the clock while it lives. Every fixed wait is recorded and costs next to
+// nothing.
 #pragma once
 
 #include <chrono>

@@ -82,7 +82,9 @@ TEST_F(Self_Tests, PrbsThatDoesNotEndIsAFailure) {
     int errors = -1;
     EXPECT_FALSE(controller().bist_stop_PBRS(port, &errors));
     EXPECT_EQ(errors, -1);
-    EXPECT_EQ(m_log.count(-2, "Exception caught during bist_stop_PBRS : stop_pbrs_test : Unexpected response 2"), 1);
+    EXPECT_EQ(
+        m_log.count(-2, "Exception caught during bist_stop_PBRS : stop_pbrs_test : Unexpected response 2"),
+        1);
 }
 
 TEST_F(Self_Tests, ShiftRegistersAreUploadedAndChecked) {
@@ -120,9 +122,9 @@ TEST_F(Self_Tests, ProbeRegisterIsWrittenReadBackAndRestored) {
     m_headstage.set(Headstage::probe_asic, 0x03, 0x12);
     EXPECT_TRUE(controller().bist_IIC(port));
     constexpr std::uint8_t probe = Headstage::probe_asic;
-    EXPECT_EQ(m_headstage.frames(), (Frames{read_frame(probe, 3), write_frame(probe, 3, 0x55), read_frame(probe, 3),
-                                            write_frame(probe, 3, 0xAA), read_frame(probe, 3),
-                                            write_frame(probe, 3, 0x12)}));
+    EXPECT_EQ(m_headstage.frames(),
+              (Frames{read_frame(probe, 3), write_frame(probe, 3, 0x55), read_frame(probe, 3),
+                      write_frame(probe, 3, 0xAA), read_frame(probe, 3), write_frame(probe, 3, 0x12)}));
     EXPECT_EQ(asic(0x03), 0x12);
 }
 

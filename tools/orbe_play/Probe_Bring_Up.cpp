@@ -26,7 +26,8 @@ bool Probe_Bring_Up::run() {
            succeeded("openProbe", openProbe(slot, m_port, dock)) &&
            succeeded("init", Neuropixels::init(slot, m_port, dock)) &&
            succeeded("setOPMODE", setOPMODE(slot, m_port, dock, RECORDING)) && configure_channels() &&
-           succeeded("writeProbeConfiguration", writeProbeConfiguration(slot, m_port, dock, true)) && identify();
+           succeeded("writeProbeConfiguration", writeProbeConfiguration(slot, m_port, dock, true)) &&
+           identify();
 }
 
 bool Probe_Bring_Up::configure_channels() {
@@ -64,12 +65,14 @@ bool Probe_Bring_Up::succeeded(const char* name, int result) {
     if (result == Neuropixels::SUCCESS) {
         return true;
     }
-    m_problem = std::string(name) + " answered " + std::to_string(result) + " on port " + std::to_string(m_port);
+    m_problem =
+        std::string(name) + " answered " + std::to_string(result) + " on port " + std::to_string(m_port);
     return false;
 }
 
 std::string Probe_Bring_Up::identity() const {
-    return "headstage " + m_headstage + ", probe " + m_probe + ", serial number " + std::to_string(m_serial_number);
+    return "headstage " + m_headstage + ", probe " + m_probe + ", serial number " +
+           std::to_string(m_serial_number);
 }
 
 } // namespace Pelgar::ORBE::recording

@@ -1,5 +1,6 @@
-// Program orbe-play. What a host does with a port before it streams: opens it, initialises the probe, configures
-// all channels, uploads the configuration and asks who is there. Called once a port; blocks on the probe's link.
+// Program orbe-play. What a host does with a port before it streams: opens it, initialises the probe,
+// configures all channels, uploads the configuration and asks who is there. Called once a port; blocks on the
+// probe's link.
 #pragma once
 
 #include <cstdint>

@@ -21,8 +21,11 @@ void write_file(const std::filesystem::path& path, const std::string& text) {
 } // namespace
 
 Calibration_Command::Calibration_Command(CLI::App& app)
-    : m_command(app.add_subcommand("calibration", "Write the ADC and gain calibration files of a made-up probe")) {
-    m_command->add_option("FOLDER", m_folder, "Where to write SERIAL_ADCCalibration.csv and SERIAL_gainCalValues.csv")
+    : m_command(
+          app.add_subcommand("calibration", "Write the ADC and gain calibration files of a made-up probe")) {
+    m_command
+        ->add_option("FOLDER", m_folder,
+                     "Where to write SERIAL_ADCCalibration.csv and SERIAL_gainCalValues.csv")
         ->required();
     m_command->add_option("--seed", m_seed, "The same seed gives the same files")->capture_default_str();
     m_command->add_option("--serial", m_serial_number, "The probe's serial number")->capture_default_str();

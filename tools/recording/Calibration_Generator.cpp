@@ -22,7 +22,8 @@ constexpr std::uint64_t first_gain_position = 1U << 20U;
 
 } // namespace
 
-Calibration_Generator::Calibration_Generator(std::uint64_t seed, std::uint64_t serial_number, std::string line_end)
+Calibration_Generator::Calibration_Generator(std::uint64_t seed, std::uint64_t serial_number,
+                                             std::string line_end)
     : m_seed(seed), m_serial_number(serial_number), m_line_end(std::move(line_end)) {}
 
 std::uint64_t Calibration_Generator::below(std::uint64_t limit, std::uint64_t position) const {

@@ -1,5 +1,5 @@
-// Tools, recording library. Makes the pair of calibration files that come with a probe, from a seed. Any thread;
-// never blocks.
+// Tools, recording library. Makes the pair of calibration files that come with a probe, from a seed. Any
+// thread; never blocks.
 #pragma once
 
 #include <cstdint>

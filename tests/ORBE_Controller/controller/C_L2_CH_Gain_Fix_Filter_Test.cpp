@@ -31,6 +31,7 @@ using Block = std::array<std::uint16_t, 384>;
 class Block_Keeper : public I_L2_Demux_CH_Results {
 public:
     void publish_ap_ch_data(std::uint16_t (&values)[384]) override { ap.push_back(std::to_array(values)); }
+
     void publish_lp_ch_data(std::uint16_t (&values)[384]) override { lfp.push_back(std::to_array(values)); }
 
     std::vector<Block> ap;
@@ -229,7 +230,9 @@ TEST_F(GainFilter, FieldThatIsNoNumberFails) {
 
 TEST_F(GainFilter, FieldOutOfFloatRangeFails) {
     Gain_Calibration_File file;
-    file.factor = [](std::size_t electrode, std::size_t k) { return electrode == 3 && k == 9 ? "1e99" : "2"; };
+    file.factor = [](std::size_t electrode, std::size_t k) {
+        return electrode == 3 && k == 9 ? "1e99" : "2";
+    };
     testing::internal::CaptureStderr();
     EXPECT_FALSE(load(file));
     EXPECT_EQ(testing::internal::GetCapturedStderr(),
@@ -272,7 +275,9 @@ TEST_F(GainFilter, WithoutAListenerTheBlockIsDroppedWithAMessage) {
                                                       "C_L2_CH_Gain_Fix_Filter has no ap listener\n");
 }
 
-TEST_F(GainFilter, AnswersItsLiveListener) { EXPECT_EQ(m_filter.get_listener(), m_keeper); }
+TEST_F(GainFilter, AnswersItsLiveListener) {
+    EXPECT_EQ(m_filter.get_listener(), m_keeper);
+}
 
 template <typename Call>
 void expect_invalid_subscript(Call call) {

@@ -44,7 +44,8 @@ TEST_F(Lifecycle, DestructionIsLoggedAndFinalizesTheStream) {
 
 TEST_F(Lifecycle, OpenNamesTheDriver) {
     EXPECT_TRUE(m_controller->open());
-    EXPECT_EQ(m_box->open_calls(), (std::vector<Fake_ORBE_Controller::Open_Call>{{"ORBE_Dext_Driver", true}}));
+    EXPECT_EQ(m_box->open_calls(),
+              (std::vector<Fake_ORBE_Controller::Open_Call>{{"ORBE_Dext_Driver", true}}));
     EXPECT_TRUE(m_log.has_scope(0, "open"));
     EXPECT_EQ(m_controller->get_current_error_level(), Error_Level::healthy);
 }
@@ -68,17 +69,21 @@ TEST_F(Lifecycle, ExceptionOfTheBackEndPassesAndLeavesTheRegistersAlone) {
     EXPECT_EQ(m_registers.accesses(), Accesses{}) << "there is no mapped register space to write to";
 }
 
-TEST_F(Lifecycle, LibraryVersion) { EXPECT_EQ(m_controller->get_library_version(), "1.0"); }
+TEST_F(Lifecycle, LibraryVersion) {
+    EXPECT_EQ(m_controller->get_library_version(), "1.0");
+}
 
 class Firmware : public Controller_Fixture {};
 
 TEST_F(Firmware, MatchingDesignWritesNothing) {
     m_registers.set_value(signature, 0x4E50ABCD);
-    const Printed printed = printed_by([&] { EXPECT_TRUE(m_controller->check_and_switch_firmware_if_nec(true)); });
+    const Printed printed =
+        printed_by([&] { EXPECT_TRUE(m_controller->check_and_switch_firmware_if_nec(true)); });
     EXPECT_EQ(printed.out, "GPIO Second data at adres : 0x208\n");
     EXPECT_EQ(m_registers.accesses(), (Accesses{read_of(signature, 0x4E50ABCD)}));
-    EXPECT_EQ(m_log.texts(), (Texts{"ORBE_Controller_Library ctor. (HW mode)",
-                                    "FPGA digital_design_signature : 4e50abcd\n", "digital_design_id matched"}));
+    EXPECT_EQ(m_log.texts(),
+              (Texts{"ORBE_Controller_Library ctor. (HW mode)", "FPGA digital_design_signature : 4e50abcd\n",
+                     "digital_design_id matched"}));
     EXPECT_TRUE(m_log.has_scope(0, "check_and_switch_firmware_if_nec"));
 }
 
@@ -94,8 +99,8 @@ TEST_F(Firmware, OtherDesignIsSwitchedByExactlySevenWritesACloseAWaitAndAnOpen) 
     m_registers.set_value(0x040C, 1);
     EXPECT_TRUE(m_controller->check_and_switch_firmware_if_nec(true));
     EXPECT_EQ(m_registers.writes(),
-              (Accesses{write_of(0x400, 0x10), write_of(0x404, 0x00B00000), write_of(0x408, 1), write_of(0x408, 0),
-                        write_of(0x400, 4), write_of(0x404, 15), write_of(0x408, 1)}));
+              (Accesses{write_of(0x400, 0x10), write_of(0x404, 0x00B00000), write_of(0x408, 1),
+                        write_of(0x408, 0), write_of(0x400, 4), write_of(0x404, 15), write_of(0x408, 1)}));
     EXPECT_EQ(m_box->close_count(), 1);
     EXPECT_EQ(m_waiter.waits(), Milliseconds{10'000ms});
     EXPECT_EQ(m_box->open_calls().size(), 1U);
@@ -110,8 +115,10 @@ TEST_F(Firmware, OtherDesignIsSwitchedByExactlySevenWritesACloseAWaitAndAnOpen) 
 TEST_F(Firmware, SwitchWaitsForTheConfigurationPort) {
     m_registers.set_value(signature, 0);
     m_registers.queue_reads(0x040C, {0, 2, 1});
-    const Printed printed = printed_by([&] { EXPECT_TRUE(m_controller->check_and_switch_firmware_if_nec(true)); });
-    EXPECT_EQ(printed.out, "GPIO Second data at adres : 0x208\nWaiting for icap_done\nWaiting for icap_done\n");
+    const Printed printed =
+        printed_by([&] { EXPECT_TRUE(m_controller->check_and_switch_firmware_if_nec(true)); });
+    EXPECT_EQ(printed.out,
+              "GPIO Second data at adres : 0x208\nWaiting for icap_done\nWaiting for icap_done\n");
     EXPECT_EQ(m_waiter.waits(), (Milliseconds{100ms, 100ms, 10'000ms}));
 }
 
@@ -136,10 +143,11 @@ TEST_F(Firmware, IcapBootWritesTheWarmBootSequence) {
     m_registers.queue_reads(0x150C, {1, 0});
     const Printed printed = printed_by([&] { EXPECT_TRUE(m_controller->icap_boot(0x00B01234)); });
     EXPECT_EQ(printed.out, "Boot cmd suceeded\n");
-    EXPECT_EQ(m_registers.writes(),
-              (Accesses{write_of(0x1500, 0xFFFFFFFF), write_of(0x1500, 0xAA995566), write_of(0x1500, 0x20000000),
-                        write_of(0x1500, 0x30020001), write_of(0x1500, 0x3412B000), write_of(0x1500, 0x30008001),
-                        write_of(0x1500, 0x0000000F), write_of(0x1500, 0x20000000), write_of(0x150C, 1)}));
+    EXPECT_EQ(
+        m_registers.writes(),
+        (Accesses{write_of(0x1500, 0xFFFFFFFF), write_of(0x1500, 0xAA995566), write_of(0x1500, 0x20000000),
+                  write_of(0x1500, 0x30020001), write_of(0x1500, 0x3412B000), write_of(0x1500, 0x30008001),
+                  write_of(0x1500, 0x0000000F), write_of(0x1500, 0x20000000), write_of(0x150C, 1)}));
     EXPECT_TRUE(m_log.has_scope(0, "icap_boot"));
 }
 
@@ -191,7 +199,8 @@ TEST_F(Pre_Init, LogsTheIdentityThenConfiguresThenLooksForALock) {
     EXPECT_EQ(m_registers.writes_to(configuration), (std::vector<std::uint32_t>{0, 0x040, 0x140, 0x540}));
     EXPECT_EQ(m_controller->get_cached_np_port_status(), 2);
     EXPECT_EQ(m_controller->get_np_port_count_from_fpga_signature(), 2);
-    EXPECT_NE(printed.out.find("Setting ONE mode\nset_VLM004_Power on\nAssigning port_4 to NP\n"), std::string::npos);
+    EXPECT_NE(printed.out.find("Setting ONE mode\nset_VLM004_Power on\nAssigning port_4 to NP\n"),
+              std::string::npos);
 }
 
 TEST_F(Pre_Init, CoreModeWhenOneModeIsNotWanted) {

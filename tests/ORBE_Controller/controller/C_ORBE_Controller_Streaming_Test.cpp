@@ -70,12 +70,13 @@ TEST_F(Hardware_Streaming, PreparingTwiceOnlyLogs) {
 
 TEST_F(Hardware_Streaming, EnablingBothSources) {
     m_registers.set_value(configuration, 0x540);
-    const Printed printed =
-        printed_by([&] { m_controller->enable_streaming(true, {0, 1, 2, 3}, true, {0, 5}, true); });
-    EXPECT_EQ(m_registers.writes(),
-              (Accesses{write_of(configuration, 0x54F), write_of(configuration, 0x74F), write_of(configuration, 0x54F),
-                        write_of(continuous_mode, 2), write_of(rhd_streams, 0x21), write_of(ttl_out, 0x12345678),
-                        write_of(fsm_trigger, 1)}));
+    const Printed printed = printed_by([&] {
+        m_controller->enable_streaming(true, {0, 1, 2, 3}, true, {0, 5}, true);
+    });
+    EXPECT_EQ(m_registers.writes(), (Accesses{write_of(configuration, 0x54F), write_of(configuration, 0x74F),
+                                              write_of(configuration, 0x54F), write_of(continuous_mode, 2),
+                                              write_of(rhd_streams, 0x21), write_of(ttl_out, 0x12345678),
+                                              write_of(fsm_trigger, 1)}));
     EXPECT_EQ(occurrences(printed.out, "reset_and_resync_counters requested.\n"), 4U);
 }
 
@@ -91,8 +92,9 @@ TEST_F(Hardware_Streaming, EnablingRhdOnlyLeavesTheConfigurationAlone) {
 }
 
 TEST_F(Hardware_Streaming, EnablingAPortThatDoesNotExistThrowsBeforeAnyWrite) {
-    EXPECT_EQ(text_thrown_by<std::runtime_error>(
-                  [&] { m_controller->enable_streaming(true, {0, 4}, true, {}, true); }),
+    EXPECT_EQ(text_thrown_by<std::runtime_error>([&] {
+                  m_controller->enable_streaming(true, {0, 4}, true, {}, true);
+              }),
               "enable_np_streams argument invalid");
     EXPECT_EQ(m_registers.writes(), Accesses{});
 }
@@ -337,6 +339,7 @@ public:
         ++ap_sets;
         sum += values[0];
     }
+
     void publish_lp_ch_data(std::uint16_t (&)[384]) override { ++lfp_sets; }
 
     std::atomic<unsigned> ap_sets{0};
@@ -441,7 +444,8 @@ TEST_F(Listeners, SavedListenersComeBack) {
         m_controller->set_NP_aqustion_listener(replacement, port, false);
     }
     m_controller->set_RHD_aqustion_listener(rhd_replacement);
-    EXPECT_EQ(printed_by([&] { m_controller->restore_stream_listeners(); }).out, "Restoring stream listeners\n");
+    EXPECT_EQ(printed_by([&] { m_controller->restore_stream_listeners(); }).out,
+              "Restoring stream listeners\n");
     stream_one_block();
     EXPECT_EQ(m_listener->ap_sets, super_frames);
     EXPECT_EQ(others[0]->ap_sets, super_frames);
@@ -454,19 +458,19 @@ TEST_F(Listeners, SavedListenersComeBack) {
 }
 
 TEST_F(Listeners, PortsOutOfBoundsAreRefused) {
-    EXPECT_EQ(
-        text_thrown_by<std::out_of_range>([&] { m_controller->set_NP_aqustion_listener(m_listener, 4, true); }),
-        "invalid array<T, N> subscript");
-    EXPECT_EQ(
-        text_thrown_by<std::runtime_error>([&] { m_controller->set_NP_aqustion_listener(m_listener, 4, false); }),
-        "illegal np demux index inside Async_PSB_And_RHD_Demux::set_L2_CH_Results_Listener");
+    EXPECT_EQ(text_thrown_by<std::out_of_range>(
+                  [&] { m_controller->set_NP_aqustion_listener(m_listener, 4, true); }),
+              "invalid array<T, N> subscript");
+    EXPECT_EQ(text_thrown_by<std::runtime_error>(
+                  [&] { m_controller->set_NP_aqustion_listener(m_listener, 4, false); }),
+              "illegal np demux index inside Async_PSB_And_RHD_Demux::set_L2_CH_Results_Listener");
 }
 
 TEST_F(Hardware_Streaming, FilterMustExistBeforeItIsRoutedThrough) {
     const auto listener = std::make_shared<Counting_Listener>();
-    EXPECT_EQ(
-        text_thrown_by<std::runtime_error>([&] { m_controller->set_NP_aqustion_listener(listener, 0, true); }),
-        "set_NP_aqustion_listener before pre_init");
+    EXPECT_EQ(text_thrown_by<std::runtime_error>(
+                  [&] { m_controller->set_NP_aqustion_listener(listener, 0, true); }),
+              "set_NP_aqustion_listener before pre_init");
 }
 
 } // namespace
