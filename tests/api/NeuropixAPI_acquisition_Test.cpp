@@ -1,5 +1,6 @@
 // Starting, stopping and reading probe packets.
 #include "API_Fixture.h"
+#include "Invalid_Subscript.h"
 
 #include <gtest/gtest.h>
 
@@ -19,16 +20,7 @@ using namespace std::chrono_literals;
 using namespace Neuropixels;
 using namespace Pelgar::ORBE::npoe_adapter;
 using Pelgar::ORBE::test::API_Fixture;
-
-template <typename Call>
-void expect_invalid_subscript(Call call) {
-    try {
-        call();
-        FAIL() << "nothing was thrown";
-    } catch (const std::out_of_range& exception) {
-        EXPECT_STREQ(exception.what(), "invalid array<T, N> subscript");
-    }
-}
+using Pelgar::ORBE::test::expect_invalid_subscript;
 
 electrodePacket numbered_packet(std::uint32_t number) {
     electrodePacket packet{};

@@ -1,6 +1,7 @@
 // Opening, initialising, configuring and identifying probes, in simulation mode, where every probe answers
 // 0xC3.
 #include "API_Fixture.h"
+#include "Invalid_Subscript.h"
 
 #include <gtest/gtest.h>
 
@@ -18,6 +19,7 @@ namespace {
 using namespace std::chrono_literals;
 using namespace Neuropixels;
 using Pelgar::ORBE::test::API_Fixture;
+using Pelgar::ORBE::test::expect_invalid_subscript;
 using Texts = std::vector<std::string>;
 
 class Probe_Setup : public API_Fixture {
@@ -31,16 +33,6 @@ protected:
         EXPECT_TRUE(m_log.has_scope(0, name));
         EXPECT_EQ(m_log.count(verbosity, line), 1) << name;
         m_log.clear();
-    }
-
-    template <typename Call>
-    static void expect_invalid_subscript(Call call) {
-        try {
-            call();
-            FAIL() << "nothing was thrown";
-        } catch (const std::out_of_range& exception) {
-            EXPECT_STREQ(exception.what(), "invalid array<T, N> subscript");
-        }
     }
 };
 

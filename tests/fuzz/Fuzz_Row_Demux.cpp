@@ -6,6 +6,7 @@
 // full ends by itself.
 #include "Fuzz_Target.h"
 
+#include "Anomaly_Lines.h"
 #include "Byte_Reader.h"
 #include "C_Async_PSB_And_RHD_Demux.h"
 #include "Demux_Streams.h"
@@ -29,7 +30,6 @@ namespace {
 
 using namespace Pelgar::ORBE::demux;
 using namespace Pelgar::ORBE::test;
-using Lines = std::vector<std::string>;
 
 constexpr unsigned workers_run = 0x80;
 constexpr unsigned stream_count_mask = 0x7F;
@@ -165,31 +165,6 @@ private:
     Words m_rhd_words;
     unsigned m_whole_blocks = 0;
 };
-
-// The lines of a text that begin with one of the beginnings, in order.
-Lines lines_of(const std::string& text, const std::vector<std::string_view>& beginnings) {
-    Lines lines;
-    std::istringstream stream(text);
-    for (std::string line; std::getline(stream, line);) {
-        const auto begins = [&](std::string_view beginning) { return line.starts_with(beginning); };
-        if (std::any_of(beginnings.begin(), beginnings.end(), begins)) {
-            lines.push_back(line);
-        }
-    }
-    return lines;
-}
-
-// Ports print side by side, so that only which lines there are is certain.
-Lines sorted(Lines lines) {
-    std::sort(lines.begin(), lines.end());
-    return lines;
-}
-
-const std::vector<std::string_view> row_beginnings = {"Possible demux row counter", "Resync to super frame",
-                                                      "Async_PSB_And_RHD_Demux : Main mux"};
-const std::vector<std::string_view> port_beginnings = {"Warning shift reg",   "Super frame align",
-                                                       "check_frame_number",  " stream DW",
-                                                       "frame_number rolled", "Incrementing m_three"};
 
 // Runs the demultiplexer on this thread until it has been through everything that is queued, which a last
 // buffer of one byte tells. Answers how many buffers before that one were too short.

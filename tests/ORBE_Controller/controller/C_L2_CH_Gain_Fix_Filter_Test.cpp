@@ -2,6 +2,7 @@
 
 #include "Gain_Calibration_File.h"
 #include "Gain_Product.h"
+#include "Invalid_Subscript.h"
 
 #include <gtest/gtest.h>
 
@@ -25,6 +26,7 @@ using Pelgar::ORBE::apply_gain;
 using Pelgar::ORBE::C_L2_CH_Gain_Fix_Filter;
 using Pelgar::ORBE::gain_product;
 using Pelgar::ORBE::demux::I_L2_Demux_CH_Results;
+using Pelgar::ORBE::test::expect_invalid_subscript;
 using Pelgar::ORBE::test::Gain_Calibration_File;
 using Block = std::array<std::uint16_t, 384>;
 
@@ -277,16 +279,6 @@ TEST_F(GainFilter, WithoutAListenerTheBlockIsDroppedWithAMessage) {
 
 TEST_F(GainFilter, AnswersItsLiveListener) {
     EXPECT_EQ(m_filter.get_listener(), m_keeper);
-}
-
-template <typename Call>
-void expect_invalid_subscript(Call call) {
-    try {
-        call();
-        FAIL() << "nothing was thrown";
-    } catch (const std::out_of_range& exception) {
-        EXPECT_STREQ(exception.what(), "invalid array<T, N> subscript");
-    }
 }
 
 TEST_F(GainFilter, ChannelsAndCodesOutOfBoundsAreRefused) {
