@@ -47,6 +47,18 @@ TEST(PlayProgram, EveryPacketOfEveryPortArrivesAndIsEqual) {
     EXPECT_FALSE(working_directory_left());
 }
 
+TEST(PlayProgram, EveryPortIsBroughtUpBeforeItStreams) {
+    make("good.bin --blocks 1 --no-rhd --ports 2");
+    const Program_Run run = play("good.bin --keep");
+    EXPECT_EQ(run.exit_code, 0) << run.errors;
+    std::string identities;
+    for (const std::string port : {"1", "2", "3", "4"}) {
+        identities +=
+            "Probe " + port + " is up: headstage NP2_HS_30, probe PRB_1_4_0480_1, serial number 0\n";
+    }
+    EXPECT_TRUE(run.output.starts_with(identities)) << run.output;
+}
+
 TEST(PlayProgram, EveryADCPacketArrivesAndIsEqual) {
     make("adc.bin --seconds 0.0168");
     const Program_Run run = play("adc.bin --verify");

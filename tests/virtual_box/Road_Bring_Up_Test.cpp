@@ -351,6 +351,48 @@ TEST_F(Bring_Up, EverySettingReachesTheProbe) {
     EXPECT_EQ(chains_in_probe(4), expected.chains());
 }
 
+// Over the sweeps every channel takes every bank, every reference, and every pair of gain codes.
+TEST_F(Bring_Up, EveryChannelInEveryBankWithEveryReferenceAndGainReachesTheProbe) {
+    constexpr unsigned gain_pairs = 64;
+    open();
+    ASSERT_EQ(openPort(slot, 1), SUCCESS);
+    ASSERT_EQ(init(1), SUCCESS);
+    for (unsigned sweep = 0; sweep < gain_pairs; ++sweep) {
+        Expected_Chains expected = initial_chains();
+        ASSERT_EQ(Neuropixels::clear_all_electrode_to_bank_assignments(slot, 1), SUCCESS);
+        for (unsigned channel = 0; channel < 384; ++channel) {
+            expected.connect(channel, false);
+        }
+        for (unsigned channel = 0; channel < 384; ++channel) {
+            const auto number = static_cast<int>(channel);
+            const unsigned bank = (channel + sweep) % (channel < 192 ? 3 : 2);
+            if (channel != 191) {
+                ASSERT_EQ(Neuropixels::selectElectrode(slot, 1, 0, number, 0, static_cast<int>(bank)),
+                          SUCCESS);
+                expected.connect(bank * 384 + channel, true);
+            }
+            const unsigned ap = (channel + sweep) % 8;
+            const unsigned lfp = (channel / 8 + sweep / 8) % 8;
+            ASSERT_EQ(Neuropixels::setGain(slot, 1, 0, number, static_cast<int>(ap), static_cast<int>(lfp)),
+                      SUCCESS);
+            expected.gain(channel, ap, lfp);
+            const unsigned reference = (channel + sweep) % 3;
+            ASSERT_EQ(Neuropixels::setReference(slot, 1, 0, number, 0,
+                                                static_cast<Neuropixels::channelreference_t>(reference),
+                                                static_cast<int>(sweep % 3)),
+                      SUCCESS);
+            expected.reference(channel, reference);
+        }
+        expected.set("tip 1", true);
+        expected.set("tip 2", true);
+        expected.connect(sweep % 3 * 384 + 191, true);
+        ASSERT_EQ(write_configuration(1, false), SUCCESS);
+        ASSERT_EQ(chains_in_probe(1), expected.chains()) << "sweep " << sweep;
+        m_box->forget_accesses();
+        headstage(1).forget_frames();
+    }
+}
+
 TEST_F(Bring_Up, FaultAtAnyStepOfOpeningFailsAndASecondTrySucceeds) {
     open();
     for (const Link_Fault fault : {Link_Fault::silence, Link_Fault::wrong_acknowledge}) {
