@@ -1,15 +1,10 @@
 # Provides `loguru::loguru`, whatever the platform calls its loguru, so that the sources include
 # <loguru.hpp> and nothing else. Looked for in this order:
 #   1. the upstream package (vcpkg, Fedora);
-#   2. Debian's build of it, which ships with VTK as vtk_loguru.h;
-#   3. common/loguru_subset, our stand-in for the calls we make, for toolchains without a package.
-option(ORBE_USE_LOGURU_SUBSET "Use common/loguru_subset even where a loguru package exists" OFF)
-
-if(NOT ORBE_USE_LOGURU_SUBSET)
-    find_package(loguru CONFIG QUIET)
-    if(NOT TARGET loguru::loguru)
-        find_package(VTK 9.1 QUIET COMPONENTS loguru)
-    endif()
+#   2. Debian's build of it, which ships with VTK as vtk_loguru.h.
+find_package(loguru CONFIG QUIET)
+if(NOT TARGET loguru::loguru)
+    find_package(VTK 9.1 QUIET COMPONENTS loguru)
 endif()
 
 if(TARGET loguru::loguru)
@@ -24,7 +19,6 @@ elseif(TARGET VTK::loguru)
     target_link_libraries(orbe_loguru_vtk INTERFACE VTK::loguru)
     add_library(loguru::loguru ALIAS orbe_loguru_vtk)
 else()
-    set(ORBE_LOGURU_FLAVOUR "subset")
-    add_subdirectory(${PROJECT_SOURCE_DIR}/common/loguru_subset)
+    message(FATAL_ERROR "loguru is missing: install its package, or libvtk9-dev on Debian")
 endif()
 message(STATUS "loguru: ${ORBE_LOGURU_FLAVOUR}")
