@@ -51,11 +51,6 @@ int take_packets(NP_Converter& converter, electrodePacket* packets, int requeste
 NP_ErrorCode start_acquisition(int slotID, int portID) {
     LOG_SCOPE_F(INFO, "start_acquisition");
     LOG_F(INFO, "starting acquisition : slotID : %d, portID : %d", slotID, portID);
-    const auto controller = current_controller();
-    if (!controller) {
-        LOG_F(ERROR, "start_acquisition : no basestation is open");
-        return SUCCESS;
-    }
     bool running = false;
     if (!g_acquisition_running.compare_exchange_strong(running, true)) {
         return SUCCESS;
@@ -71,7 +66,7 @@ NP_ErrorCode start_acquisition(int slotID, int portID) {
     g_pump_ended = false;
     g_stop_requested = false;
     try {
-        start_pump_thread(controller, slotID, portID);
+        start_pump_thread(current_controller(), slotID, portID);
     } catch (const std::system_error&) {
         disable_streaming("start_acquisition");
         g_acquisition_running = false;

@@ -199,29 +199,22 @@ std::int32_t NP_Probe_Config_Module::set_adc_calibration(const ADC_Calibration* 
         LOG_F(ERROR, "ADC channel out of bound: %i", record.adc);
         return rejected;
     }
-    if (exceeds(record.comp_p, comp_p_width)) {
-        LOG_F(ERROR, "ADC%i CompP out of bound: %i", record.adc, record.comp_p);
-        return rejected;
-    }
-    if (exceeds(record.comp_n, comp_n_width)) {
-        LOG_F(ERROR, "ADC%i CompN out of bound: %i", record.adc, record.comp_n);
-        return rejected;
-    }
-    if (exceeds(record.cfix, cfix_width)) {
-        LOG_F(ERROR, "ADC%i Cfix out of bound: %i", record.adc, record.cfix);
-        return rejected;
-    }
-    if (exceeds(record.slope, slope_width)) {
-        LOG_F(ERROR, "ADC%i Slope out of bound: %i", record.adc, record.slope);
-        return rejected;
-    }
-    if (exceeds(record.coarse, coarse_width)) {
-        LOG_F(ERROR, "ADC%i Coarse out of bound: %i", record.adc, record.coarse);
-        return rejected;
-    }
-    if (exceeds(record.fine, fine_width)) {
-        LOG_F(ERROR, "ADC%i Fine out of bound: %i", record.adc, record.fine);
-        return rejected;
+
+    // In the order in which they are checked: the first that does not fit is the one that is reported.
+    struct Field {
+        const char* name;
+        std::uint32_t value;
+        unsigned width;
+    };
+
+    for (const Field& field :
+         {Field{"CompP", record.comp_p, comp_p_width}, Field{"CompN", record.comp_n, comp_n_width},
+          Field{"Cfix", record.cfix, cfix_width}, Field{"Slope", record.slope, slope_width},
+          Field{"Coarse", record.coarse, coarse_width}, Field{"Fine", record.fine, fine_width}}) {
+        if (exceeds(field.value, field.width)) {
+            LOG_F(ERROR, "ADC%i %s out of bound: %i", record.adc, field.name, field.value);
+            return rejected;
+        }
     }
 
     // Every second ADC belongs to the same chain, and two ADCs of a chain share a group.

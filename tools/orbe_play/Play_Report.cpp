@@ -1,5 +1,6 @@
 #include "Play_Report.h"
 
+#include "Text_Format.h"
 #include "Wire_Format.h"
 
 #include <cstdio>
@@ -10,17 +11,6 @@ namespace {
 
 // What four probes and sixteen RHD streams deliver.
 constexpr double full_box_megabytes = 164.6;
-
-template <typename... Values>
-std::string text_of(const char* format, Values... values) {
-    char text[256];
-    std::snprintf(text, sizeof(text), format, values...);
-    return text;
-}
-
-unsigned long long wide(std::uint64_t value) {
-    return value;
-}
 
 // The first columns are the same for ports and ADC packets.
 std::string line(const std::string& name, const Reader_Result& result, bool verify) {

@@ -1,21 +1,12 @@
 #include "Check_Text.h"
 
+#include "Text_Format.h"
+
 #include <cstdio>
 
 namespace Pelgar::ORBE::recording {
 
 namespace {
-
-template <typename... Values>
-std::string text_of(const char* format, Values... values) {
-    char text[256];
-    std::snprintf(text, sizeof(text), format, values...);
-    return text;
-}
-
-unsigned long long wide(std::uint64_t value) {
-    return value;
-}
 
 double seconds_of(std::uint64_t frames) {
     return static_cast<double>(frames) / super_frames_per_second;
