@@ -13,6 +13,7 @@
 #include "M_I2C_Over_GSML.h"
 #include "M_NP_Probe_Control.h"
 #include "Main_mux_transfer_buffer_wrapper.h"
+#include "ORBE_HW_Info.h"
 #include "Page_Aligned_Buffer.h"
 #include "Relaxed.h"
 
@@ -133,6 +134,21 @@ public:
     bool bist_IIC(unsigned port);
     // Whether the port's link is locked now.
     bool bist_HB(unsigned port);
+
+    // ---- The configuration flash, which holds the FPGA's designs and the hardware record. What goes wrong is
+    // printed. Erasing and writing poll for up to 480 s a sector; an operation that fails may leave the flash
+    // partly erased or written.
+
+    // Erases as many 64 KiB sectors from byte `address` on as the file takes and writes the file's whole
+    // pieces of 16 bytes. False, with the flash left as it was, for a file that cannot be opened, does not
+    // fit, or would run into the hardware record.
+    bool program_flash(const char* path, unsigned address);
+
+    // The record; nothing when the flash cannot be read.
+    std::unique_ptr<ORBE_HW_Info> read_ORBE_HW_info();
+
+    // Replaces the record. Of its sector the first 256 bytes survive, the record's own place apart.
+    bool program_ORBE_HW_info(const ORBE_HW_Info& info);
 
     // ---- Streaming.
 

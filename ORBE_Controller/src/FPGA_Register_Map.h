@@ -2,6 +2,7 @@
 // and fixed values of its registers. Offsets are bytes from the module's base address.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 namespace Pelgar::ORBE::register_map {
@@ -64,6 +65,27 @@ inline constexpr std::uint32_t status_error_mask =
     ~(status_receive_data_valid | status_transmit_fifo_empty | status_interrupts_enabled);
 inline constexpr std::uint32_t send_count_mask = 0xFF;
 } // namespace uart
+
+// The SPI master in manual slave-select mode. Both FIFOs hold `fifo_depth` bytes.
+namespace spi {
+inline constexpr std::uint32_t control = 0x60;
+inline constexpr std::uint32_t control_enable = 1U << 1;
+inline constexpr std::uint32_t control_master = 1U << 2;
+inline constexpr std::uint32_t control_manual_slave_select = 1U << 7;
+inline constexpr std::uint32_t control_inhibit_transfer = 1U << 8;
+inline constexpr std::uint32_t control_transfer =
+    control_enable | control_master | control_manual_slave_select;                         // 0x86
+inline constexpr std::uint32_t control_load = control_transfer | control_inhibit_transfer; // 0x186
+inline constexpr std::uint32_t status = 0x64;
+inline constexpr std::uint32_t status_receive_fifo_empty = 1U << 0;
+inline constexpr std::uint32_t status_transmit_fifo_empty = 1U << 2;
+inline constexpr std::uint32_t transmit_data = 0x68;
+inline constexpr std::uint32_t receive_data = 0x6C;
+inline constexpr std::uint32_t slave_select = 0x70; // one line, active low
+inline constexpr std::uint32_t slave_select_flash = 0;
+inline constexpr std::uint32_t slave_select_none = 1;
+inline constexpr std::size_t fifo_depth = 16;
+} // namespace spi
 
 namespace xadc {
 inline constexpr std::uint32_t temperature = 0x200;

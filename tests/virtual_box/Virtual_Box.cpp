@@ -23,7 +23,7 @@ constexpr std::uint32_t default_efuse = 0x0BE0'0001;
 } // namespace
 
 Virtual_Box::Virtual_Box(recording::Recording_Options stream)
-    : m_stream(std::move(stream)), m_flash{{neuropixels_flash_address, neuropixels_signature}} {
+    : m_stream(std::move(stream)), m_designs{{neuropixels_flash_address, neuropixels_signature}} {
     m_registers.set_value(signature, neuropixels_signature);
     m_registers.set_value(build_timestamp, default_build_timestamp);
     m_registers.set_value(temperature, default_temperature);
@@ -82,6 +82,7 @@ void Virtual_Box::write_register(std::uint32_t address, std::uint32_t value) {
         m_hw_icap.write_control(value);
         break;
     default:
+        m_spi.write(address, value);
         m_rhd.write(address, value);
         update_stream();
         break;
@@ -123,7 +124,7 @@ std::optional<std::uint32_t> Virtual_Box::answer_of(std::uint32_t address) {
     case RHD_Interface_Model::spi_clock_state:
         return m_rhd.read_spi_clock_state();
     default:
-        return std::nullopt;
+        return m_spi.read(address);
     }
 }
 
@@ -164,7 +165,7 @@ Probe_Port& Virtual_Box::uart_port() {
 // The FPGA drops off the bus: what it held is gone, and so is every connection to it.
 void Virtual_Box::reboot(std::uint32_t flash_address) {
     m_boots.push_back(flash_address);
-    if (const auto design = m_flash.find(flash_address); design != m_flash.end()) {
+    if (const auto design = m_designs.find(flash_address); design != m_designs.end()) {
         m_registers.set_value(signature, design->second);
     }
     m_registers.set_value(configuration, 0);
@@ -172,6 +173,7 @@ void Virtual_Box::reboot(std::uint32_t flash_address) {
     m_foreign_icap = {};
     m_hw_icap = {};
     m_rhd = {};
+    m_spi.reset();
     apply_configuration(0);
     m_stream.reset();
     m_open = false;
@@ -216,7 +218,7 @@ void Virtual_Box::set_register(std::uint32_t address, std::uint32_t value) {
 
 void Virtual_Box::put_design_into_flash(std::uint32_t address, std::uint32_t design_signature) {
     const std::lock_guard lock(m_mutex);
-    m_flash[address] = design_signature;
+    m_designs[address] = design_signature;
 }
 
 void Virtual_Box::queue_open_results(const std::vector<Open_Result>& results) {

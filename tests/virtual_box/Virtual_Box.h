@@ -9,6 +9,7 @@
 #include "HW_ICAP_Model.h"
 #include "Probe_Port.h"
 #include "RHD_Interface_Model.h"
+#include "SPI_Block_Model.h"
 
 #include <Register_Recorder.h>
 
@@ -108,6 +109,11 @@ public:
     void set_hw_icap_behaviour(HW_ICAP_Model::Behaviour behaviour);
     void let_spi_clock_lock(bool locks);
 
+    // The SPI block and the configuration flash behind it. Not while another thread uses the registers.
+    SPI_Block_Model& spi() { return m_spi; }
+
+    SPI_Flash_Model& flash() { return m_spi.flash(); }
+
 private:
     void apply_configuration(std::uint32_t value);
     void update_stream();
@@ -125,8 +131,9 @@ private:
     Foreign_ICAP_Model m_foreign_icap;
     HW_ICAP_Model m_hw_icap;
     RHD_Interface_Model m_rhd;
+    SPI_Block_Model m_spi;
     DMA_Source m_stream;
-    std::map<std::uint32_t, std::uint32_t> m_flash;
+    std::map<std::uint32_t, std::uint32_t> m_designs;
     std::vector<std::uint32_t> m_boots;
     std::deque<Open_Result> m_open_results;
     std::size_t m_opens = 0;

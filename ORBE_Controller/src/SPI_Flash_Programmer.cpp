@@ -1,0 +1,256 @@
+#include "SPI_Flash_Programmer.h"
+
+#include "Configuration_Flash.h"
+#include "Console.h"
+#include "FPGA_Register_Map.h"
+#include "SPI_Module.h"
+#include "Waiting.h"
+
+#include <algorithm>
+#include <array>
+#include <chrono>
+#include <cmath>
+#include <exception>
+#include <filesystem>
+#include <fstream>
+#include <stdexcept>
+#include <system_error>
+#include <utility>
+
+namespace Pelgar::ORBE {
+
+namespace flash = configuration_flash;
+
+// How the status is polled while the flash is busy.
+struct SPI_Flash_Programmer::Pace {
+    unsigned polls_without_pause;
+    std::chrono::milliseconds pause;
+    const char* mark; // printed at every poll
+};
+
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr unsigned max_ready_polls = 480;
+// A page takes a few hundred microseconds, at most some milliseconds; a poll a few microseconds.
+constexpr unsigned page_polls_without_pause = 100;
+
+constexpr std::uint64_t piece_size = register_map::spi::fifo_depth;
+constexpr std::uint64_t bytes_per_kib = 1024;
+constexpr std::uint64_t pages_per_sector = flash::sector_size / flash::page_size;
+
+std::array<std::uint8_t, 4> with_address(std::uint8_t command, std::uint32_t address) {
+    return {command, static_cast<std::uint8_t>(address >> flash::address_high_shift),
+            static_cast<std::uint8_t>(address >> flash::address_middle_shift),
+            static_cast<std::uint8_t>(address)};
+}
+
+// Closed, with a message, when there is no such file. Reading it throws when the file system fails.
+std::ifstream open_image(const char* path) {
+    std::ifstream file;
+    std::error_code no_such_file;
+    // Some systems let a directory be opened and fail at the first read only.
+    if (path != nullptr && std::filesystem::is_regular_file(path, no_such_file)) {
+        file.open(path, std::ios::binary);
+    }
+    if (file.is_open()) {
+        file.exceptions(std::ios::badbit);
+    } else {
+        console::err("Dosya acilamaldi\n");
+        console::err("File coundn't be opened\n");
+    }
+    return file;
+}
+
+// Behind the last address the flash would count on from its beginning, where the design lies that the box
+// starts with. The hardware record is only written over by who names its sector.
+void check_place(std::uint32_t address, std::uint64_t sectors) {
+    const std::uint64_t end = address + sectors * flash::sector_size;
+    if (end > flash::size) {
+        throw std::runtime_error("file does not fit into the flash");
+    }
+    if (address < flash::hw_info_address && end > flash::hw_info_address) {
+        throw std::runtime_error("file would overwrite the hardware info");
+    }
+}
+
+} // namespace
+
+bool SPI_Flash_Programmer::program_flash(const char* path, std::uint32_t address) {
+    try {
+        std::ifstream file = open_image(path);
+        if (!file.is_open()) {
+            return false;
+        }
+        const std::uint64_t size = std::filesystem::file_size(path);
+        console::out("File size : ", size / bytes_per_kib, " KB\n");
+        const std::uint64_t sectors = sector_count(size);
+        check_place(address, sectors);
+        erase_sectors(address, sectors);
+        // Erasing takes minutes; the file is not held open meanwhile.
+        file.close();
+        file = open_image(path);
+        if (!file.is_open()) {
+            return false;
+        }
+        console::out("Programming flash..\n");
+        program_file(file, address, sectors * pages_per_sector);
+        console::out("Program flash completed\n");
+        return true;
+    } catch (const std::exception& exception) {
+        console::out("Exception catched during program_flash command : ", exception.what(), "\n");
+        return false;
+    }
+}
+
+bool SPI_Flash_Programmer::rewrite_sector(std::uint32_t address, std::span<const std::uint8_t> page) {
+    try {
+        erase_sectors(address, 1);
+        console::out("Programming flash..\n");
+        program_page(address, page);
+        console::out("Program flash completed\n");
+        return true;
+    } catch (const std::exception& exception) {
+        console::out("Exception catched during program_flash command : ", exception.what(), "\n");
+        return false;
+    }
+}
+
+bool SPI_Flash_Programmer::erase_flash() {
+    try {
+        console::out("Ereasing flash (Bulk Erase) this will take some minutes\n");
+        wait_flash_to_become_ready(false);
+        send(flash::command_write_enable);
+        send(flash::command_bulk_erase);
+        wait_flash_to_become_ready(true);
+        console::out("Erase flash completed\n");
+        return true;
+    } catch (const std::exception& exception) {
+        console::out("Exception catched during erase_flash command : ", exception.what(), "\n");
+        return false;
+    }
+}
+
+bool SPI_Flash_Programmer::read_flash(std::uint32_t address, std::uint32_t size, std::string* buffer) {
+    buffer->clear();
+    try {
+        console::out("Reading flash..\n");
+        // A busy flash ignores the command and answers anything.
+        wait_quietly();
+        std::string contents(size, '\0');
+        m_spi->read_command(with_address(flash::command_read, address),
+                            {reinterpret_cast<std::uint8_t*>(contents.data()), contents.size()});
+        *buffer = std::move(contents);
+        console::out("Reading flash completed\n");
+        return true;
+    } catch (const std::exception& exception) {
+        console::out("Exception catched during read_flash command : ", exception.what(), "\n");
+        return false;
+    }
+}
+
+void SPI_Flash_Programmer::wait_flash_to_become_ready(bool slow) {
+    static constexpr Pace every_second{0, 1000ms, "."};
+    static constexpr Pace at_once{max_ready_polls, 0ms, "."};
+    const unsigned polls = poll_until_ready(slow ? every_second : at_once);
+    console::out("wait_flash_to_become_ready counter : ", std::min(polls, max_ready_polls));
+    if (polls > max_ready_polls) {
+        throw std::runtime_error("Flash erase/program timeout");
+    }
+    console::out("flash_flag_status_register : ", read_register(flash::command_read_flag_status));
+}
+
+std::uint64_t SPI_Flash_Programmer::sector_count(std::uint64_t bytes) {
+    constexpr float sectors_per_byte = 1.0F / static_cast<float>(flash::sector_size);
+    return static_cast<std::uint64_t>(std::ceil(static_cast<float>(bytes) * sectors_per_byte));
+}
+
+void SPI_Flash_Programmer::erase_sectors(std::uint32_t address, std::uint64_t count) {
+    console::out("Ereasing flash (Sector Erase)\n");
+    wait_flash_to_become_ready(false);
+    for (std::uint64_t i = 0; i < count; ++i) {
+        console::out("Ereasing sector adr ", address, "\n");
+        send(flash::command_write_enable);
+        send(flash::command_sector_erase, address);
+        wait_flash_to_become_ready(true);
+        address += flash::sector_size;
+    }
+}
+
+void SPI_Flash_Programmer::program_file(std::istream& file, std::uint32_t address, std::uint64_t pages) {
+    for (std::uint64_t i = 0; i < pages; ++i) {
+        std::array<std::uint8_t, flash::page_size> page{};
+        file.read(reinterpret_cast<char*>(page.data()), page.size());
+        const auto count = static_cast<std::uint64_t>(file.gcount());
+        const std::uint64_t whole_pieces = count - count % piece_size;
+        // A page that not one piece is left for is not begun: the flash would be left open to writing.
+        if (whole_pieces > 0) {
+            program_page(address, std::span(page).first(static_cast<std::size_t>(whole_pieces)));
+        }
+        if (count < page.size()) {
+            console::err("End of stream reached during program\n");
+            return;
+        }
+        address += flash::page_size;
+    }
+}
+
+void SPI_Flash_Programmer::program_page(std::uint32_t address, std::span<const std::uint8_t> data) {
+    send(flash::command_write_enable);
+    send(flash::command_page_program, address, data);
+    // The page is written from now on, since the slave is deselected; the next one would be ignored.
+    wait_quietly();
+}
+
+unsigned SPI_Flash_Programmer::poll_until_ready(const Pace& pace) {
+    for (unsigned polls = 1; polls <= max_ready_polls; ++polls) {
+        const std::uint8_t status = read_register(flash::command_read_status);
+        console::out(pace.mark);
+        if ((status & flash::status_write_in_progress) == 0) {
+            return polls;
+        }
+        if (polls > pace.polls_without_pause && polls < max_ready_polls) {
+            wait_for(pace.pause);
+        }
+    }
+    return max_ready_polls + 1;
+}
+
+void SPI_Flash_Programmer::wait_quietly() {
+    static constexpr Pace page_by_page{page_polls_without_pause, 1ms, ""};
+    if (poll_until_ready(page_by_page) > max_ready_polls) {
+        throw std::runtime_error("Flash erase/program timeout");
+    }
+}
+
+std::uint8_t SPI_Flash_Programmer::read_register(std::uint8_t command) {
+    identify_once();
+    std::uint8_t value = 0;
+    m_spi->read_command(std::span(&command, 1), std::span(&value, 1));
+    return value;
+}
+
+void SPI_Flash_Programmer::send(std::uint8_t command) {
+    identify_once();
+    m_spi->write_command(std::span(&command, 1));
+}
+
+void SPI_Flash_Programmer::send(std::uint8_t command, std::uint32_t address,
+                                std::span<const std::uint8_t> data) {
+    identify_once();
+    m_spi->write_command(with_address(command, address), data);
+}
+
+// Right after the FPGA has loaded its design the first transaction does not reach the flash as it should;
+// this one is there to be lost.
+void SPI_Flash_Programmer::identify_once() {
+    if (m_first_command_sent) {
+        return;
+    }
+    m_first_command_sent = true;
+    std::array<std::uint8_t, flash::identification_bytes> discarded{};
+    m_spi->read_command(std::span(&flash::command_read_identification, 1), discarded);
+}
+
+} // namespace Pelgar::ORBE
