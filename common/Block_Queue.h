@@ -9,6 +9,7 @@
 #include <atomic>
 #include <condition_variable>
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <mutex>
 #include <span>
@@ -92,6 +93,14 @@ public:
         }
     }
 
+    // Blocks until every element that was pushed before the call has been removed. Any thread; never
+    // allocates. Not where nothing consumes.
+    void wait_until_consumed() {
+        std::unique_lock lock(m_mutex);
+        const std::uint64_t due = m_removed + size();
+        m_consumed.wait(lock, [&] { return m_removed >= due; });
+    }
+
     // The number of elements, read without the lock. Any thread; never blocks.
     std::size_t size() const { return m_size.load(std::memory_order_relaxed); }
 
@@ -156,12 +165,16 @@ private:
         const std::size_t left = size() - count;
         m_size.store(left, std::memory_order_relaxed);
         m_front = left == 0 ? 0 : (m_front + count) % capacity();
+        m_removed += count;
+        m_consumed.notify_all();
     }
 
     mutable std::mutex m_mutex;
     std::condition_variable m_filled;
+    std::condition_variable m_consumed;
     std::vector<std::unique_ptr<Block>> m_blocks;
     std::size_t m_front = 0;
+    std::uint64_t m_removed = 0;
     std::atomic<std::size_t> m_size{0};
     std::atomic<bool> m_exit{false};
 };

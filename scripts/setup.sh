@@ -12,6 +12,7 @@ packages=(
     libcli11-dev    # command lines of the programs in tools/
     libgtest-dev    # tests
     libbenchmark-dev # benchmarks
+    libfftw3-dev    # a Fourier transform to hold the self test's own against
 )
 
 fail() {

@@ -3,11 +3,14 @@
 
 #include "Headstage_Devices.h"
 #include "NP_Probe_Registers.h"
+#include "PSB_Self_Test.h"
+#include "Signal_Self_Test.h"
 
 #include <loguru.hpp>
 
 #include <array>
 #include <exception>
+#include <utility>
 
 namespace Pelgar::ORBE {
 
@@ -138,6 +141,31 @@ bool ORBE_Controller_Library::bist_HB(unsigned port) {
         }
         return locked;
     });
+}
+
+bool ORBE_Controller_Library::run_with_stream(const char* name, unsigned port,
+                                              const std::function<bool()>& operation) {
+    if (m_streams_enabled) {
+        LOG_F(ERROR, "%s needs the stream, which is in use", name);
+        return false;
+    }
+    return run_on_port(name, port, operation);
+}
+
+bool ORBE_Controller_Library::bist_PSB(unsigned port) {
+    LOG_SCOPE_F(INFO, "bist_PSB");
+    return run_with_stream("bist_PSB", port,
+                           [&] { return execute_psb_test(*this, port, m_self_test_directory); });
+}
+
+bool ORBE_Controller_Library::bist_Signal(unsigned port) {
+    LOG_SCOPE_F(INFO, "bist_Signal");
+    return run_with_stream("bist_Signal", port,
+                           [&] { return execute_bist_signal_test(*this, port, m_self_test_directory); });
+}
+
+void ORBE_Controller_Library::set_self_test_directory(std::string directory) {
+    m_self_test_directory = std::move(directory);
 }
 
 } // namespace Pelgar::ORBE

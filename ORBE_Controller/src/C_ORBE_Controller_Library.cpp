@@ -1,6 +1,7 @@
 #include "C_ORBE_Controller_Library.h"
 
 #include "FPGA_Identity.h"
+#include "Resource_Directory.h"
 #include "Waiting.h"
 
 #include <loguru.hpp>
@@ -30,14 +31,16 @@ std::string format(const char* pattern, Arguments... arguments) {
 
 } // namespace
 
-ORBE_Controller_Library::ORBE_Controller_Library(bool simulation) : m_simulation_mode(simulation) {
+ORBE_Controller_Library::ORBE_Controller_Library(bool simulation)
+    : m_simulation_mode(simulation), m_self_test_directory(default_resource_directory()) {
     m_controller = A_ORBE_Controller::get_instance(simulation);
     log_mode();
 }
 
 ORBE_Controller_Library::ORBE_Controller_Library(std::shared_ptr<A_ORBE_Controller> controller,
                                                  bool simulation)
-    : m_controller(std::move(controller)), m_simulation_mode(simulation) {
+    : m_controller(std::move(controller)), m_simulation_mode(simulation),
+      m_self_test_directory(default_resource_directory()) {
     log_mode();
 }
 

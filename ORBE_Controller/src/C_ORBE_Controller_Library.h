@@ -134,6 +134,15 @@ public:
     bool bist_IIC(unsigned port);
     // Whether the port's link is locked now.
     bool bist_HB(unsigned port);
+    // Whether the probe's test pattern arrives on all channels (execute_psb_test), and whether the test
+    // signal is seen on all of them (execute_bist_signal_test). Both take the stream for themselves and fail
+    // while streams are enabled; they leave the probe in its test mode and the streams off. In simulation
+    // mode they judge a recording.
+    bool bist_PSB(unsigned port);
+    bool bist_Signal(unsigned port);
+    // Where those two find their recordings when no stream has been prepared yet; at first the build's
+    // resource directory.
+    void set_self_test_directory(std::string directory);
 
     // ---- The configuration flash, which holds the FPGA's designs and the hardware record. What goes wrong is
     // printed. Erasing and writing poll for up to 480 s a sector; an operation that fails may leave the flash
@@ -169,6 +178,11 @@ public:
     // Moves one buffer into the demultiplexer. False when the read failed or the recording has ended. Pump
     // thread; blocks in the driver's read, or 10 ms in simulation mode.
     bool pump_data_to_demux();
+
+    // Blocks until the channel values of all whole blocks that were pumped so far have reached their
+    // listeners, and forgets those that do not fill a block. Not while another thread pumps.
+    void wait_until_delivered();
+    void drop_unfinished_blocks();
 
     void send_soft_trigger();
     void set_hw_trigger_ttl_source(unsigned char index);
@@ -209,6 +223,8 @@ private:
     // The link to the headstages. Throws std::runtime_error before `pre_init`.
     I2C_Over_GSML_Module& probe_link();
     bool skips_bist(const char* name) const;
+    // The same as `run_on_port` for a test that needs the stream; fails while streams are enabled.
+    bool run_with_stream(const char* name, unsigned port, const std::function<bool()>& operation);
 
     void start_main_demux_thread();
     void stop_main_demux_thread();
@@ -236,6 +252,7 @@ private:
     std::uint32_t m_read_counter = 0;
     std::uint8_t m_pump_print_counter = 0;
     bool m_prepared_for_streaming = false;
+    Relaxed<bool> m_streams_enabled{false};
     Relaxed<bool> m_sim_paused{false};
     std::ifstream m_sim_file;
 
@@ -250,6 +267,8 @@ private:
 
     std::array<std::weak_ptr<demux::I_L2_Demux_CH_Results>, port_count> m_saved_np_listeners;
     std::weak_ptr<demux::I_RHD_Frame_Listener> m_saved_rhd_listener;
+
+    std::string m_self_test_directory;
 };
 
 } // namespace Pelgar::ORBE

@@ -128,10 +128,12 @@ void ORBE_Controller_Library::enable_streaming(bool enable_np, std::initializer_
         }
     }
     m_demux.set_enabled_RHD_stream_count(static_cast<unsigned>(rhd_streams.size()));
+    m_streams_enabled = m_streams_enabled || enable_np || enable_rhd;
 }
 
 void ORBE_Controller_Library::disable_streaming() {
     LOG_SCOPE_F(INFO, "disable_streaming");
+    m_streams_enabled = false;
     if (m_simulation_mode) {
         console::out("disable_streaming in simulation mode\n");
         console::out("pause streaming (simulation)\n");
@@ -201,6 +203,16 @@ bool ORBE_Controller_Library::pump_simulation_data_to_demux() {
     }
     wait_for(simulation_pump_wait);
     return true;
+}
+
+void ORBE_Controller_Library::wait_until_delivered() {
+    if (m_main_demux_thread_started) {
+        m_demux.wait_until_delivered();
+    }
+}
+
+void ORBE_Controller_Library::drop_unfinished_blocks() {
+    m_demux.drop_unfinished_blocks();
 }
 
 void ORBE_Controller_Library::send_soft_trigger() {

@@ -214,6 +214,20 @@ void Async_NP_And_RHD_Demux::poison_queue() {
     push_xfer_buffer_to_queue(*std::make_unique<Main_mux_transfer_buffer_wrapper>());
 }
 
+// A transfer leaves the queue when its rows are sorted, a block when it is decoded.
+void Async_NP_And_RHD_Demux::wait_until_delivered() {
+    m_main_demux_queue.wait_until_consumed();
+    for (const auto& worker : m_np_workers) {
+        worker->wait_until_decoded();
+    }
+}
+
+void Async_NP_And_RHD_Demux::drop_unfinished_blocks() {
+    for (const auto& block : m_np_block_buffers) {
+        block->fill = 0;
+    }
+}
+
 void Async_NP_And_RHD_Demux::signal_to_resync() {
     LOG_SCOPE_F(INFO, "signal_to_resync");
     for (const auto& worker : m_np_workers) {

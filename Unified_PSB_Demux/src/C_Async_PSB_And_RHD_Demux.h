@@ -51,6 +51,14 @@ public:
     // Queues the record of size 0 that ends `run`.
     void poison_queue();
 
+    // Blocks until the channel values of all whole blocks in the transfers pushed so far have reached their
+    // listeners. Only while `run` does.
+    void wait_until_delivered();
+
+    // Forgets the super frames of each port that do not fill a block yet, so that nothing of a run that has
+    // ended reaches the listeners of the next one. After `wait_until_delivered`, while nothing is pushed.
+    void drop_unfinished_blocks();
+
     // Tells the stages behind the port queues that the stream starts anew. Any thread.
     void signal_to_resync();
 

@@ -39,6 +39,10 @@ std::size_t C_NP_Worker_Thread::push_block(const NP_Block_Buffer& block) {
     return m_queue.push_unbounded(block);
 }
 
+void C_NP_Worker_Thread::wait_until_decoded() {
+    m_queue.wait_until_consumed();
+}
+
 void C_NP_Worker_Thread::poison_queue() {
     LOG_SCOPE_F(INFO, "poison_queue");
     push_block(*std::make_unique<NP_Block_Buffer>());

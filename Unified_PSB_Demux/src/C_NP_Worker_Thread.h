@@ -35,6 +35,9 @@ public:
     // the queue grows.
     std::size_t push_block(const NP_Block_Buffer& block);
 
+    // Blocks until every block queued so far has been decoded. Only while the thread runs.
+    void wait_until_decoded();
+
     // Queues the block of fill 0 that ends the thread.
     void poison_queue();
 

@@ -33,11 +33,10 @@ void Row_Source::make_tick(const Stream_Enables& enables) {
         if (!enables.ports[port]) {
             continue;
         }
-        if (!probe) {
-            probe.emplace(
-                Channel_Signal(m_options.signals, m_options.tone_frequency, port + 1, m_options.seed));
+        if (!probe || probe->output != enables.outputs[port]) {
+            probe.emplace(make_probe(port, enables.outputs[port]));
         }
-        words[port] = probe->next().data();
+        words[port] = probe->generator.next().data();
     }
     for (std::size_t row = 0; row < rows_per_super_frame; ++row) {
         for (unsigned port = 0; port < port_count; ++port) {
@@ -49,6 +48,16 @@ void Row_Source::make_tick(const Stream_Enables& enables) {
     if (enables.rhd_streams) {
         write_rhd_rows(*enables.rhd_streams);
     }
+}
+
+Row_Source::Probe Row_Source::make_probe(unsigned port, Probe_Output output) const {
+    std::vector<Signal_Choice> signals = m_options.signals;
+    if (output != Probe_Output::recording) {
+        const bool pattern = output == Probe_Output::test_pattern;
+        signals = {{pattern ? Signal_Kind::pattern : Signal_Kind::tone, every_channel()}};
+    }
+    return {output, Super_Frame_Generator(
+                        Channel_Signal(signals, m_options.tone_frequency, port + 1, m_options.seed))};
 }
 
 void Row_Source::write_rhd_rows(unsigned streams) {

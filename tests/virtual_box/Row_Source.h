@@ -21,7 +21,9 @@ namespace Pelgar::ORBE::test {
 
 class Row_Source {
 public:
-    // Of the options the seed, the signals and the faults count; the rest is in the box's registers.
+    // Of the options the seed, the signals, the tone and the faults count; the rest is in the box's
+    // registers. A probe in a test mode sends the test pattern, or the tone, on all channels instead of the
+    // signals.
     explicit Row_Source(recording::Recording_Options options);
 
     // Makes the rows of one tick. Those of the last one must have been taken.
@@ -43,12 +45,18 @@ private:
         std::vector<std::uint16_t> words; // those that do not fill a row yet
     };
 
+    struct Probe {
+        Probe_Output output;
+        recording::Super_Frame_Generator generator;
+    };
+
+    Probe make_probe(unsigned port, Probe_Output output) const;
     void write_rhd_rows(unsigned streams);
 
     recording::Recording_Options m_options;
     recording::Row_Writer m_writer;
     std::size_t m_taken = 0;
-    std::array<std::optional<recording::Super_Frame_Generator>, box_port_count> m_probes;
+    std::array<std::optional<Probe>, box_port_count> m_probes;
     std::optional<RHD> m_rhd;
 };
 

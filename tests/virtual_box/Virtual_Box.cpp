@@ -153,6 +153,7 @@ void Virtual_Box::update_stream() {
     Stream_Enables enables;
     for (std::size_t port = 0; port < m_ports.size(); ++port) {
         enables.ports[port] = ((enabled >> port) & 1U) != 0 && m_ports[port].is_locked();
+        enables.outputs[port] = m_ports[port].headstage().probe_output();
     }
     enables.rhd_streams = m_rhd.running_streams();
     m_stream.enable(enables);

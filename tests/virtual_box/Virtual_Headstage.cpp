@@ -23,6 +23,14 @@ constexpr std::uint8_t mode = 0x04;
 constexpr std::uint8_t serializer_idle = 0x43;
 constexpr std::uint8_t deserializer_normal = 0x87;
 
+// The probe's mode registers.
+constexpr std::uint8_t op_mode = 0x00;
+constexpr std::uint8_t op_mode_calibrate = 0x20;
+constexpr std::uint8_t op_mode_digital_test = 0x10;
+constexpr std::uint8_t cal_mod = 0x02;
+constexpr std::uint8_t cal_mod_oscillator = 0x10;
+constexpr std::uint8_t cal_mod_inputs = 0xC0; // the pixels, or the channels
+
 constexpr std::uint8_t probe_part_number = 40;
 constexpr std::uint8_t headstage_part_number = 20;
 constexpr std::uint8_t no_device = 0xFF; // what a read gets from a bus that nobody drives
@@ -75,6 +83,18 @@ void Virtual_Headstage::lose_power() {
     for (const auto& [address, device] : m_devices) {
         device->lose_power();
     }
+}
+
+Probe_Output Virtual_Headstage::probe_output() const {
+    const std::lock_guard lock(m_mutex);
+    const std::uint8_t mode_of_operation = m_asic.value(op_mode);
+    const std::uint8_t calibration = m_asic.value(cal_mod);
+    if ((mode_of_operation & op_mode_digital_test) != 0) {
+        return Probe_Output::test_pattern;
+    }
+    const bool signal = (mode_of_operation & op_mode_calibrate) != 0 &&
+                        (calibration & cal_mod_oscillator) != 0 && (calibration & cal_mod_inputs) != 0;
+    return signal ? Probe_Output::test_signal : Probe_Output::recording;
 }
 
 bool Virtual_Headstage::frame_is_whole() const {

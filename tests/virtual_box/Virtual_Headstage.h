@@ -5,6 +5,7 @@
 #include "I2C_Device.h"
 #include "Link_Faults.h"
 #include "Probe_ASIC.h"
+#include "Stream_Enables.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -37,6 +38,9 @@ public:
     // Without a link the byte is lost.
     std::vector<std::uint8_t> take(std::uint8_t byte, bool link_is_up);
     void lose_power();
+
+    // What the probe sends in the mode it is in.
+    Probe_Output probe_output() const;
 
     // ---- The test's side.
 

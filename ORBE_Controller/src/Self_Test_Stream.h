@@ -1,0 +1,53 @@
+// Layer: device controller, self tests. Lends the controller's stream to a self test: listeners of its own
+// for as long as the object lives, and the host's ones back afterwards, whatever happens in between. Used on
+// the thread that runs the test, which pumps.
+#pragma once
+
+#include "CP_L2_CH_Results_Null_Writer.h"
+#include "I_L2_Demux_CH_Results.h"
+
+#include <memory>
+#include <string>
+
+namespace Pelgar::ORBE {
+
+class ORBE_Controller_Library;
+
+class Self_Test_Stream {
+public:
+    // Saves the listeners, and sets `listener` for the port and one that does nothing for the others.
+    Self_Test_Stream(ORBE_Controller_Library& controller, unsigned port,
+                     const std::shared_ptr<demux::I_L2_Demux_CH_Results>& listener);
+
+    // Stops the stream and gives the listeners back if that has not been done.
+    ~Self_Test_Stream();
+    Self_Test_Stream(const Self_Test_Stream&) = delete;
+    Self_Test_Stream& operator=(const Self_Test_Stream&) = delete;
+
+    // Prepares streaming, in simulation mode from a recording. A stream that is prepared already is taken as
+    // it is. False when the recording cannot be opened.
+    bool prepare(const std::string& recording);
+
+    // Starts the port's rows.
+    void enable();
+
+    // Moves one buffer, and returns when all that it completes has reached the listeners. False when there is
+    // no more.
+    bool pump();
+
+    // Stops the rows, and returns when the listeners have what was pumped. What does not fill a block is
+    // dropped, so that none of it is taken for a later acquisition.
+    void stop();
+
+    // Puts the saved listeners back.
+    void restore_listeners();
+
+private:
+    ORBE_Controller_Library& m_controller;
+    unsigned m_port;
+    std::shared_ptr<demux::CP_L2_CH_Results_Null_Writer> m_null_writer;
+    bool m_prepared = false;
+    bool m_restored = false;
+};
+
+} // namespace Pelgar::ORBE
