@@ -144,13 +144,13 @@ public:
     // resource directory.
     void set_self_test_directory(std::string directory);
 
-    // ---- The configuration flash, which holds the FPGA's designs and the hardware record. What goes wrong is
-    // printed. Erasing and writing poll for up to 480 s a sector; an operation that fails may leave the flash
-    // partly erased or written.
+    // ---- The configuration flash, which holds the FPGA's designs and the hardware record. What goes wrong
+    // is printed. Erasing and writing poll for up to 480 s a sector; an operation that fails may leave the
+    // flash partly erased or written.
 
-    // Erases as many 64 KiB sectors from byte `address` on as the file takes and writes the file's whole
-    // pieces of 16 bytes. False, with the flash left as it was, for a file that cannot be opened, does not
-    // fit, or would run into the hardware record.
+    // Erases as many 64 KiB sectors from byte `address`, the beginning of one, as the file takes and writes
+    // the file's whole pieces of 16 bytes. False, with the flash left as it was, for a file that cannot be
+    // opened, does not fit, or would run into the hardware record.
     bool program_flash(const char* path, unsigned address);
 
     // The record; nothing when the flash cannot be read.

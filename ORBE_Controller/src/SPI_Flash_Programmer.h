@@ -20,6 +20,8 @@ public:
 
     // Erases the sectors that the file takes, from byte `address` on, and writes the file's whole pieces of
     // 16 bytes; what is left over at the file's end is not written. The rest of the last sector stays erased.
+    // An address that is not the beginning of a sector is taken as it is: the flash erases the sector around
+    // it, and wraps inside a page.
     // False when the file cannot be opened or the flash does not answer as it should, and, before anything is
     // erased, when the sectors reach past the flash or from below into that of the hardware record.
     bool program_flash(const char* path, std::uint32_t address);

@@ -217,6 +217,14 @@ TEST_F(Flash_Programming, FileThatWouldRunIntoTheRecordOrPastTheEndIsRefused) {
     EXPECT_TRUE(flash().transactions().empty());
 }
 
+TEST_F(Flash_Programming, AddressInsideASectorErasesTheSectorAroundIt) {
+    const Bytes image = image_of(512);
+    program(image, image_address + 0x1000, true);
+    Bytes sector(0x1000, 0xFF);
+    sector.insert(sector.end(), image.begin(), image.end());
+    expect_contents(image_address, sector, 1);
+}
+
 TEST_F(Flash_Programming, MissingFileChangesNothing) {
     const auto printed = printed_by([&] { EXPECT_FALSE(m_controller->program_flash("missing.bin", 0)); });
     EXPECT_EQ(printed.out, "");
