@@ -710,4 +710,53 @@ TEST_F(Running_Demux, ResyncWhileEverythingRuns) {
     EXPECT_EQ(listener->count(Band::AP), 1792U);
 }
 
+TEST_F(Running_Demux, WaitForDeliveryReturnsWhenTheListenersHaveTheWholeBlocks) {
+    const auto listener = std::make_shared<Recording_L2_Listener>();
+    m_demux.set_L2_CH_Results_Listener(listener, 3);
+    Bytes bytes;
+    for (const Row_Payload& payload : row_payloads(numbered_super_frames(0, 2 * 1792 + 1))) {
+        m_counters.append(bytes, 3, payload);
+    }
+    captured_output([&] {
+        m_demux.start_worker_threads();
+        std::thread main_demux_thread([this] { m_demux.run(); });
+        for (const Bytes& buffer : in_buffers(bytes)) {
+            push_bytes(m_demux, buffer);
+        }
+        m_demux.wait_until_delivered();
+        EXPECT_EQ(listener->count(Band::AP), 2U * 1792U);
+        m_demux.poison_queue();
+        main_demux_thread.join();
+    });
+}
+
+TEST_F(Running_Demux, DroppedUnfinishedBlocksNeverReachAListener) {
+    const auto listener = std::make_shared<Recording_L2_Listener>();
+    m_demux.set_L2_CH_Results_Listener(listener, 0);
+    Bytes before;
+    for (const Row_Payload& payload : row_payloads(numbered_super_frames(0, 100))) {
+        m_counters.append(before, 0, payload);
+    }
+    before.resize(before.size() - 16 * 5); // cut within a super frame
+    Bytes after;
+    for (const Row_Payload& payload : row_payloads(numbered_super_frames(13 * 100, 1793))) {
+        m_counters.append(after, 0, payload);
+    }
+    captured_output([&] {
+        m_demux.start_worker_threads();
+        std::thread main_demux_thread([this] { m_demux.run(); });
+        for (const Bytes& buffer : in_buffers(before)) {
+            push_bytes(m_demux, buffer);
+        }
+        m_demux.wait_until_delivered();
+        m_demux.drop_unfinished_blocks();
+        for (const Bytes& buffer : in_buffers(after)) {
+            push_bytes(m_demux, buffer);
+        }
+        m_demux.poison_queue();
+        main_demux_thread.join();
+    });
+    EXPECT_EQ(listener->count(Band::AP), 1792U) << "a whole block of what came after";
+}
+
 } // namespace

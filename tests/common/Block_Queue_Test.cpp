@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <atomic>
 #include <cstdint>
 #include <numeric>
 #include <span>
@@ -163,6 +164,52 @@ TEST(BlockQueue, CarriesEverythingFromAProducerToAConsumerThread) {
     }
     producer.join();
     EXPECT_EQ(mismatches, 0);
+}
+
+TEST(BlockQueue, WaitForConsumptionOfNothingReturnsAtOnce) {
+    Block_Queue<int> queue;
+    queue.wait_until_consumed();
+    queue.push_unbounded(1);
+    queue.pop();
+    queue.wait_until_consumed();
+    EXPECT_EQ(queue.size(), 0U);
+}
+
+TEST(BlockQueue, WaitForConsumptionReturnsWhenWhatWasPushedIsRemoved) {
+    Block_Queue<int> queue;
+    constexpr int count = 1000;
+    std::atomic<int> sum{0};
+    std::thread consumer([&] {
+        for (int i = 0; i < count; ++i) {
+            sum += queue.wait_front();
+            queue.pop();
+        }
+    });
+    for (int i = 1; i <= count; ++i) {
+        queue.push_unbounded(i);
+        if (i % 100 == 0) {
+            queue.wait_until_consumed();
+            EXPECT_EQ(sum, i * (i + 1) / 2);
+        }
+    }
+    consumer.join();
+}
+
+TEST(BlockQueue, WaitForConsumptionDoesNotWaitForWhatIsPushedLater) {
+    Block_Queue<int> queue;
+    queue.push_unbounded(1);
+    std::atomic<bool> done{false};
+    std::thread consumer([&] {
+        // Never empty again until the wait is over.
+        for (int next = 2; !done; ++next) {
+            queue.push_unbounded(next);
+            queue.pop();
+        }
+    });
+    queue.wait_until_consumed();
+    done = true;
+    consumer.join();
+    EXPECT_EQ(queue.size(), 1U);
 }
 
 } // namespace

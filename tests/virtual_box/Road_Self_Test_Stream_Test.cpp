@@ -1,0 +1,212 @@
+// The self tests that judge the stream of a probe, in hardware mode: the modelled probe sends what its mode
+// registers say.
+#include "Box_Fixture.h"
+#include "Stream_Check.h"
+
+#include "C_ORBE_Controller_Library.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+namespace {
+
+using namespace Pelgar::ORBE;
+using namespace Pelgar::ORBE::test;
+using Headstage = Virtual_Headstage;
+
+constexpr unsigned port = 2;
+constexpr std::uint64_t block = 1792;
+
+std::size_t occurrences(const std::string& text, const std::string& part) {
+    std::size_t count = 0;
+    for (auto at = text.find(part); at != std::string::npos; at = text.find(part, at + part.size())) {
+        ++count;
+    }
+    return count;
+}
+
+class Stream_Self_Tests : public Box_Fixture {
+protected:
+    // A box whose test signal lies in this bin of 1,024.
+    void open_with_tone(double bin) {
+        auto options = stream_options();
+        options.tone_frequency = recording::frequency_of_bin(bin);
+        m_box = std::make_shared<Virtual_Box>(options);
+        *npoe_adapter::g_controller_factory = [box = m_box](bool) {
+            return std::make_shared<ORBE_Controller_Library>(std::make_shared<Virtual_Box_Controller>(box),
+                                                             false);
+        };
+        open_box();
+    }
+
+    void open_box() {
+        open();
+        EXPECT_EQ(Neuropixels::openPort(slot, port + 1), Neuropixels::SUCCESS);
+        headstage().forget_frames();
+        m_box->forget_accesses();
+    }
+
+    ORBE_Controller_Library& controller() { return *npoe_adapter::current_controller(); }
+
+    Headstage& headstage() { return m_box->headstage(port); }
+
+    Printed psb_test(bool result) {
+        return printed_by([&] { EXPECT_EQ(controller().bist_PSB(port), result); });
+    }
+
+    Printed signal_test(bool result) {
+        return printed_by([&] { EXPECT_EQ(controller().bist_Signal(port), result); });
+    }
+
+    // Lets the next bring-up in this mode lose the write of the mode register.
+    void lose_mode(E_ORBE_Init_Config init_config, std::uint8_t mode) {
+        // The first bring-up powers the probe; later ones are all alike.
+        for (int bring_up = 0; bring_up < 2; ++bring_up) {
+            headstage().forget_frames();
+            ASSERT_TRUE(controller().probe_init_part_2(port, init_config));
+        }
+        const auto frames = headstage().frames();
+        const Link_Frame write{0x79, Headstage::probe_asic, 0x00, 1, mode};
+        const auto at = std::find(frames.begin(), frames.end(), write);
+        ASSERT_NE(at, frames.end());
+        headstage().forget_frames();
+        headstage().fail_once(static_cast<std::size_t>(at - frames.begin()) + 1, Link_Fault::lost_write);
+    }
+
+    void expect_streams_off() {
+        EXPECT_EQ(m_box->value(Virtual_Box::configuration) & 0xFU, 0U);
+        EXPECT_EQ(m_box->value(RHD_Interface_Model::enabled_streams), 0U);
+    }
+};
+
+TEST_F(Stream_Self_Tests, PatternOfTheProbePassesThePSBTest) {
+    open_box();
+    const Printed printed = psb_test(true);
+    EXPECT_EQ(occurrences(printed.out, "failed_comparison_count : 0\n"), 1U);
+    EXPECT_EQ(occurrences(printed.out, "End of Bist PSB test\n"), 1U);
+    EXPECT_EQ(m_log.count(0, "Already prepard for streaming"), 1);
+    EXPECT_EQ(m_box->stream().reads(), 100U);
+    // 100 MiB of the port's rows, and the whole blocks in them that another row follows.
+    const std::uint64_t sets = ((100ULL << 20U) / 16 - 1) / 65 / block * block;
+    EXPECT_EQ(occurrences(printed.out, "successful_comparison_count : " + std::to_string(sets) + "\n"), 1U);
+    EXPECT_EQ(headstage().value(Headstage::probe_asic, 0x00), 0x50) << "the probe is left in its test mode";
+    expect_streams_off();
+}
+
+TEST_F(Stream_Self_Tests, ProbeThatDoesNotSendThePatternFailsThePSBTest) {
+    open_box();
+    lose_mode(E_ORBE_Init_Config::psb_test, 0x50);
+    const Printed printed = psb_test(false);
+    EXPECT_EQ(occurrences(printed.out, "successful_comparison_count : 0\n"), 1U);
+    EXPECT_GT(occurrences(printed.err, "PSB test ch_data compare failed at : "), block);
+    expect_streams_off();
+}
+
+TEST_F(Stream_Self_Tests, SignalOfTheProbePassesTheSignalTest) {
+    open_with_tone(40);
+    const Printed printed = signal_test(true);
+    EXPECT_EQ(occurrences(printed.out, ", peek frq = 1183.71 Hz , peek mag : "), 384U);
+    EXPECT_EQ(occurrences(printed.out, "Frq check passed at trial number : 0\n"), 1U);
+    EXPECT_EQ(headstage().value(Headstage::probe_asic, 0x02), 0x90);
+    expect_streams_off();
+}
+
+TEST_F(Stream_Self_Tests, SignalOfAWrongFrequencyFailsTheSignalTest) {
+    open_with_tone(38);
+    const Printed printed = signal_test(false);
+    EXPECT_EQ(occurrences(printed.out, ", peek frq = 1124.53 Hz , peek mag : "), 5U * 384U);
+    EXPECT_EQ(occurrences(printed.out, "Frq check failed\n"), 5U * 384U);
+    expect_streams_off();
+}
+
+TEST_F(Stream_Self_Tests, ProbeThatDoesNotSendTheSignalFailsTheSignalTest) {
+    open_box();
+    lose_mode(E_ORBE_Init_Config::pixel_test, 0x60);
+    const Printed printed = signal_test(false);
+    EXPECT_GT(occurrences(printed.out, "Frq check failed\n"), 1000U);
+}
+
+TEST_F(Stream_Self_Tests, BringUpThatFailsEndsBothTests) {
+    open_box();
+    headstage().fail_from(1, Link_Fault::silence);
+    EXPECT_EQ(occurrences(psb_test(false).out + signal_test(false).out, "Saving stream listeners\n"), 0U);
+    EXPECT_EQ(m_log.count(-2, "probe_init_part_2 failed"), 2);
+    EXPECT_EQ(m_box->stream().reads(), 0U);
+}
+
+TEST_F(Stream_Self_Tests, FailingReadEndsThePSBTest) {
+    open_box();
+    m_box->stream().fail_read(1, {DMA_Read_Fault::Kind::fails});
+    const Printed printed = psb_test(false);
+    EXPECT_EQ(occurrences(printed.out, "successful_comparison_count : 0\nfailed_comparison_count : 0\n"
+                                       "Restoring stream listeners\nEnd of Bist PSB test\n"),
+              1U);
+    EXPECT_EQ(m_box->stream().reads(), 1U);
+    EXPECT_EQ(error_level(), Error_Level::dma_pump);
+}
+
+TEST_F(Stream_Self_Tests, ReadThatFailsLaterLeavesWhatCameBefore) {
+    open_box();
+    m_box->stream().fail_read(4, {DMA_Read_Fault::Kind::fails});
+    const Printed printed = psb_test(true);
+    EXPECT_EQ(occurrences(printed.out, "successful_comparison_count : 1792\n"), 1U);
+}
+
+TEST_F(Stream_Self_Tests, FailingReadEndsTheSignalTest) {
+    open_box();
+    m_box->stream().fail_read(2, {DMA_Read_Fault::Kind::fails});
+    const Printed printed = signal_test(false);
+    EXPECT_EQ(occurrences(printed.out, "Restoring stream listeners\n"), 1U);
+    EXPECT_EQ(m_box->stream().reads(), 2U);
+    EXPECT_EQ(m_log.count(-2, "signal test : 0 AP samples instead of 1024"), 1);
+}
+
+TEST_F(Stream_Self_Tests, StreamThatDriesUpEndsTheSignalTest) {
+    open_box();
+    m_box->stream().set_observer(
+        [&](std::span<const std::uint8_t>) { m_box->lock_at_look(port, std::nullopt); });
+    signal_test(false);
+    EXPECT_EQ(m_box->stream().reads(), 100U);
+    EXPECT_EQ(m_log.count(-2, "signal test : 0 AP samples instead of 1024"), 1);
+    expect_streams_off();
+}
+
+TEST_F(Stream_Self_Tests, AcquisitionAfterTheTestsIsExact) {
+    open_box();
+    psb_test(true);
+    signal_test(true);
+    ASSERT_EQ(Neuropixels::init(slot, port + 1, 1), Neuropixels::SUCCESS);
+    const std::uint64_t before = m_box->stream().ticks();
+    Stream_Check check(m_box->stream());
+    ASSERT_EQ(Neuropixels::start_acquisition(slot, 1), Neuropixels::SUCCESS);
+    EXPECT_TRUE(check.run_to(before + 2 * block + 600));
+    check.finish();
+    EXPECT_EQ(check.differences(), std::vector<std::string>{});
+    for (unsigned number = 1; number <= 4; ++number) {
+        EXPECT_EQ(check.packets(number), 2 * block / 12);
+    }
+    EXPECT_EQ(Neuropixels::stop_acquisition(slot, 1), Neuropixels::SUCCESS);
+    psb_test(true);
+}
+
+TEST_F(Stream_Self_Tests, TestsAreRefusedWhileAnAcquisitionRuns) {
+    open_box();
+    Stream_Check check(m_box->stream());
+    ASSERT_EQ(Neuropixels::start_acquisition(slot, 1), Neuropixels::SUCCESS);
+    EXPECT_FALSE(controller().bist_PSB(port));
+    EXPECT_FALSE(controller().bist_Signal(port));
+    EXPECT_EQ(m_log.count(-2, "bist_PSB needs the stream, which is in use"), 1);
+    EXPECT_TRUE(headstage().frames().empty());
+    EXPECT_TRUE(check.run_to(block + 600));
+    check.finish();
+    EXPECT_EQ(check.differences(), std::vector<std::string>{});
+}
+
+} // namespace

@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <set>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -100,6 +101,21 @@ TEST(Row_Source, ReadyBytesAreTakenPieceByPiece) {
     EXPECT_EQ(source.take(100).size(), 100U);
     EXPECT_EQ(source.take(100000).size(), rows_per_super_frame * row_bytes - 100);
     EXPECT_EQ(source.take(1).size(), 0U);
+}
+
+TEST(Row_Source, ProbeInATestModeSendsItsPatternOrTheTone) {
+    for (const auto& [output, kind] : {std::pair(Probe_Output::test_pattern, Signal_Kind::pattern),
+                                       std::pair(Probe_Output::test_signal, Signal_Kind::tone)}) {
+        Recording_Options options;
+        options.super_frames = 20;
+        options.ports = {2};
+        options.rhd = false;
+        options.signals = {{kind, every_channel()}};
+        Row_Source source({});
+        Stream_Enables enables{{false, true}, std::nullopt};
+        enables.outputs[1] = output;
+        EXPECT_EQ(ticks_of(source, enables, 20), make_recording(options));
+    }
 }
 
 } // namespace
