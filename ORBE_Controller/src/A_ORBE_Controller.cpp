@@ -4,7 +4,9 @@
 #include "Console.h"
 #include "FPGA_Register_Map.h"
 
-#if defined(__linux__)
+#if defined(_WIN32)
+#include "CP_Win_ORBE_Controller.h"
+#elif defined(__linux__)
 #include "CP_Linux_ORBE_Controller.h"
 #endif
 
@@ -17,7 +19,9 @@ namespace base_address = register_map::base_address;
 namespace {
 
 std::shared_ptr<A_ORBE_Controller> make_hardware_back_end() {
-#if defined(__linux__)
+#if defined(_WIN32)
+    return std::make_shared<CP_Win_ORBE_Controller>();
+#elif defined(__linux__)
     return std::make_shared<CP_Linux_ORBE_Controller>();
 #else
     throw std::runtime_error("no driver for the box on this platform");
