@@ -12,7 +12,7 @@
 
 namespace Pelgar::ORBE {
 
-class CP_Linux_ORBE_Controller final : public A_ORBE_Controller {
+class CP_Linux_ORBE_Controller : public A_ORBE_Controller {
 public:
     // The driver makes its device files in `device_folder`.
     explicit CP_Linux_ORBE_Controller(std::string device_folder = "/dev");
