@@ -4,6 +4,7 @@
 #include "ADC_Calibration.h"
 #include "Checked_Index.h"
 #include "Console.h"
+#include "Copy_Text.h"
 #include "Headstage_Devices.h"
 #include "NP_Probe_Config_Reader.h"
 #include "NP_Probe_Layout.h"
@@ -13,7 +14,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cstring>
 #include <exception>
 #include <fstream>
 #include <limits>
@@ -31,16 +31,6 @@ std::uint8_t to_setting(int number) {
     constexpr std::uint8_t never_accepted = 254;
     const bool fits = number >= 0 && number <= std::numeric_limits<std::uint8_t>::max();
     return fits ? static_cast<std::uint8_t>(number) : never_accepted;
-}
-
-// Copies a text into a host's buffer of `length` characters, closing zero included.
-void copy_text(const std::string& text, char* buffer, unsigned length) {
-    if (buffer == nullptr || length == 0) {
-        return;
-    }
-    const std::size_t count = std::min<std::size_t>(text.size(), length - 1);
-    std::memcpy(buffer, text.data(), count);
-    buffer[count] = '\0';
 }
 
 // Reads at most `max` characters of a text, one register each.
