@@ -9,6 +9,8 @@ Never_Destroyed<std::shared_ptr<ORBE_Controller_Library>> g_controller;
 Never_Destroyed<std::array<std::shared_ptr<NP_Converter>, np_port_count>> g_np_converters;
 Never_Destroyed<std::shared_ptr<RHD_Converter>> g_rhd_converter;
 
+Never_Destroyed<std::mutex> g_i2c_mutex;
+
 Never_Destroyed<std::unique_ptr<std::thread>> g_pump_thread;
 std::atomic<bool> g_acquisition_running{false};
 Relaxed<bool> g_stop_requested{false};

@@ -5,6 +5,7 @@
 
 #include "C_ORBE_Controller_Library.h"
 #include "L2_CH_Results_NP_PXI_Format_Converter.h"
+#include "Last_Error.h"
 #include "NeuropixAPI.h"
 #include "Never_Destroyed.h"
 #include "RHD_to_PXI_ADC_Format_Converter.h"
@@ -34,6 +35,9 @@ extern Never_Destroyed<std::shared_ptr<ORBE_Controller_Library>> g_controller;
 extern Never_Destroyed<std::array<std::shared_ptr<NP_Converter>, np_port_count>> g_np_converters;
 extern Never_Destroyed<std::shared_ptr<RHD_Converter>> g_rhd_converter;
 
+// Held by every operation on a probe or its link: all ports share one UART, whose answers carry no tag.
+extern Never_Destroyed<std::mutex> g_i2c_mutex;
+
 extern Never_Destroyed<std::unique_ptr<std::thread>> g_pump_thread;
 extern std::atomic<bool> g_acquisition_running;
 extern Relaxed<bool> g_stop_requested;
@@ -61,6 +65,7 @@ std::shared_ptr<RHD_Converter> current_rhd_converter();
 // std::runtime_error from below are logged and answered as failures.
 template <typename Operation>
 Neuropixels::NP_ErrorCode forward_to_controller(const char* name, Operation operation) {
+    keep_last_errors();
     const auto controller = current_controller();
     if (!controller) {
         LOG_F(ERROR, "%s : no basestation is open", name);
@@ -77,6 +82,13 @@ Neuropixels::NP_ErrorCode forward_to_controller(const char* name, Operation oper
         LOG_F(ERROR, "%s : %s", name, exception.what());
         return Neuropixels::FAILED;
     }
+}
+
+// As `forward_to_controller`, for an operation on a probe or its link. Blocks while another one runs.
+template <typename Operation>
+Neuropixels::NP_ErrorCode forward_over_i2c(const char* name, Operation operation) {
+    const std::lock_guard lock(*g_i2c_mutex);
+    return forward_to_controller(name, operation);
 }
 
 // Writes through an output pointer of the host, which may be null.

@@ -4,6 +4,7 @@
 
 #include "Adapter_State.h"
 #include "File_Switch.h"
+#include "Last_Error.h"
 #include "Pump_Thread.h"
 
 #include <loguru.hpp>
@@ -104,6 +105,7 @@ bool bring_up(ORBE_Controller_Library& controller) {
 int getDeviceList(basestationID* list, int count) {
     LOG_SCOPE_F(INFO, "getDeviceList");
     LOG_F(INFO, "count : %d", count);
+    keep_last_errors();
     if (g_log_file_pending.exchange(false)) {
         loguru::add_file(log_file, loguru::Truncate, log_file_verbosity);
     }
@@ -130,6 +132,7 @@ bool tryGetSlotID(const basestationID* /*id*/, int* slotID) {
 NP_ErrorCode openBS(int slotID) {
     LOG_SCOPE_F(INFO, "openBS");
     LOG_F(INFO, "slotID : %d", slotID);
+    keep_last_errors();
     if (current_controller()) {
         LOG_F(INFO, "Warning re initalizing library. slotID : %d", slotID);
     }

@@ -3,11 +3,16 @@
 //
 // Errors: functions that return NP_ErrorCode answer SUCCESS (0) when the call was carried out and FAILED (1)
 // when the operation on the box failed or no basestation is open; openBS alone answers 5 when the box or the
-// recording cannot be brought up. Null output pointers are skipped.
+// recording cannot be brought up. Functions under "Not supported" are there so that a host that imports them
+// starts: they are logged, write nothing and answer NOTSUPPORTED (0xFE). Null output pointers are skipped.
+//
+// NeuropixAPI_Functions.inc lists all functions; NeuropixAPI_C.h declares them once more for hosts that look
+// them up by their plain names.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
+#include <ctime>
 #include <string>
 
 #if defined(_WIN32)
@@ -376,6 +381,17 @@ typedef void (*np_systemeventcallbackfn_t)(npsystemevent_t, const void* eventdat
 // Writes the API version that this library presents: 1, 0.
 NP_EXPORT void getAPIVersion(int* version_major, int* version_minor);
 
+// Write a text of at most `len` characters, closing zero included, and return the number of characters of the
+// whole text without the closing zero, so that a longer answer than `len - 1` tells of a cut text.
+// The API version as a text: "1.0".
+NP_EXPORT size_t getAPIVersionFull(char* text, size_t len);
+// What the calling thread's last failed call wrote to the log, the last line of it; empty when there was
+// none.
+NP_EXPORT size_t getLastErrorMessage(char* text, size_t len);
+
+// A short text for a result, also for a number that is none. Never null; stays valid.
+NP_EXPORT const char* getErrorMessage(NP_ErrorCode code);
+
 // Fills list[0] with the box's identifier and returns the number of devices, always 1. The process's first
 // call also starts the log file "ORBE.log" in the working directory.
 NP_EXPORT int getDeviceList(basestationID* list, int count);
@@ -392,6 +408,13 @@ NP_EXPORT NP_ErrorCode mapBS(int serialnr, int slot);
 NP_EXPORT NP_ErrorCode setParameter(np_parameter_t parameter, int value);
 NP_EXPORT void np_dbg_setlevel(int level);
 
+// Not supported.
+NP_EXPORT NP_ErrorCode unmapBS(int slot);
+NP_EXPORT NP_ErrorCode destroyHandle(npcallbackhandle_t* handle);
+NP_EXPORT NP_ErrorCode getParameter(np_parameter_t parameter, int* value);
+NP_EXPORT NP_ErrorCode setParameter_double(np_parameter_t parameter, double value);
+NP_EXPORT NP_ErrorCode getParameter_double(np_parameter_t parameter, double* value);
+
 // ---- Basestation ----------------------------------------------------------------------------------------
 
 // Opens the box, or, when the file "ORBE_DFGMZ_ADAPTER_SIM" lies in the working directory, the recorded raw
@@ -402,13 +425,49 @@ NP_EXPORT NP_ErrorCode openBS(int slotID);
 // Stops streaming, wakes blocked readers and releases the box. Returns 0.
 NP_EXPORT NP_ErrorCode closeBS(int slotID);
 
-// Whether the link of the port's headstage was locked when the box was opened. False for ports outside 1..4.
-NP_EXPORT NP_ErrorCode detectHeadStage(int slotID, int portID, bool* detected);
-
 // Triggering is not supported: acquisition runs from start_acquisition on. Logged; returns 0.
 NP_EXPORT NP_ErrorCode arm(int slotID);
 NP_EXPORT NP_ErrorCode setSWTrigger(int slotID);
 NP_EXPORT NP_ErrorCode setSWTriggerEx(int slotID, swtriggerflags_t triggerflags);
+
+// The box's connectors are wired as they are. Logged; returns 0.
+NP_EXPORT NP_ErrorCode switchmatrix_set(int slotID, switchmatrixoutput_t output, switchmatrixinput_t input,
+                                        bool connect);
+
+// Fixed answers: 2.0.1 "ORBE 1.0" for the basestation, 2.0.1 "ORBE Firmware 1.0" for its connect board.
+NP_EXPORT NP_ErrorCode bs_getFirmwareInfo(int slotID, firmware_Info* info);
+NP_EXPORT NP_ErrorCode bsc_getFirmwareInfo(int slotID, firmware_Info* info);
+
+// The box's flash is not written from here: neither the file nor `progress` is used. Logged; returns 0.
+NP_EXPORT NP_ErrorCode bs_updateFirmware(int slotID, const char* filename,
+                                         int (*progress)(size_t byteswritten));
+NP_EXPORT NP_ErrorCode bsc_updateFirmware(int slotID, const char* filename,
+                                          int (*progress)(size_t byteswritten));
+
+// Logged; returns 0, the count is not written.
+NP_EXPORT NP_ErrorCode getHSSupportedProbeCount(int slotID, int portID, int* count);
+
+// Not supported.
+NP_EXPORT NP_ErrorCode detectBS(int slotID, bool* detected);
+NP_EXPORT NP_ErrorCode setTriggerEdge(int slotID, bool rising);
+NP_EXPORT NP_ErrorCode switchmatrix_get(int slotID, switchmatrixoutput_t output, switchmatrixinput_t input,
+                                        bool* connected);
+NP_EXPORT NP_ErrorCode switchmatrix_clear(int slotID, switchmatrixoutput_t output);
+NP_EXPORT NP_ErrorCode switchmatrix_setInputInversion(int slotID, switchmatrixinput_t input, bool invert);
+NP_EXPORT NP_ErrorCode switchmatrix_getInputInversion(int slotID, switchmatrixinput_t input, bool* invert);
+NP_EXPORT NP_ErrorCode switchmatrix_setOutputInversion(int slotID, switchmatrixoutput_t output, bool invert);
+NP_EXPORT NP_ErrorCode switchmatrix_getOutputInversion(int slotID, switchmatrixoutput_t output, bool* invert);
+NP_EXPORT NP_ErrorCode switchmatrix_setOutputTriggerEdge(int slotID, switchmatrixoutput_t output,
+                                                         triggeredge_t edge);
+NP_EXPORT NP_ErrorCode switchmatrix_getOutputTriggerEdge(int slotID, switchmatrixoutput_t output,
+                                                         triggeredge_t* edge);
+NP_EXPORT NP_ErrorCode setDataMode(int slotID, int portID, np_datamode_t mode);
+NP_EXPORT NP_ErrorCode getDataMode(int slotID, int portID, np_datamode_t* mode);
+NP_EXPORT NP_ErrorCode bs_getTemperature(int slotID, double* temperature);
+NP_EXPORT NP_ErrorCode bsc_getTemperature(int slotID, double* temperature);
+NP_EXPORT NP_ErrorCode setFileStream(int slotID, const char* filename);
+NP_EXPORT NP_ErrorCode enableFileStream(int slotID, bool enable);
+NP_EXPORT NP_ErrorCode getBSCSupportedPortCount(int slotID, int* count);
 
 // ---- Port and headstage --------------------------------------------------------------------------------
 
@@ -417,10 +476,38 @@ NP_EXPORT NP_ErrorCode openPort(int slotID, int portID);
 // Logged; returns 0.
 NP_EXPORT NP_ErrorCode closePort(int slotID, int portID);
 
+// Whether the link of the port's headstage was locked when the box was opened. False for ports outside 1..4.
+NP_EXPORT NP_ErrorCode detectHeadStage(int slotID, int portID, bool* detected);
+
 // Reads the headstage's part number as a text of at most `len` characters, closing zero included. Blocks,
 // with a look once a second, until a port has been opened. A headstage whose EEPROM holds none counts as
 // "NP2_HS_30".
 NP_EXPORT NP_ErrorCode readHSPN(int slotID, int portID, char* pn, size_t len);
+
+// Read the probe's EEPROM: the part number as a text of at most `len` characters, closing zero included.
+NP_EXPORT NP_ErrorCode readProbePN(int slotID, int portID, int dockID, char* pn, size_t len);
+NP_EXPORT NP_ErrorCode readProbeSN(int slotID, int portID, int dockID, uint64_t* sn);
+
+// Fixed answers for parts that the box does not have: version 1, 0 for the connect board, the headstage and
+// the flex; the part numbers "ORBE NA" and "Pelgar ORBE Flex", at most `len` characters with the closing
+// zero; the serial number 12345.
+NP_EXPORT NP_ErrorCode getBSCVersion(int slotID, int* version_major, int* version_minor);
+NP_EXPORT NP_ErrorCode getHSVersion(int slotID, int portID, int* version_major, int* version_minor);
+NP_EXPORT NP_ErrorCode getFlexVersion(int slotID, int portID, int dockID, int* version_major,
+                                      int* version_minor);
+NP_EXPORT NP_ErrorCode readBSCPN(int slotID, char* pn, size_t len);
+NP_EXPORT NP_ErrorCode readBSCSN(int slotID, uint64_t* sn);
+NP_EXPORT NP_ErrorCode readFlexPN(int slotID, int portID, int dockID, char* pn, size_t len);
+
+// Logged; return 0 and write nothing.
+NP_EXPORT NP_ErrorCode detectFlex(int slotID, int portID, int dockID, bool* detected);
+NP_EXPORT NP_ErrorCode readHSSN(int slotID, int portID, uint64_t* sn);
+NP_EXPORT NP_ErrorCode setHSLed(int slotID, int portID, bool enable);
+
+// Not supported.
+NP_EXPORT NP_ErrorCode setPortSyncPattern(int slotID, int portID, uint32_t* pattern);
+NP_EXPORT NP_ErrorCode getPortSyncPattern(int slotID, int portID, uint32_t* pattern);
+NP_EXPORT NP_ErrorCode setVirtualHeadstage(int slotID, int portID);
 
 // ---- Probe ----------------------------------------------------------------------------------------------
 
@@ -458,9 +545,21 @@ NP_EXPORT NP_ErrorCode setOPMODE(int slotID, int portID, int dockID, probe_opmod
 // Feeds the test signal into the pixels, or goes back to recording. Returns 0.
 NP_EXPORT NP_ErrorCode probe_set_bist_mode(int portID, bool enable);
 
-// Read the probe's EEPROM: the part number as a text of at most `len` characters, closing zero included.
-NP_EXPORT NP_ErrorCode readProbePN(int slotID, int portID, int dockID, char* pn, size_t len);
-NP_EXPORT NP_ErrorCode readProbeSN(int slotID, int portID, int dockID, uint64_t* sn);
+// Electrodes are chosen one at a time, by selectElectrode. Logged; return 0.
+NP_EXPORT NP_ErrorCode selectColumnPattern(int slotID, int portID, int dockID, columnpattern_t pattern);
+NP_EXPORT NP_ErrorCode selectElectrodeGroup(int slotID, int portID, int dockID, int group, int bank);
+NP_EXPORT NP_ErrorCode selectElectrodeGroupMask(int slotID, int portID, int dockID, int group,
+                                                electrodebanks_t banks);
+
+// Not supported.
+NP_EXPORT NP_ErrorCode setProbeSyncPattern(int slotID, int portID, int dockID, uint32_t* pattern);
+NP_EXPORT NP_ErrorCode getProbeSyncPattern(int slotID, int portID, int dockID, uint32_t* pattern);
+NP_EXPORT NP_ErrorCode setTestSignal(int slotID, int portID, int dockID, bool enable);
+NP_EXPORT NP_ErrorCode setCALMODE(int slotID, int portID, int dockID, testinputmode_t mode);
+NP_EXPORT NP_ErrorCode setREC_NRESET(int slotID, int portID, bool state);
+NP_EXPORT NP_ErrorCode selectElectrodeMask(int slotID, int portID, int dockID, int channel, int shank,
+                                           electrodebanks_t banks);
+NP_EXPORT NP_ErrorCode setStdb(int slotID, int portID, int dockID, int channel, bool standby);
 
 // ---- FPGA design ----------------------------------------------------------------------------------------
 
@@ -492,12 +591,22 @@ NP_EXPORT NP_ErrorCode readElectrodeData(int slotID, int portID, int dockID, ele
 NP_EXPORT NP_ErrorCode getElectrodeDataFifoState(int slotID, int portID, int dockID, int* packetsAvailable,
                                                  int* headroom);
 
-// Probe packets come from readElectrodeData only; these are logged and write nothing.
+// Probe packets come from readElectrodeData only; these are logged, return 0 and write nothing.
 NP_EXPORT NP_ErrorCode readPackets(int slotID, int portID, int dockID, streamsource_t source,
                                    PacketInfo* packetInfo, int16_t* data, int channelCount, int packetCount,
                                    int* packetsRead);
 NP_EXPORT NP_ErrorCode getPacketFifoStatus(int slotID, int portID, int dockID, streamsource_t source,
                                            int* packetsAvailable, int* headroom);
+
+// Not supported.
+NP_EXPORT NP_ErrorCode readPacket(int slotID, int portID, int dockID, streamsource_t source,
+                                  PacketInfo* packetInfo, int16_t* data, int channelCount, int* actualRead);
+NP_EXPORT NP_ErrorCode createSlotPacketCallback(int slotID, npcallbackhandle_t* handle,
+                                                np_packetcallbackfn_t callback, const void* userdata);
+NP_EXPORT NP_ErrorCode createProbePacketCallback(int slotID, int portID, int dockID, streamsource_t source,
+                                                 npcallbackhandle_t* handle, np_packetcallbackfn_t callback,
+                                                 const void* userdata);
+NP_EXPORT NP_ErrorCode unpackData(const np_packet_t* packet, int16_t* data, int sampleCount, int* actualRead);
 
 // ---- Auxiliary I/O --------------------------------------------------------------------------------------
 
@@ -507,5 +616,175 @@ NP_EXPORT NP_ErrorCode getPacketFifoStatus(int slotID, int portID, int dockID, s
 // `channelCount` is not looked at. Returns 0.
 NP_EXPORT NP_ErrorCode ADC_readPackets(int slotID, PacketInfo* packetInfo, int16_t* data, int channelCount,
                                        int packetCount, int* packetsRead);
+
+// The box has no wave player and no analog outputs, and its inputs have one range. Logged; return 0.
+NP_EXPORT NP_ErrorCode waveplayer_writeBuffer(int slotID, const int16_t* data, int len);
+NP_EXPORT NP_ErrorCode waveplayer_arm(int slotID, bool singleshot);
+NP_EXPORT NP_ErrorCode waveplayer_setSampleFrequency(int slotID, double frequency);
+NP_EXPORT NP_ErrorCode ADC_setVoltageRange(int slotID, ADCrange_t range);
+NP_EXPORT NP_ErrorCode DAC_enableOutput(int slotID, int channel, bool enable);
+NP_EXPORT NP_ErrorCode DAC_setProbeSniffer(int slotID, int channel, int portID, int dockID, int channelnr,
+                                           streamsource_t source);
+
+// Not supported.
+NP_EXPORT NP_ErrorCode waveplayer_getSampleFrequency(int slotID, double* frequency);
+NP_EXPORT NP_ErrorCode ADC_read(int slotID, int channel, double* voltage);
+NP_EXPORT NP_ErrorCode ADC_readComparator(int slotID, int channel, bool* state);
+NP_EXPORT NP_ErrorCode ADC_readComparators(int slotID, uint32_t* states);
+NP_EXPORT NP_ErrorCode ADC_enableProbe(int slotID, bool enable);
+NP_EXPORT NP_ErrorCode ADC_getStreamConversionFactor(int slotID, double* lsbToVoltage, int* bitDepth);
+NP_EXPORT NP_ErrorCode ADC_setComparatorThreshold(int slotID, int channel, double vlow, double vhigh);
+NP_EXPORT NP_ErrorCode ADC_getComparatorThreshold(int slotID, int channel, double* vlow, double* vhigh);
+NP_EXPORT NP_ErrorCode ADC_getVoltageRange(int slotID, ADCrange_t* range);
+NP_EXPORT NP_ErrorCode DAC_setVoltage(int slotID, int channel, double voltage);
+NP_EXPORT NP_ErrorCode DAC_setDigitalLevels(int slotID, int channel, double vhigh, double vlow);
+NP_EXPORT NP_ErrorCode ADC_getPacketFifoStatus(int slotID, int* packetsAvailable, int* headroom);
+
+// ---- Self tests -----------------------------------------------------------------------------------------
+
+// Answer 0 when the test passes and 1 when it fails. Tests of a port use its headstage link and must not run
+// while the host streams from the port.
+
+// Whether a basestation is open.
+NP_EXPORT NP_ErrorCode bistBS(int slotID);
+// Whether the port's link is locked.
+NP_EXPORT NP_ErrorCode bistHB(int slotID, int portID, int dockID);
+// Pseudo-random bits over the port's link; stopping writes the number of wrong ones.
+NP_EXPORT NP_ErrorCode bistStartPRBS(int slotID, int portID);
+NP_EXPORT NP_ErrorCode bistStopPRBS(int slotID, int portID, int* prbs_err);
+// Writes two patterns into a register of the probe and reads them back.
+NP_EXPORT NP_ErrorCode bistI2CMM(int slotID, int portID, int dockID);
+// Reads both EEPROMs twice and compares.
+NP_EXPORT NP_ErrorCode bistEEPROM(int slotID, int portID);
+// Uploads the configuration and has the probe check its shift registers.
+NP_EXPORT NP_ErrorCode bistSR(int slotID, int portID, int dockID);
+
+// Not run by this box. Logged; return 0.
+NP_EXPORT NP_ErrorCode bistNoise(int slotID, int portID, int dockID);
+NP_EXPORT NP_ErrorCode bistSignal(int slotID, int portID, int dockID);
+
+// The headstage tester is not known to this box. Logged; its version is answered with 1, the tests with 0,
+// and nothing is written.
+NP_EXPORT NP_ErrorCode HST_GetVersion(int slotID, int portID, int* version_major, int* version_minor);
+NP_EXPORT NP_ErrorCode HSTestVDDA1V2(int slotID, int portID);
+NP_EXPORT NP_ErrorCode HSTestVDDD1V2(int slotID, int portID);
+NP_EXPORT NP_ErrorCode HSTestVDDA1V8(int slotID, int portID);
+NP_EXPORT NP_ErrorCode HSTestVDDD1V8(int slotID, int portID);
+NP_EXPORT NP_ErrorCode HSTestOscillator(int slotID, int portID);
+NP_EXPORT NP_ErrorCode HSTestMCLK(int slotID, int portID);
+NP_EXPORT NP_ErrorCode HSTestPCLK(int slotID, int portID);
+NP_EXPORT NP_ErrorCode HSTestPSB(int slotID, int portID);
+NP_EXPORT NP_ErrorCode HSTestI2C(int slotID, int portID);
+NP_EXPORT NP_ErrorCode HSTestNRST(int slotID, int portID);
+NP_EXPORT NP_ErrorCode HSTestREC_NRESET(int slotID, int portID);
+
+// Not supported.
+NP_EXPORT NP_ErrorCode bistReadPRBS(int slotID, int portID, int* prbs_err);
+
+// ---- File streams ---------------------------------------------------------------------------------------
+
+// Not supported; streamTell answers 0.
+NP_EXPORT NP_ErrorCode streamOpenFile(const char* filename, int portID, int dockID, streamsource_t source,
+                                      np_streamhandle_t* handle);
+NP_EXPORT NP_ErrorCode streamClose(np_streamhandle_t handle);
+NP_EXPORT NP_ErrorCode streamSeek(np_streamhandle_t handle, uint64_t position, uint32_t* timestamp);
+NP_EXPORT NP_ErrorCode streamSetPos(np_streamhandle_t handle, uint64_t position);
+NP_EXPORT uint64_t streamTell(np_streamhandle_t handle);
+NP_EXPORT NP_ErrorCode streamRead(np_streamhandle_t handle, uint32_t* timestamps, int16_t* data, int count,
+                                  int* actualRead);
+NP_EXPORT NP_ErrorCode streamReadPacket(np_streamhandle_t handle, pckhdr_t* header, int16_t* data, int count,
+                                        int* actualRead);
+
+// ---- Configuration --------------------------------------------------------------------------------------
+
+// Not supported.
+NP_EXPORT NP_ErrorCode getBasestationDriverID(int slotID, char* text, size_t len);
+NP_EXPORT NP_ErrorCode getHeadstageDriverID(int slotID, int portID, char* text, size_t len);
+NP_EXPORT NP_ErrorCode getFlexDriverID(int slotID, int portID, int dockID, char* text, size_t len);
+NP_EXPORT NP_ErrorCode getProbeDriverID(int slotID, int portID, int dockID, char* text, size_t len);
+NP_EXPORT NP_ErrorCode getBSCHardwareID(int slotID, HardwareID* id);
+NP_EXPORT NP_ErrorCode setBSCHardwareID(int slotID, const HardwareID* id);
+NP_EXPORT NP_ErrorCode getHeadstageHardwareID(int slotID, int portID, HardwareID* id);
+NP_EXPORT NP_ErrorCode setHeadstageHardwareID(int slotID, int portID, const HardwareID* id);
+NP_EXPORT NP_ErrorCode getFlexHardwareID(int slotID, int portID, int dockID, HardwareID* id);
+NP_EXPORT NP_ErrorCode setFlexHardwareID(int slotID, int portID, int dockID, const HardwareID* id);
+NP_EXPORT NP_ErrorCode getProbeHardwareID(int slotID, int portID, int dockID, HardwareID* id);
+NP_EXPORT NP_ErrorCode setProbeHardwareID(int slotID, int portID, int dockID, const HardwareID* id);
+
+// ---- Debug ----------------------------------------------------------------------------------------------
+
+// Logged only: the log's verbosity stays as it is, and the callback is not called.
+NP_EXPORT void dbg_setlevel(int level);
+NP_EXPORT void dbg_setlogcallback(int minlevel, void (*callback)(int level, time_t ts, const char* module,
+                                                                 const char* msg));
+// Answers 0.
+NP_EXPORT int dbg_getlevel();
+// Writes an empty text.
+NP_EXPORT void dbg_getversion_datetime(char* text, size_t len);
+
+// Not supported.
+NP_EXPORT NP_ErrorCode createSystemEventCallback(npcallbackhandle_t* handle,
+                                                 np_systemeventcallbackfn_t callback, const void* userdata);
+NP_EXPORT NP_ErrorCode writeBSCMM(int slotID, uint32_t address, uint32_t data);
+NP_EXPORT NP_ErrorCode readBSCMM(int slotID, uint32_t address, uint32_t* data);
+NP_EXPORT NP_ErrorCode writeI2C(int slotID, int portID, uint8_t device, uint8_t address, uint8_t data);
+NP_EXPORT NP_ErrorCode readI2C(int slotID, int portID, uint8_t device, uint8_t address, uint8_t* data);
+NP_EXPORT NP_ErrorCode writeI2Cex(int slotID, int portID, uint8_t device, uint8_t address, const void* data,
+                                  size_t len);
+NP_EXPORT NP_ErrorCode readI2Cex(int slotID, int portID, uint8_t device, uint8_t address, void* data,
+                                 size_t len);
+NP_EXPORT NP_ErrorCode writeI2Cflex(int slotID, int portID, int dockID, uint8_t device, uint8_t address,
+                                    uint8_t data);
+NP_EXPORT NP_ErrorCode readI2Cflex(int slotID, int portID, int dockID, uint8_t device, uint8_t address,
+                                   uint8_t* data);
+NP_EXPORT NP_ErrorCode dbg_setSlotEmulatorMode(int slotID, slotemulatormode_t mode);
+NP_EXPORT NP_ErrorCode dbg_getSlotEmulatorMode(int slotID, slotemulatormode_t* mode);
+NP_EXPORT NP_ErrorCode dbg_setSlotEmulatorType(int slotID, slotemulatortype_t type);
+NP_EXPORT NP_ErrorCode dbg_getSlotEmulatorType(int slotID, slotemulatortype_t* type);
+NP_EXPORT NP_ErrorCode dbg_setSlotEmulatorSyncPattern(int slotID, uint32_t* pattern);
+NP_EXPORT NP_ErrorCode dbg_getSlotEmulatorSyncPattern(int slotID, uint32_t* pattern);
+NP_EXPORT NP_ErrorCode dbg_setPortEmulatorMode(int slotID, int portID, portemulatormode_t mode);
+NP_EXPORT NP_ErrorCode dbg_getPortEmulatorMode(int slotID, int portID, portemulatormode_t* mode);
+NP_EXPORT NP_ErrorCode dbg_stats_reset(int slotID);
+NP_EXPORT NP_ErrorCode dbg_diagstats_read(int slotID, np_diagstats* stats);
+NP_EXPORT NP_ErrorCode dbg_sourcestats_read(int slotID, uint8_t sourceID, np_sourcestats* stats);
+NP_EXPORT NP_ErrorCode dbg_read_srchain(int slotID, int portID, int dockID, uint8_t chain, uint8_t* data,
+                                        size_t len, size_t* actualRead);
+
+// ---- Optical probes -------------------------------------------------------------------------------------
+
+// Logged; return 0, the site is neither set nor written.
+NP_EXPORT NP_ErrorCode setEmissionSite(int slotID, int portID, int dockID, wavelength_t wavelength, int site);
+NP_EXPORT NP_ErrorCode getEmissionSite(int slotID, int portID, int dockID, wavelength_t wavelength,
+                                       int* site);
+
+// Not supported.
+NP_EXPORT NP_ErrorCode setOpticalCalibration(int slotID, int portID, int dockID, const char* filename);
+NP_EXPORT NP_ErrorCode setOpticalSwitchCalibration(int slotID, int portID, int dockID,
+                                                   wavelength_t wavelength, int site, double onCurrent,
+                                                   double offCurrent);
+NP_EXPORT NP_ErrorCode getOpticalSwitchCalibration(int slotID, int portID, int dockID,
+                                                   wavelength_t wavelength, int site, double* onCurrent,
+                                                   double* offCurrent);
+NP_EXPORT NP_ErrorCode getEmissionSiteAttenuation(int slotID, int portID, int dockID, wavelength_t wavelength,
+                                                  int site, double* attenuation);
+NP_EXPORT NP_ErrorCode disableEmissionPath(int slotID, int portID, int dockID, wavelength_t wavelength);
+
+// ---- Motion sensor --------------------------------------------------------------------------------------
+
+// Not supported.
+NP_EXPORT NP_ErrorCode IMU_detect(int slotID, int portID, bool* detected);
+NP_EXPORT NP_ErrorCode IMU_enable(int slotID, int portID, bool enable);
+NP_EXPORT NP_ErrorCode IMU_setAccelerometerSampleRateDivider(int slotID, int portID, uint16_t divider);
+NP_EXPORT NP_ErrorCode IMU_setAccelerometerScale(int slotID, int portID, accelerometer_scale_t scale);
+NP_EXPORT NP_ErrorCode IMU_setGyroscopeSampleRateDivider(int slotID, int portID, uint8_t divider);
+NP_EXPORT NP_ErrorCode IMU_setGyroscopeScale(int slotID, int portID, gyroscope_scale_t scale);
+NP_EXPORT NP_ErrorCode IMU_readPackets(int slotID, int portID, int count, IMUPacket* packets,
+                                       int* actualRead);
+NP_EXPORT NP_ErrorCode IMU_getFIFOStatus(int slotID, int portID, int* packetsAvailable, int* headroom);
+NP_EXPORT NP_ErrorCode IMU_getPllTimeBaseCorrection(int slotID, int portID, int* correction);
+NP_EXPORT NP_ErrorCode IMU_DfuRead(int slotID, int portID, uint8_t* data, size_t len, size_t* actualRead);
+NP_EXPORT NP_ErrorCode IMU_DfuWrite(int slotID, int portID, const uint8_t* data, size_t len,
+                                    size_t* actualWritten);
 
 } // namespace Neuropixels

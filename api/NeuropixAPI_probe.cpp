@@ -4,6 +4,7 @@
 
 #include "Adapter_State.h"
 #include "Console.h"
+#include "Copy_Text.h"
 #include "File_Switch.h"
 #include "Parse_Number.h"
 #include "Sweep_Log_Throttle.h"
@@ -15,9 +16,7 @@
 #include <array>
 #include <atomic>
 #include <chrono>
-#include <cstring>
 #include <limits>
-#include <mutex>
 #include <stdexcept>
 #include <string>
 
@@ -33,7 +32,6 @@ constexpr auto i2c_poll_wait = std::chrono::milliseconds(1000);
 constexpr int self_opening_slot = 16;
 constexpr const char* default_headstage_part_number = "NP2_HS_30";
 
-Never_Destroyed<std::mutex> g_i2c_mutex;
 std::atomic<bool> g_i2c_comm_initialised{false};
 
 unsigned bounded_length(size_t length) {
@@ -55,13 +53,6 @@ E_ORBE_Init_Config read_init_mode() {
         console::err("Exception catched at init config integer conversion\n");
         return E_ORBE_Init_Config::full;
     }
-}
-
-// Runs a controller operation on a probe or its configuration, alone.
-template <typename Operation>
-NP_ErrorCode forward_over_i2c(const char* name, Operation operation) {
-    const std::lock_guard lock(*g_i2c_mutex);
-    return forward_to_controller(name, operation);
 }
 
 NP_ErrorCode open_port(const char* name, int portID) {
@@ -272,9 +263,7 @@ NP_ErrorCode readHSPN(int slotID, int portID, char* pn, size_t len) {
     });
     if (text[0] != 'N') {
         LOG_F(INFO, "Invalid HS eeprom detected, defaulting to NP2_HS_30");
-        const size_t count = std::min(std::strlen(default_headstage_part_number), length - 1);
-        std::memcpy(text, default_headstage_part_number, count);
-        text[count] = '\0';
+        copy_text(default_headstage_part_number, text, length);
     }
     LOG_F(INFO, "Reporting HS part number : %s", text);
     return result;

@@ -1,61 +1,107 @@
-// Entry points that only log, and those that answer fixed values.
-#include "API_Fixture.h"
+// Functions that are logged and do nothing else. The table below says what each logs and answers; the tests
+// come from the table that the functions come from.
+#include "Logged_Call_Fixture.h"
+#include "NeuropixAPI_C.h"
 
 #include <gtest/gtest.h>
 
 namespace {
 
 using namespace Neuropixels;
-using Pelgar::ORBE::test::API_Fixture;
+using Pelgar::ORBE::test::Expected_Call;
+using Pelgar::ORBE::test::Logged_Call_Fixture;
 
-class Unused : public API_Fixture {
-protected:
-    void expect_logged(const std::string& name, const std::string& text) {
-        EXPECT_TRUE(m_log.has_scope(1, name));
-        EXPECT_EQ(m_log.count(1, text), 1) << name;
-        m_log.clear();
-    }
+class Unused : public Logged_Call_Fixture {};
+
+class Logged_Twins : public Logged_Call_Fixture {};
+
+const Expected_Call expected_calls[] = {
+    {"scanBS", "0", "", "0"},
+    {"mapBS", "11", "", "0"},
+    {"setParameter", "1", "", "0"},
+    {"setSWTrigger", "slotID : 11", "", "0"},
+    {"setSWTriggerEx", "11", "", "0"},
+    {"detectFlex", "11", "-", "0"},
+    {"getHSSupportedProbeCount", "11", "-", "0"},
+    {"readHSSN", "0", "-", "0"},
+    {"HST_GetVersion", "slotID : 11, portID : 22", "-, -", "1"},
+    {"setHSLed", "enable : 1, slotID : 11, portID : 22", "", "0"},
+    {"bs_updateFirmware", "11", "", "0"},
+    {"bsc_updateFirmware", "11", "", "0"},
+    {"bistNoise", "22", "", "0"},
+    {"bistSignal", "22", "", "0"},
+    {"HSTestVDDA1V2", "22", "", "0"},
+    {"HSTestVDDD1V2", "22", "", "0"},
+    {"HSTestVDDA1V8", "22", "", "0"},
+    {"HSTestVDDD1V8", "22", "", "0"},
+    {"HSTestOscillator", "22", "", "0"},
+    {"HSTestMCLK", "22", "", "0"},
+    {"HSTestPCLK", "22", "", "0"},
+    {"HSTestPSB", "22", "", "0"},
+    {"HSTestI2C", "22", "", "0"},
+    {"HSTestNRST", "22", "", "0"},
+    {"HSTestREC_NRESET", "22", "", "0"},
+    {"setEmissionSite", "22", "", "0"},
+    {"getEmissionSite", "22", "-", "0"},
+    {"switchmatrix_set", "11", "", "0"},
+    {"selectColumnPattern", "22", "", "0"},
+    {"selectElectrodeGroup", "22", "", "0"},
+    {"selectElectrodeGroupMask", "22", "", "0"},
+    {"waveplayer_writeBuffer", "11", "", "0"},
+    {"waveplayer_arm", "11", "", "0"},
+    {"waveplayer_setSampleFrequency", "11", "", "0"},
+    {"readPackets", "22", "-, -, -", "0"},
+    {"getPacketFifoStatus", "22", "-, -", "0"},
+    {"ADC_setVoltageRange", "11", "", "0"},
+    {"DAC_enableOutput", "11", "", "0"},
+    {"DAC_setProbeSniffer", "11", "", "0"},
+    {"np_dbg_setlevel", "11", "", ""},
 };
 
-TEST_F(Unused, EachLogsItsNameAndOneArgument) {
-    EXPECT_EQ(scanBS(), SUCCESS);
-    expect_logged("scanBS", "0");
-    EXPECT_EQ(mapBS(17, 2), SUCCESS);
-    expect_logged("mapBS", "17");
-    EXPECT_EQ(setParameter(NP_PARAM_SYNCMASTER, 9), SUCCESS);
-    expect_logged("setParameter", "3");
-    EXPECT_EQ(setSWTrigger(5), SUCCESS);
-    expect_logged("setSWTrigger", "slotID : 5");
-    EXPECT_EQ(setSWTriggerEx(6, swtrigger2), SUCCESS);
-    expect_logged("setSWTriggerEx", "6");
-    np_dbg_setlevel(8);
-    expect_logged("np_dbg_setlevel", "8");
+const Expected_Call expected_twin_calls[] = {
+    {"np_getFlexVersion", "22", "-, -", "0"}, {"np_getHSVersion", "22", "-, -", "0"},
+    {"np_readFlexPN", "22", "-", "0"},        {"np_readHSSN", "22", "-", "0"},
+    {"np_readProbePN", "22", "-", "0"},       {"np_setEmissionSite", "22", "", "0"},
+    {"np_setHSLed", "22", "", "0"},           {"np_setOpticalCalibration", "22", "", "0"},
+};
+
+#define NP_LOGGED_ONLY(type, name, parameters, result, ...)                                                  \
+    TEST_F(Unused, name) {                                                                                   \
+        expect_call(#name, &Neuropixels::name, expected_calls);                                              \
+    }
+#define NP_LOGGED_TWIN(name, parameters, ...)                                                                \
+    TEST_F(Logged_Twins, name) {                                                                             \
+        expect_call(#name, &::name, expected_twin_calls);                                                    \
+    }
+#include "NeuropixAPI_unused.inc"
+
+TEST_F(Unused, AreAllExpected) {
+#define NP_LOGGED_ONLY(type, name, parameters, result, ...) #name,
+    expect_rows(expected_calls, {
+#include "NeuropixAPI_unused.inc"
+                                });
 }
 
-TEST_F(Unused, PacketReadersWriteNothing) {
-    PacketInfo info{1, 2, 3};
-    std::int16_t data = 4;
-    int count = 5;
-    EXPECT_EQ(readPackets(0, 3, 0, SourceLFP, &info, &data, 384, 1, &count), SUCCESS);
-    expect_logged("readPackets", "3");
-    EXPECT_EQ(info.Timestamp, 1U);
-    EXPECT_EQ(data, 4);
-    EXPECT_EQ(count, 5);
-    int headroom = 6;
-    EXPECT_EQ(getPacketFifoStatus(0, 2, 0, SourceAP, &count, &headroom), SUCCESS);
-    expect_logged("getPacketFifoStatus", "2");
-    EXPECT_EQ(count, 5);
-    EXPECT_EQ(headroom, 6);
+TEST_F(Logged_Twins, AreAllExpected) {
+#define NP_LOGGED_TWIN(name, parameters, ...) #name,
+    expect_rows(expected_twin_calls, {
+#include "NeuropixAPI_unused.inc"
+                                     });
 }
 
-TEST_F(Unused, ApiVersionIsOneZero) {
-    int major = -1;
-    int minor = -1;
-    getAPIVersion(&major, &minor);
-    expect_logged("getAPIVersion", "1");
-    EXPECT_EQ(major, 1);
-    EXPECT_EQ(minor, 0);
-    getAPIVersion(nullptr, nullptr);
+TEST_F(Unused, LogsWhatItIsGiven) {
+    setParameter(NP_PARAM_ALLOWMANUALPXISYNCCONFIG, 0);
+    EXPECT_EQ(m_log.texts(), std::vector<std::string>{"4097"});
+    m_log.clear();
+    setHSLed(-1, 0, false);
+    EXPECT_EQ(m_log.texts(), std::vector<std::string>{"enable : 0, slotID : -1, portID : 0"});
+}
+
+TEST_F(Unused, DebugLevelLeavesTheLogsVerbosityAlone) {
+    const auto before = loguru::current_verbosity_cutoff();
+    Neuropixels::np_dbg_setlevel(0);
+    dbg_setlevel(0);
+    EXPECT_EQ(loguru::current_verbosity_cutoff(), before);
 }
 
 } // namespace

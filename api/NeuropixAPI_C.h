@@ -1,0 +1,21 @@
+// The functions of the published API once more, for hosts that look them up by plain name (dlsym,
+// GetProcAddress): every function of namespace Neuropixels but the box's own additions has a C twin, at
+// global scope, named np_ and the function's name. The twin takes the same parameters and calls the function:
+//
+//     extern "C" Neuropixels::NP_ErrorCode np_openBS(int slotID);
+//
+// Two things to know:
+// - np_getFlexVersion, np_getHSVersion, np_readFlexPN, np_readHSSN, np_readProbePN, np_setEmissionSite,
+//   np_setHSLed and np_setOpticalCalibration call nothing: they are logged, write nothing and return 0.
+// - The global np_dbg_setlevel is the twin of Neuropixels::dbg_setlevel and another function than
+//   Neuropixels::np_dbg_setlevel.
+//
+// A twin throws what its function throws: an exception is neither held back nor turned into a result.
+#pragma once
+
+#include "NeuropixAPI.h"
+
+#define NP_FUNCTION(result, name, parameters, arguments)                                                     \
+    extern "C" NP_EXPORT decltype(Neuropixels::name) np_##name;
+#define NP_ADDITION(result, name, parameters, arguments)
+#include "NeuropixAPI_Functions.inc"

@@ -1,0 +1,61 @@
+// Layer: façade. The built-in self tests. Called on the host's threads; those of a port block while another
+// operation on a probe runs, and for as long as the test takes.
+#include "NeuropixAPI.h"
+
+#include "Adapter_State.h"
+
+#include <loguru.hpp>
+
+namespace Neuropixels {
+
+using namespace Pelgar::ORBE;
+using namespace Pelgar::ORBE::npoe_adapter;
+
+NP_ErrorCode bistBS(int /*slotID*/) {
+    LOG_SCOPE_F(INFO, "bistBS");
+    return current_controller() ? SUCCESS : FAILED;
+}
+
+NP_ErrorCode bistEEPROM(int /*slotID*/, int portID) {
+    LOG_SCOPE_F(INFO, "bistEEPROM");
+    return forward_over_i2c("bistEEPROM",
+                            [&](auto& controller) { return controller.bist_Eeproms(port_index(portID)); });
+}
+
+NP_ErrorCode bistHB(int /*slotID*/, int portID, int /*dockID*/) {
+    LOG_SCOPE_F(INFO, "bistHB");
+    return forward_over_i2c("bistHB",
+                            [&](auto& controller) { return controller.bist_HB(port_index(portID)); });
+}
+
+NP_ErrorCode bistI2CMM(int /*slotID*/, int portID, int /*dockID*/) {
+    LOG_SCOPE_F(INFO, "bistI2CMM");
+    return forward_over_i2c("bistI2CMM",
+                            [&](auto& controller) { return controller.bist_IIC(port_index(portID)); });
+}
+
+NP_ErrorCode bistSR(int /*slotID*/, int portID, int /*dockID*/) {
+    LOG_SCOPE_F(INFO, "bistSR");
+    return forward_over_i2c("bistSR",
+                            [&](auto& controller) { return controller.bist_Probe_SR(port_index(portID)); });
+}
+
+NP_ErrorCode bistStartPRBS(int /*slotID*/, int portID) {
+    LOG_SCOPE_F(INFO, "bistStartPRBS");
+    return forward_over_i2c("bistStartPRBS",
+                            [&](auto& controller) { return controller.bist_start_PBRS(port_index(portID)); });
+}
+
+NP_ErrorCode bistStopPRBS(int /*slotID*/, int portID, int* prbs_err) {
+    LOG_SCOPE_F(INFO, "bistStopPRBS");
+    int errors = 0;
+    const auto result = forward_over_i2c("bistStopPRBS", [&](auto& controller) {
+        return controller.bist_stop_PBRS(port_index(portID), &errors);
+    });
+    if (result == SUCCESS) {
+        write_to_host(prbs_err, errors);
+    }
+    return result;
+}
+
+} // namespace Neuropixels

@@ -1,0 +1,96 @@
+// The C twins of the exported functions: each is its function under another name.
+#include "Logged_Call_Fixture.h"
+#include "NeuropixAPI_C.h"
+
+#include <gtest/gtest.h>
+
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace {
+
+using namespace Neuropixels;
+using Pelgar::ORBE::test::call_with_samples;
+using Pelgar::ORBE::test::Logged_Call_Fixture;
+
+class C_Twins : public Logged_Call_Fixture {
+protected:
+    // The first call of a process starts the log file.
+    C_Twins() {
+        getDeviceList(nullptr, 0);
+        m_log.clear();
+    }
+
+    struct Trace {
+        std::string outcome;
+        std::vector<std::string> logged;
+    };
+
+    // What a call on a closed basestation answers, writes, throws and logs.
+    template <typename Function>
+    Trace trace(Function* function) {
+        closeBS(0);
+        m_log.clear();
+        Trace trace;
+        try {
+            const auto outcome = call_with_samples(function);
+            trace.outcome = "result " + outcome.result + ", written " + outcome.written;
+        } catch (const std::out_of_range& exception) {
+            trace.outcome = std::string("throws ") + exception.what();
+        }
+        trace.logged = logged_lines();
+        return trace;
+    }
+
+    template <typename Function>
+    void expect_alike(Function* function, Function* twin) {
+        const Trace of_function = trace(function);
+        const Trace of_twin = trace(twin);
+        EXPECT_EQ(of_twin.outcome, of_function.outcome);
+        EXPECT_EQ(of_twin.logged, of_function.logged);
+    }
+};
+
+// One test a twin; those that do not call their functions are tested with the functions that are only logged.
+#define NP_FUNCTION(result, name, parameters, arguments)                                                     \
+    TEST_F(C_Twins, name) {                                                                                  \
+        expect_alike(&Neuropixels::name, &::np_##name);                                                      \
+    }
+#define NP_FUNCTION_OWN_TWIN(result, name, parameters, arguments)
+#define NP_UNSUPPORTED_OWN_TWIN(result, name, parameters, arguments)
+#define NP_ADDITION(result, name, parameters, arguments)
+#include "NeuropixAPI_Functions.inc"
+
+TEST_F(C_Twins, OpenReadAndClose) {
+    select_simulation(write_recording_without_rows(mebibyte));
+    EXPECT_EQ(np_openBS(0), SUCCESS);
+    EXPECT_EQ(np_bistBS(0), SUCCESS);
+    electrodePacket packet{};
+    int read = -1;
+    EXPECT_EQ(np_readElectrodeData(0, 1, 0, &packet, &read, 0), SUCCESS);
+    EXPECT_EQ(read, 0);
+    int available = -1;
+    int headroom = -1;
+    EXPECT_EQ(np_getElectrodeDataFifoState(0, 1, 0, &available, &headroom), SUCCESS);
+    EXPECT_EQ(available, 0);
+    EXPECT_EQ(headroom, 500);
+    EXPECT_EQ(np_closeBS(0), SUCCESS);
+    EXPECT_EQ(np_bistBS(0), FAILED);
+}
+
+TEST_F(C_Twins, ThrowWhatTheirFunctionsThrow) {
+    int number = 0;
+    EXPECT_THROW(np_readElectrodeData(0, 7, 0, nullptr, &number, 1), std::out_of_range);
+    EXPECT_THROW(np_getElectrodeDataFifoState(0, 0, 0, &number, &number), std::out_of_range);
+}
+
+TEST_F(C_Twins, DebugLevelHasATwinThatIsAnotherThanTheBoxsAddition) {
+    ::np_dbg_setlevel(4);
+    EXPECT_EQ(logged_lines(), scope_with_line("dbg_setlevel", "dbg_setlevel"));
+    m_log.clear();
+    Neuropixels::np_dbg_setlevel(4);
+    EXPECT_EQ(logged_lines(), scope_with_line("np_dbg_setlevel", "4"));
+}
+
+} // namespace
