@@ -4,7 +4,7 @@
 
 namespace {
 
-using Pelgar::ORBE::recording::Progress_Bar;
+using Pelgar::ORBE::tools::Progress_Bar;
 
 TEST(ProgressBar, ShowsHowFarTheWorkIs) {
     EXPECT_EQ(Progress_Bar::line("Writing", 0, 10, ""),

@@ -84,13 +84,14 @@ bool Player::open() {
 bool Player::prepare(int progress_descriptor) {
     Piece_Reader reader{m_options.recording};
     std::error_code unknown_size;
-    Progress_Bar progress("Looking through the recording",
-                          std::filesystem::file_size(m_options.recording, unknown_size), progress_descriptor);
+    tools::Progress_Bar progress("Looking through the recording",
+                                 std::filesystem::file_size(m_options.recording, unknown_size),
+                                 progress_descriptor);
     Packet_Counts counts;
     while (reader.next()) {
         counts.add_piece(reader.piece());
         progress.show(reader.bytes_read());
-        if (interrupted()) {
+        if (tools::interrupted()) {
             m_problem = "stopped by the user";
             return false;
         }
@@ -117,7 +118,7 @@ bool Player::wait_for_packets(int progress_descriptor) {
     m_adc->start();
     std::this_thread::sleep_for(settling_time);
 
-    Progress_Bar progress("Playing", m_expected, progress_descriptor);
+    tools::Progress_Bar progress("Playing", m_expected, progress_descriptor);
     if (m_options.paced != nullptr) {
         m_options.paced->start([this](const Packet_Counts& counts) { return taken(counts); });
     }
@@ -142,7 +143,7 @@ bool Player::wait_for_packets(int progress_descriptor) {
             m_problem = text;
             return false;
         }
-        if (interrupted()) {
+        if (tools::interrupted()) {
             m_problem = "stopped by the user";
             return false;
         }

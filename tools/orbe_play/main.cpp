@@ -19,6 +19,7 @@
 namespace {
 
 using namespace Pelgar::ORBE::recording;
+namespace tools = Pelgar::ORBE::tools;
 
 constexpr int failed = 1;
 constexpr int wrong_arguments = 2;
@@ -56,7 +57,8 @@ bool dropped_packets(const std::filesystem::path& output) {
 }
 
 int play(Play_Options options, bool paced, bool quiet, bool keep) {
-    Working_Directory directory(options.recording);
+    tools::Working_Directory directory("orbe-play-");
+    directory.name_recording(options.recording);
     std::optional<Paced_Recording> pipe;
     if (paced) {
         pipe.emplace(options.recording, directory.path() / "recording");
@@ -66,9 +68,9 @@ int play(Play_Options options, bool paced, bool quiet, bool keep) {
     Player player(options);
     bool played = false;
     {
-        std::optional<Quiet_Library> redirection;
+        std::optional<tools::Quiet_Library> redirection;
         if (quiet) {
-            redirection.emplace(directory.output_path());
+            redirection.emplace(directory.output_path(), directory.output_path());
         }
         played = player.play(redirection ? redirection->user_error_descriptor() : 2);
     }
@@ -91,7 +93,7 @@ int play(Play_Options options, bool paced, bool quiet, bool keep) {
                          "this machine is too busy to play in real time%s\n",
                          paced ? "" : " (try --paced)");
         }
-        return interrupted() ? interrupted_exit_code : failed;
+        return tools::interrupted() ? tools::interrupted_exit_code : failed;
     }
     if (keep) {
         directory.keep();
@@ -129,7 +131,7 @@ int main(int argc, char** argv) {
     } catch (const CLI::ParseError& error) {
         return app.exit(error) == 0 ? 0 : wrong_arguments;
     }
-    catch_interrupts();
+    tools::catch_interrupts();
     try {
         options.recording = std::filesystem::absolute(recording);
         options.stall_limit = std::chrono::duration<double>(stall);

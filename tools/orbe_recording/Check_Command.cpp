@@ -36,18 +36,18 @@ Check_Command::Check_Command(CLI::App& app)
 }
 
 int Check_Command::run() const {
-    catch_interrupts();
+    tools::catch_interrupts();
     Check_Report report;
     try {
         Piece_Reader reader{std::filesystem::path(m_path)};
         Recording_Checker checker;
         std::error_code unknown_size;
-        Progress_Bar progress("Checking " + m_path, std::filesystem::file_size(m_path, unknown_size));
+        tools::Progress_Bar progress("Checking " + m_path, std::filesystem::file_size(m_path, unknown_size));
         while (reader.next()) {
             checker.look_at_piece(reader.piece());
             progress.show(reader.bytes_read());
-            if (interrupted()) {
-                return interrupted_exit_code;
+            if (tools::interrupted()) {
+                return tools::interrupted_exit_code;
             }
         }
         checker.look_at_rest(reader.rest());

@@ -127,18 +127,18 @@ Recording_Options Make_Command::options() const {
 
 int Make_Command::run() const {
     Recording_Generator generator(options());
-    catch_interrupts();
+    tools::catch_interrupts();
     Output_File file(m_path);
     std::uint64_t written = 0;
     const auto start = std::chrono::steady_clock::now();
     {
-        Progress_Bar progress("Writing " + m_path, generator.expected_bytes());
+        tools::Progress_Bar progress("Writing " + m_path, generator.expected_bytes());
         for (auto part = generator.next(); !part.empty(); part = generator.next()) {
             file.write(part);
             written += part.size();
             progress.show(written);
-            if (interrupted()) {
-                return interrupted_exit_code;
+            if (tools::interrupted()) {
+                return tools::interrupted_exit_code;
             }
         }
     }

@@ -1,16 +1,12 @@
 #include "Progress_Bar.h"
 
+#include "File_Descriptors.h"
+
 #include <algorithm>
 #include <cstddef>
 #include <utility>
 
-#if defined(_WIN32)
-#include <io.h>
-#else
-#include <unistd.h>
-#endif
-
-namespace Pelgar::ORBE::recording {
+namespace Pelgar::ORBE::tools {
 
 namespace {
 
@@ -19,19 +15,12 @@ constexpr std::chrono::milliseconds first_drawing{500};
 constexpr std::chrono::milliseconds drawing_interval{100};
 constexpr const char* clear_line = "\r\x1B[K";
 
-bool is_terminal(int file_descriptor) {
-#if defined(_WIN32)
-    return _isatty(file_descriptor) != 0;
-#else
-    return isatty(file_descriptor) != 0;
-#endif
-}
-
 } // namespace
 
 Progress_Bar::Progress_Bar(std::string label, std::uint64_t total, int file_descriptor)
     : m_label(std::move(label)), m_total(total), m_file_descriptor(file_descriptor),
-      m_terminal(is_terminal(file_descriptor)), m_next(std::chrono::steady_clock::now() + first_drawing) {}
+      m_terminal(descriptors::is_terminal(file_descriptor)),
+      m_next(std::chrono::steady_clock::now() + first_drawing) {}
 
 Progress_Bar::~Progress_Bar() {
     if (m_drawn) {
@@ -70,12 +59,7 @@ std::string Progress_Bar::line(std::string_view label, std::uint64_t done, std::
 
 void Progress_Bar::draw(const std::string& text) const {
     // A bar that cannot be drawn is no reason to stop the work.
-#if defined(_WIN32)
-    [[maybe_unused]] const auto written =
-        _write(m_file_descriptor, text.data(), static_cast<unsigned>(text.size()));
-#else
-    [[maybe_unused]] const auto written = write(m_file_descriptor, text.data(), text.size());
-#endif
+    [[maybe_unused]] const int written = descriptors::write(m_file_descriptor, text.data(), text.size());
 }
 
-} // namespace Pelgar::ORBE::recording
+} // namespace Pelgar::ORBE::tools

@@ -1,5 +1,5 @@
-// Tools, recording library. One line on standard error that shows how far long work has come. Shows nothing
-// when standard error is not a terminal, and nothing for work of less than half a second.
+// Tools, what all programs share. One line on standard error that shows how far long work has come. Shows
+// nothing when standard error is not a terminal, and nothing for work of less than half a second.
 #pragma once
 
 #include <chrono>
@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-namespace Pelgar::ORBE::recording {
+namespace Pelgar::ORBE::tools {
 
 class Progress_Bar {
 public:
@@ -36,4 +36,4 @@ private:
     std::chrono::steady_clock::time_point m_next;
 };
 
-} // namespace Pelgar::ORBE::recording
+} // namespace Pelgar::ORBE::tools

@@ -3,7 +3,7 @@
 #include <atomic>
 #include <csignal>
 
-namespace Pelgar::ORBE::recording {
+namespace Pelgar::ORBE::tools {
 
 namespace {
 
@@ -25,4 +25,4 @@ bool interrupted() {
     return g_interrupted.load();
 }
 
-} // namespace Pelgar::ORBE::recording
+} // namespace Pelgar::ORBE::tools

@@ -1,22 +1,23 @@
-// Program orbe-play. A fresh directory in which the library runs: it looks for its switch files, and writes
-// its log, in the working directory.
+// Tools, what all programs share. A fresh directory in which the library runs: it looks for its switch files,
+// and writes its log, in the working directory.
 #pragma once
 
 #include <filesystem>
+#include <string>
 
-namespace Pelgar::ORBE::recording {
+namespace Pelgar::ORBE::tools {
 
 class Working_Directory {
 public:
-    // Makes the directory with the switch file that names `recording` and goes there. Throws
-    // std::runtime_error or std::filesystem::filesystem_error when that cannot be done.
-    explicit Working_Directory(const std::filesystem::path& recording);
+    // Makes a directory whose name begins with `prefix` and goes there. Throws std::runtime_error or
+    // std::filesystem::filesystem_error when that cannot be done.
+    explicit Working_Directory(const std::string& prefix);
     // Goes back, and removes the directory and the library's output unless they are to be kept.
     ~Working_Directory();
     Working_Directory(const Working_Directory&) = delete;
     Working_Directory& operator=(const Working_Directory&) = delete;
 
-    // Makes the switch file name something else. Throws std::runtime_error.
+    // Makes the library play `recording`: writes the switch file that names it. Throws std::runtime_error.
     void name_recording(const std::filesystem::path& recording) const;
 
     const std::filesystem::path& path() const { return m_path; }
@@ -32,4 +33,4 @@ private:
     bool m_keep = false;
 };
 
-} // namespace Pelgar::ORBE::recording
+} // namespace Pelgar::ORBE::tools

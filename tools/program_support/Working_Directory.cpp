@@ -7,17 +7,17 @@
 #include <string>
 #include <system_error>
 
-namespace Pelgar::ORBE::recording {
+namespace Pelgar::ORBE::tools {
 
 namespace {
 
 constexpr const char* simulation_switch = "ORBE_DFGMZ_ADAPTER_SIM";
 constexpr int most_attempts = 100;
 
-std::filesystem::path make_directory() {
+std::filesystem::path make_directory(const std::string& prefix) {
     std::random_device random;
     for (int attempt = 0; attempt < most_attempts; ++attempt) {
-        const auto path = std::filesystem::temp_directory_path() / ("orbe-play-" + std::to_string(random()));
+        const auto path = std::filesystem::temp_directory_path() / (prefix + std::to_string(random()));
         if (std::filesystem::create_directory(path)) {
             return path;
         }
@@ -27,10 +27,9 @@ std::filesystem::path make_directory() {
 
 } // namespace
 
-Working_Directory::Working_Directory(const std::filesystem::path& recording)
-    : m_home(std::filesystem::current_path()), m_path(make_directory()) {
+Working_Directory::Working_Directory(const std::string& prefix)
+    : m_home(std::filesystem::current_path()), m_path(make_directory(prefix)) {
     try {
-        name_recording(recording);
         std::filesystem::current_path(m_path);
     } catch (const std::exception&) {
         std::error_code ignored;
@@ -63,4 +62,4 @@ std::filesystem::path Working_Directory::output_path() const {
     return path;
 }
 
-} // namespace Pelgar::ORBE::recording
+} // namespace Pelgar::ORBE::tools
