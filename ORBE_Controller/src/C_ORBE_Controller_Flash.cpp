@@ -24,11 +24,12 @@ std::string read_hw_info_page(SPI_Flash_Programmer& programmer) {
 
 } // namespace
 
-bool ORBE_Controller_Library::program_flash(const char* path, unsigned address) {
+bool ORBE_Controller_Library::program_flash(const char* path, unsigned address,
+                                            const Flash_Progress_Listener& listener) {
     LOG_SCOPE_F(INFO, "program_flash");
     LOG_F(INFO, "path : %s, address : %08x", path != nullptr ? path : "(none)", address);
     SPI_Flash_Programmer programmer(&m_controller->spi());
-    return programmer.program_flash(path, address);
+    return programmer.program_flash(path, address, listener);
 }
 
 std::unique_ptr<ORBE_HW_Info> ORBE_Controller_Library::read_ORBE_HW_info() {

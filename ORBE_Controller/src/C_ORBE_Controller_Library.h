@@ -8,6 +8,7 @@
 #include "C_L2_CH_Gain_Fix_Filter.h"
 #include "E_ORBE_Init_Config.h"
 #include "Export.h"
+#include "Flash_Progress.h"
 #include "I_L2_Demux_CH_Results.h"
 #include "I_RHD_Frame_Listener.h"
 #include "M_I2C_Over_GSML.h"
@@ -151,7 +152,7 @@ public:
     // Erases as many 64 KiB sectors from byte `address`, the beginning of one, as the file takes and writes
     // the file's whole pieces of 16 bytes. False, with the flash left as it was, for a file that cannot be
     // opened, does not fit, or would run into the hardware record.
-    bool program_flash(const char* path, unsigned address);
+    bool program_flash(const char* path, unsigned address, const Flash_Progress_Listener& listener = {});
 
     // The record; nothing when the flash cannot be read.
     std::unique_ptr<ORBE_HW_Info> read_ORBE_HW_info();

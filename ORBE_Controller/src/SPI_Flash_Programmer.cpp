@@ -77,7 +77,8 @@ void check_place(std::uint32_t address, std::uint64_t sectors) {
 
 } // namespace
 
-bool SPI_Flash_Programmer::program_flash(const char* path, std::uint32_t address) {
+bool SPI_Flash_Programmer::program_flash(const char* path, std::uint32_t address,
+                                         const Flash_Progress_Listener& listener) {
     try {
         std::ifstream file = open_image(path);
         if (!file.is_open()) {
@@ -87,7 +88,13 @@ bool SPI_Flash_Programmer::program_flash(const char* path, std::uint32_t address
         console::out("File size : ", size / bytes_per_kib, " KB\n");
         const std::uint64_t sectors = sector_count(size);
         check_place(address, sectors);
-        erase_sectors(address, sectors);
+        const auto report = [&](const char* step, std::uint64_t done) {
+            if (listener) {
+                listener({step, done, 2 * sectors * flash::sector_size});
+            }
+        };
+        erase_sectors(address, sectors,
+                      [&](std::uint64_t erased) { report("erasing", erased * flash::sector_size); });
         // Erasing takes minutes; the file is not held open meanwhile.
         file.close();
         file = open_image(path);
@@ -95,7 +102,9 @@ bool SPI_Flash_Programmer::program_flash(const char* path, std::uint32_t address
             return false;
         }
         console::out("Programming flash..\n");
-        program_file(file, address, sectors * pages_per_sector);
+        program_file(file, address, sectors * pages_per_sector, [&](std::uint64_t written) {
+            report("writing", sectors * flash::sector_size + written * flash::page_size);
+        });
         console::out("Program flash completed\n");
         return true;
     } catch (const std::exception& exception) {
@@ -106,7 +115,7 @@ bool SPI_Flash_Programmer::program_flash(const char* path, std::uint32_t address
 
 bool SPI_Flash_Programmer::rewrite_sector(std::uint32_t address, std::span<const std::uint8_t> page) {
     try {
-        erase_sectors(address, 1);
+        erase_sectors(address, 1, [](std::uint64_t /*erased*/) {});
         console::out("Programming flash..\n");
         program_page(address, page);
         console::out("Program flash completed\n");
@@ -166,7 +175,8 @@ std::uint64_t SPI_Flash_Programmer::sector_count(std::uint64_t bytes) {
     return static_cast<std::uint64_t>(std::ceil(static_cast<float>(bytes) * sectors_per_byte));
 }
 
-void SPI_Flash_Programmer::erase_sectors(std::uint32_t address, std::uint64_t count) {
+void SPI_Flash_Programmer::erase_sectors(std::uint32_t address, std::uint64_t count,
+                                         const Count_Listener& erased) {
     console::out("Ereasing flash (Sector Erase)\n");
     wait_flash_to_become_ready(false);
     for (std::uint64_t i = 0; i < count; ++i) {
@@ -175,10 +185,12 @@ void SPI_Flash_Programmer::erase_sectors(std::uint32_t address, std::uint64_t co
         send(flash::command_sector_erase, address);
         wait_flash_to_become_ready(true);
         address += flash::sector_size;
+        erased(i + 1);
     }
 }
 
-void SPI_Flash_Programmer::program_file(std::istream& file, std::uint32_t address, std::uint64_t pages) {
+void SPI_Flash_Programmer::program_file(std::istream& file, std::uint32_t address, std::uint64_t pages,
+                                        const Count_Listener& written) {
     for (std::uint64_t i = 0; i < pages; ++i) {
         std::array<std::uint8_t, flash::page_size> page{};
         file.read(reinterpret_cast<char*>(page.data()), page.size());
@@ -193,6 +205,7 @@ void SPI_Flash_Programmer::program_file(std::istream& file, std::uint32_t addres
             return;
         }
         address += flash::page_size;
+        written(i + 1);
     }
 }
 

@@ -3,6 +3,8 @@
 // says so. Progress and failures are printed.
 #pragma once
 
+#include "Flash_Progress.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <iosfwd>
@@ -24,7 +26,7 @@ public:
     // it, and wraps inside a page.
     // False when the file cannot be opened or the flash does not answer as it should, and, before anything is
     // erased, when the sectors reach past the flash or from below into that of the hardware record.
-    bool program_flash(const char* path, std::uint32_t address);
+    bool program_flash(const char* path, std::uint32_t address, const Flash_Progress_Listener& listener = {});
 
     // Erases the sector at `address` and writes at most 256 bytes into its first page. False when the flash
     // does not answer as it should.
@@ -47,8 +49,12 @@ public:
 private:
     struct Pace;
 
-    void erase_sectors(std::uint32_t address, std::uint64_t count);
-    void program_file(std::istream& file, std::uint32_t address, std::uint64_t pages);
+    // Called with the number of sectors or pages that are done.
+    using Count_Listener = std::function<void(std::uint64_t count)>;
+
+    void erase_sectors(std::uint32_t address, std::uint64_t count, const Count_Listener& erased);
+    void program_file(std::istream& file, std::uint32_t address, std::uint64_t pages,
+                      const Count_Listener& written);
     void program_page(std::uint32_t address, std::span<const std::uint8_t> data);
 
     // Returns the number of polls it took, or, with the flash still busy, one more than there are.

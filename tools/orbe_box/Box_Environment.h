@@ -1,0 +1,18 @@
+// Program orbe-box. What the program takes from outside: where its box and its user's answers come from.
+// Tests put a modelled box and a written answer in their places.
+#pragma once
+
+#include "C_ORBE_Controller_Library.h"
+
+#include <functional>
+#include <istream>
+#include <memory>
+
+namespace Pelgar::ORBE::tools {
+
+struct Box_Environment {
+    std::function<std::unique_ptr<ORBE_Controller_Library>(bool simulation)> make_controller;
+    std::istream& answers;
+};
+
+} // namespace Pelgar::ORBE::tools

@@ -1,0 +1,108 @@
+#include "Flash_Command.h"
+
+#include "Configuration_Flash.h"
+#include "Exit_Codes.h"
+#include "Interrupt.h"
+#include "Opened_Box.h"
+#include "Progress_Bar.h"
+#include "Question.h"
+#include "SPI_Flash_Programmer.h"
+
+#include <array>
+#include <cstdio>
+#include <fstream>
+#include <optional>
+#include <stdexcept>
+#include <system_error>
+
+namespace Pelgar::ORBE::tools {
+
+namespace {
+
+namespace flash = configuration_flash;
+
+// The library writes whole pieces of this many bytes.
+constexpr std::uint64_t piece_size = 16;
+constexpr const char* padded_name = "padded.bin";
+
+constexpr const char* footer =
+    "ADDRESS is a byte address in the flash, a multiple of 0x10000, and may be written in hexadecimal "
+    "(0xb00000). "
+    "Whole sectors of 64 KiB are erased; what else lay in them is lost. The last sector, with the hardware "
+    "record, "
+    "is out of reach (see hwinfo). Writing cannot be stopped half-way: Ctrl-C is ignored until it is done.";
+
+// Copies the file into the working directory, with the erased flash's own value up to a whole piece: the
+// library leaves out what does not fill one.
+std::filesystem::path padded_copy(const std::filesystem::path& file, std::uint64_t size) {
+    std::filesystem::copy_file(file, padded_name);
+    std::ofstream copy(padded_name, std::ios::binary | std::ios::app);
+    copy << std::string(piece_size - size % piece_size, '\xFF');
+    copy.close();
+    if (!copy) {
+        throw std::runtime_error("the file cannot be copied");
+    }
+    return padded_name;
+}
+
+} // namespace
+
+Flash_Command::Flash_Command(CLI::App& app)
+    : m_command(app.add_subcommand("flash", "Write a file into the box's configuration flash")) {
+    m_command->add_option("FILE", m_path, "The FPGA design")->required();
+    m_command->add_option("ADDRESS", m_address, "Where it shall begin in the flash")->required();
+    m_command->add_flag("--yes", m_yes, "Do not ask");
+    m_command->footer(footer);
+}
+
+void Flash_Command::check_arguments() {
+    std::error_code error;
+    m_file = std::filesystem::absolute(m_path);
+    if (!std::filesystem::is_regular_file(m_file, error)) {
+        throw std::invalid_argument("'" + m_path + "' is no file");
+    }
+    m_size = std::filesystem::file_size(m_file);
+    if (m_size == 0) {
+        throw std::invalid_argument("'" + m_path + "' is empty");
+    }
+    if (m_address % flash::sector_size != 0) {
+        throw std::invalid_argument("ADDRESS is not the beginning of a sector (a multiple of 0x10000)");
+    }
+    if (m_address >= flash::hw_info_address || m_size > flash::hw_info_address - m_address) {
+        throw std::invalid_argument("'" + m_path + "' does not fit between ADDRESS and the hardware record");
+    }
+}
+
+int Flash_Command::run(const Bench& bench) const {
+    Opened_Box box(bench);
+    const std::uint64_t sectors = SPI_Flash_Programmer::sector_count(m_size);
+    std::array<char, 200> question{};
+    std::snprintf(question.data(), question.size(),
+                  "Erase %llu sectors of 64 KiB from 0x%06x on and write %llu bytes?\n"
+                  "A box whose design is damaged does not start any more.",
+                  static_cast<unsigned long long>(sectors), m_address,
+                  static_cast<unsigned long long>(m_size));
+    if (!m_yes && !user_agrees(question.data(), bench.environment.answers)) {
+        std::puts("Nothing was written.");
+        return exit_codes::failed;
+    }
+    catch_interrupts();
+    const std::filesystem::path file = m_size % piece_size == 0 ? m_file : padded_copy(m_file, m_size);
+    const bool written = bench.run.quietly_with_user([&](int user_descriptor) {
+        std::optional<Progress_Bar> bar;
+        return box.controller().program_flash(file.string().c_str(), m_address,
+                                              [&](const Flash_Progress& progress) {
+                                                  if (!bar) {
+                                                      bar.emplace("Flash", progress.total, user_descriptor);
+                                                  }
+                                                  bar->show(progress.done, progress.step);
+                                              });
+    });
+    if (!written) {
+        throw std::runtime_error("the flash was not written: " + bench.run.take_error());
+    }
+    std::printf("%llu bytes written at 0x%06x.\n", static_cast<unsigned long long>(m_size), m_address);
+    return exit_codes::done;
+}
+
+} // namespace Pelgar::ORBE::tools

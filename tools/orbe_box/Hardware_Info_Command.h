@@ -1,0 +1,31 @@
+// Program orbe-box. "hwinfo": the record in the box's configuration flash that tells about its hardware.
+#pragma once
+
+#include "Bench.h"
+
+#include <CLI/CLI.hpp>
+
+#include <string>
+
+namespace Pelgar::ORBE::tools {
+
+class Hardware_Info_Command {
+public:
+    // Adds the command and its arguments. The command must live as long as the app.
+    explicit Hardware_Info_Command(CLI::App& app);
+
+    bool chosen() const { return m_command->parsed(); }
+
+    // Prints the record, or writes it when asked to, and answers the program's exit code: 0, or 1 when the
+    // record was not written. Throws std::invalid_argument when what shall be written is no record.
+    int run(const Bench& bench) const;
+
+private:
+    int write(const Bench& bench) const;
+
+    CLI::App* m_command;
+    std::string m_record; // hexadecimal; empty: only print
+    bool m_yes = false;
+};
+
+} // namespace Pelgar::ORBE::tools
