@@ -193,6 +193,7 @@ TEST_F(Stream_Self_Tests, AcquisitionAfterTheTestsIsExact) {
         EXPECT_EQ(check.packets(number), 2 * block / 12);
     }
     EXPECT_EQ(Neuropixels::stop_acquisition(slot, 1), Neuropixels::SUCCESS);
+    m_box->stream().set_limit(DMA_Source::unlimited);
     psb_test(true);
 }
 
