@@ -12,6 +12,9 @@ Self_Test_Stream::Self_Test_Stream(ORBE_Controller_Library& controller, unsigned
                                    const std::shared_ptr<demux::I_L2_Demux_CH_Results>& listener)
     : m_controller(controller), m_port(port),
       m_null_writer(std::make_shared<demux::CP_L2_CH_Results_Null_Writer>()) {
+    // What an acquisition has left is neither for the test nor in its way.
+    m_controller.wait_until_delivered();
+    m_controller.drop_unfinished_blocks();
     m_controller.save_stream_listeners();
     for (unsigned other = 0; other < demux::np_port_count; ++other) {
         m_controller.set_NP_aqustion_listener(m_null_writer, other, false);

@@ -15,7 +15,8 @@ class ORBE_Controller_Library;
 
 class Self_Test_Stream {
 public:
-    // Saves the listeners, and sets `listener` for the port and one that does nothing for the others.
+    // Clears the data path of what an earlier acquisition has left, saves the listeners, and sets `listener`
+    // for the port and one that does nothing for the others.
     Self_Test_Stream(ORBE_Controller_Library& controller, unsigned port,
                      const std::shared_ptr<demux::I_L2_Demux_CH_Results>& listener);
 

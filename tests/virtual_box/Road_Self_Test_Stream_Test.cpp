@@ -58,11 +58,17 @@ protected:
     Headstage& headstage() { return m_box->headstage(port); }
 
     Printed psb_test(bool result) {
-        return printed_by([&] { EXPECT_EQ(controller().bist_PSB(port), result); });
+        bool passed = !result;
+        const Printed printed = printed_by([&] { passed = controller().bist_PSB(port); });
+        EXPECT_EQ(passed, result) << printed.out;
+        return printed;
     }
 
     Printed signal_test(bool result) {
-        return printed_by([&] { EXPECT_EQ(controller().bist_Signal(port), result); });
+        bool passed = !result;
+        const Printed printed = printed_by([&] { passed = controller().bist_Signal(port); });
+        EXPECT_EQ(passed, result) << printed.out;
+        return printed;
     }
 
     // Lets the next bring-up in this mode lose the write of the mode register.

@@ -33,7 +33,10 @@ protected:
     }
 
     Printed run(bool result) {
-        return printed_by([&] { EXPECT_EQ(m_controller->bist_PSB(port), result); });
+        bool passed = !result;
+        const Printed printed = printed_by([&] { passed = m_controller->bist_PSB(port); });
+        EXPECT_EQ(passed, result) << printed.out;
+        return printed;
     }
 
     static std::string end_of_test(std::uint32_t successes, std::uint32_t failures) {

@@ -83,6 +83,19 @@ TEST_F(Lent_Stream, HostGetsItsListenersBackAndNothingOfTheTest) {
     EXPECT_EQ(m_tester->ap_sets, 1792U);
 }
 
+TEST_F(Lent_Stream, WhatAnAcquisitionLeftIsNotForTheTest) {
+    ASSERT_TRUE(m_lent->prepare(""));
+    m_lent.reset();
+    auto unfinished = pattern_recording(port);
+    unfinished.resize(std::size_t{1} << 20U);
+    m_box->queue_stream_read(unfinished);
+    ASSERT_TRUE(m_controller->pump_data_to_demux());
+    m_lent.emplace(*m_controller, port, m_tester);
+    stream_one_block([&] { return m_lent->pump(); });
+    EXPECT_EQ(m_tester->ap_sets, 1792U) << "one block, and it begins with the test's own data";
+    EXPECT_EQ(m_host->ap_sets, 0U);
+}
+
 TEST_F(Lent_Stream, EndOfTheObjectStopsAndGivesBack) {
     ASSERT_TRUE(m_lent->prepare(""));
     m_lent->enable();

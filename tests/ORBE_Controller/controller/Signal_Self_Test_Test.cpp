@@ -24,7 +24,10 @@ protected:
     static constexpr const char* path = "recordings/muxed_np_raw_data_2_minute.bin";
 
     Printed run(bool result) {
-        return printed_by([&] { EXPECT_EQ(m_controller->bist_Signal(port), result); });
+        bool passed = !result;
+        const Printed printed = printed_by([&] { passed = m_controller->bist_Signal(port); });
+        EXPECT_EQ(passed, result) << printed.out;
+        return printed;
     }
 
     static std::string line(unsigned channel, const std::string& frequency) {
