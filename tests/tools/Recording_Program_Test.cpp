@@ -1,6 +1,9 @@
 // Runs orbe-recording as a user does, in the test's working directory.
 #include "Program_Run.h"
 
+#include "C_ORBE_Controller_Library.h"
+#include "Waiter_Guard.h"
+
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -150,6 +153,26 @@ TEST(RecordingProgram, CalibrationIntoAFolderThatIsNotThereIsRefused) {
     EXPECT_EQ(run.exit_code, 1);
     EXPECT_TRUE(run.errors.starts_with("orbe-recording: ")) << run.errors;
     EXPECT_EQ(run.output, "");
+}
+
+// The commands of docs/self-tests.md.
+TEST(RecordingProgram, MakesTheRecordingsOfTheSelfTests) {
+    EXPECT_EQ(recording("make muxed_raw_data_psb_test.bin --blocks 1 --signal pattern").exit_code, 0);
+    EXPECT_EQ(recording("make muxed_np_raw_data_2_minute.bin --blocks 5 --no-rhd --signal tone --tone-bin 40")
+                  .exit_code,
+              0);
+    const Pelgar::ORBE::test::Waiter_Guard waiter;
+    for (unsigned port = 0; port < 4; ++port) {
+        Pelgar::ORBE::ORBE_Controller_Library pattern(true);
+        Pelgar::ORBE::ORBE_Controller_Library tone(true);
+        for (auto* const controller : {&pattern, &tone}) {
+            ASSERT_TRUE(controller->open());
+            ASSERT_TRUE(controller->pre_init(true));
+            controller->set_self_test_directory(".");
+        }
+        EXPECT_TRUE(pattern.bist_PSB(port)) << port;
+        EXPECT_TRUE(tone.bist_Signal(port)) << port;
+    }
 }
 
 } // namespace
