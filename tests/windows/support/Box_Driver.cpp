@@ -1,6 +1,7 @@
 #include "Box_Driver.h"
 
 #include "Device_Registry.h"
+#include "Program_Directory.h"
 #include "Windows_Error.h"
 
 #include <algorithm>
@@ -9,8 +10,9 @@
 
 namespace Pelgar::ORBE::test {
 
-Box_Driver::Box_Driver(const std::filesystem::path& driver_file)
-    : m_service(BOX_SERVICE, driver_file), m_control(std::wstring(L"\\\\.\\") + BOX_CONTROL_DEVICE) {
+Box_Driver::Box_Driver()
+    : m_service(BOX_SERVICE, program_directory() / "orbe_box.sys"),
+      m_control(std::wstring(L"\\\\.\\") + BOX_CONTROL_DEVICE) {
     require(m_control.is_open(), "the control device cannot be opened");
     set_present_boxes(0);
 }

@@ -14,9 +14,9 @@ namespace Pelgar::ORBE::test {
 
 class Box_Driver {
 public:
-    // Puts away what an earlier run may have left behind, then installs and starts the service. Throws
-    // std::system_error when that fails.
-    explicit Box_Driver(const std::filesystem::path& driver_file);
+    // Puts away what an earlier run may have left behind, then installs and starts the service, with the
+    // driver that was built beside the running program. Throws std::system_error when that fails.
+    Box_Driver();
     // Stops and removes the service, and every box.
     ~Box_Driver();
     Box_Driver(const Box_Driver&) = delete;

@@ -1,8 +1,5 @@
 #include "Box_Environment.h"
 
-#include "Windows_Error.h"
-
-#include <array>
 #include <memory>
 
 namespace Pelgar::ORBE::test {
@@ -11,17 +8,9 @@ namespace {
 
 std::unique_ptr<Box_Driver> g_driver;
 
-// The driver is built into the same directory as the test programs.
-std::filesystem::path driver_file() {
-    std::array<wchar_t, 1024> program{};
-    const DWORD length = GetModuleFileNameW(nullptr, program.data(), static_cast<DWORD>(program.size()));
-    require(length > 0 && length < program.size(), "the program does not know its own file");
-    return std::filesystem::path(program.data()).replace_filename("orbe_box.sys");
-}
-
 class Box_Environment : public testing::Environment {
 public:
-    void SetUp() override { g_driver = std::make_unique<Box_Driver>(driver_file()); }
+    void SetUp() override { g_driver = std::make_unique<Box_Driver>(); }
 
     void TearDown() override { g_driver.reset(); }
 };
