@@ -31,7 +31,7 @@ static_assert(sizeof(Mapped_Bar) == 16);
 bool open_device(Device_Handle& handle, const std::wstring& path) {
     Device_Handle opened(path);
     if (!opened.is_open()) {
-        const DWORD error = GetLastError();
+        const auto error = static_cast<long>(GetLastError());
         console::err("Error opening device, win32 error code: ", error, "\n");
     }
     handle = std::move(opened);
