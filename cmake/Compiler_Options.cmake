@@ -4,8 +4,10 @@ add_library(orbe_options INTERFACE)
 
 if(MSVC)
     target_compile_options(orbe_options INTERFACE /W4 /permissive- /utf-8 /Zc:__cplusplus
+        # Exported classes have members of the standard library's: their users link to the same one anyway.
+        /wd4251 /wd4275
         $<$<BOOL:${ORBE_WARNINGS_AS_ERRORS}>:/WX>)
-    target_compile_definitions(orbe_options INTERFACE NOMINMAX WIN32_LEAN_AND_MEAN _CRT_SECURE_NO_WARNINGS)
+    target_compile_definitions(orbe_options INTERFACE _CRT_SECURE_NO_WARNINGS)
 else()
     target_compile_options(orbe_options INTERFACE
         -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wnon-virtual-dtor
@@ -15,6 +17,11 @@ else()
         $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>
         # Log lines name the source file as it lies in the project, wherever it was built.
         -ffile-prefix-map=${PROJECT_SOURCE_DIR}/=)
+endif()
+
+if(WIN32)
+    # What <windows.h> defines is kept to what is used.
+    target_compile_definitions(orbe_options INTERFACE NOMINMAX WIN32_LEAN_AND_MEAN)
 endif()
 
 if(ORBE_SANITIZE)

@@ -9,15 +9,19 @@ function(orbe_add_layer name)
 endfunction()
 
 # A test program: GoogleTest's tests from the sources, each run by ctest in a process and a working directory
-# of its own, because the library keeps process-wide state and writes files into the working directory.
+# of its own, because the library keeps process-wide state and writes files into the working directory. Tests of
+# what lies below the layers bring the main function themselves: WITHOUT_SUPPORT.
 function(orbe_add_tests name)
-    cmake_parse_arguments(tests "" "TIMEOUT" "SOURCES;USES" ${ARGN})
+    cmake_parse_arguments(tests "WITHOUT_SUPPORT" "TIMEOUT" "SOURCES;USES" ${ARGN})
     if(NOT tests_TIMEOUT)
         set(tests_TIMEOUT 120)
     endif()
     add_executable(${name} ${tests_SOURCES})
     target_include_directories(${name} PRIVATE ${CMAKE_CURRENT_SOURCE_DIR})
-    target_link_libraries(${name} PRIVATE ${tests_USES} orbe_test_support orbe_options)
+    target_link_libraries(${name} PRIVATE ${tests_USES} orbe_options)
+    if(NOT tests_WITHOUT_SUPPORT)
+        target_link_libraries(${name} PRIVATE orbe_test_support)
+    endif()
     if(NOT MSVC)
         # What is tested is optimised; the tests themselves take longer to optimise than to run.
         target_compile_options(${name} PRIVATE -O0)

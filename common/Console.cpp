@@ -5,6 +5,11 @@
 #include <locale>
 #include <sstream>
 
+#if defined(_WIN32)
+#include <io.h>
+#include <windows.h>
+#endif
+
 namespace Pelgar::ORBE::console {
 
 namespace {
@@ -17,6 +22,29 @@ void append_real(std::string& text, Real part) {
     stream << part;
     text += stream.str();
 }
+
+#if defined(_WIN32)
+
+// Straight to the file behind the stream: the C library would end every line in two characters, and keep
+// lines back that lead to a file or another program.
+void write_bytes(std::FILE* stream, std::string_view text) noexcept {
+    std::fflush(stream);
+    const int descriptor = _fileno(stream);
+    if (descriptor < 0) {
+        return; // a host without a console
+    }
+    DWORD written = 0;
+    static_cast<void>(WriteFile(reinterpret_cast<HANDLE>(_get_osfhandle(descriptor)), text.data(),
+                                static_cast<DWORD>(text.size()), &written, nullptr));
+}
+
+#else
+
+void write_bytes(std::FILE* stream, std::string_view text) noexcept {
+    static_cast<void>(std::fwrite(text.data(), 1, text.size(), stream));
+}
+
+#endif
 
 } // namespace
 
@@ -48,7 +76,7 @@ void append(std::string& text, double part) {
 
 void write(std::FILE* stream, std::string_view text) noexcept {
     // A console that cannot be written to must not disturb the acquisition, so the result is not looked at.
-    static_cast<void>(std::fwrite(text.data(), 1, text.size(), stream));
+    write_bytes(stream, text);
 }
 
 } // namespace Pelgar::ORBE::console

@@ -28,7 +28,8 @@ void append(std::string& text, Integer part) {
     text += std::to_string(part);
 }
 
-// Writes the whole text in one call. Blocks only as long as the stream's own lock is held.
+// Writes the whole text in one call, byte for byte: a line ends in "\n" on every system. Blocks only as long
+// as the stream's own lock is held and, on Windows, while the system takes the text.
 void write(std::FILE* stream, std::string_view text) noexcept;
 
 template <typename... Parts>

@@ -2,7 +2,13 @@
 # run_under_wine.sh PREFIX PROGRAM ARGUMENT...: runs a Windows program under Wine, without a display and without
 # Wine's own messages, and exits with its status. PREFIX is the directory that Wine keeps its Windows in; it is
 # made at first use. CMake calls this for every program that it builds for Windows.
+#
+# Wine starts its services with the first program and ends them with the last one. Starting them takes longer than
+# most tests, and whoever reads the first program's output waits for them as well, because they inherit it. So a
+# session without output is opened first; it ends by itself some seconds after the last call of this script.
 set -euo pipefail
+
+idle_seconds=15
 
 WINEPREFIX=$(realpath --no-symlinks "$1")
 export WINEPREFIX
@@ -23,17 +29,42 @@ export WINEDEBUG=-all
 export WINEDLLOVERRIDES="mscoree,mshtml=;winemenubuilder.exe=d"
 unset DISPLAY WAYLAND_DISPLAY
 
-# Tests run side by side, and only one of them may make the prefix.
-ready=$WINEPREFIX/.orbe-ready
-if [ ! -e "$ready" ]; then
-    mkdir -p "$WINEPREFIX"
-    (
-        flock 9
-        if [ ! -e "$ready" ]; then
-            "$wine" wineboot --init </dev/null >/dev/null 2>&1
-            touch "$ready"
-        fi
-    ) 9>"$WINEPREFIX.lock"
+# Three locks keep the calls, which come side by side, out of each other's way: `starting` is held by the one call
+# that looks whether there is a session, `session` by whoever keeps one, and `calls` by every call for as long as its
+# program runs.
+locks=$WINEPREFIX/.locks
+last_call=$locks/last-call
+
+# Keeps the session open until no call is running and none has come for a while: a command interpreter reads nothing
+# for so long. Holds all calls up while the session ends, because a program that starts in that moment would fail.
+# Runs detached, with the lock `session` as descriptor 9.
+keep_session() {
+    exec 7>>"$locks/calls"
+    while [ $(($(date +%s) - $(stat --format=%Y "$last_call"))) -lt "$idle_seconds" ] ||
+        ! flock --nonblock 7; do
+        sleep 1
+    done | "$wine" cmd 7>&- 9>&-
+    wineserver --wait 7>&- 9>&- || true
+    # In this order: who may call again must not take the session for open.
+    exec 9>&-
+    exec 7>&-
+}
+
+mkdir -p "$locks"
+exec 7>>"$locks/calls" 8>>"$locks/starting" 9>>"$locks/session"
+flock 8
+flock --shared 7
+touch "$last_call"
+if flock --nonblock 9; then
+    if [ ! -e "$locks/prefix-complete" ]; then
+        "$wine" wineboot --init </dev/null >/dev/null 2>&1 7>&- 8>&- 9>&-
+        touch "$locks/prefix-complete" "$last_call"
+    fi
+    export wine locks last_call idle_seconds
+    export -f keep_session
+    setsid bash -c keep_session </dev/null >/dev/null 2>&1 7>&- 8>&- &
+    "$wine" cmd /c exit </dev/null >/dev/null 2>&1 7>&- 8>&- 9>&-
 fi
+exec 8>&- 9>&-
 
 exec "$wine" "$@"

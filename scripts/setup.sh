@@ -13,6 +13,13 @@ packages=(
     libgtest-dev    # tests
     libbenchmark-dev # benchmarks
     libfftw3-dev    # a Fourier transform to hold the self test's own against
+    g++-mingw-w64-x86-64-posix # Windows DLL: compiler, in the flavour whose standard library has threads
+    googletest      # Windows DLL: the sources of GoogleTest, which its tests are built with
+    wine            # Windows DLL: runs its tests
+    wine64          # Windows DLL: the part of Wine that runs 64-bit programs
+    clang           # Windows DLL: compiles a host as Windows' main compiler does, and shows the names it imports
+    lld             # Windows DLL: links that host
+    llvm            # Windows DLL: makes the import library that the host is linked with
 )
 
 fail() {

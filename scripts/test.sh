@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Builds and runs every test: in the presets given as arguments, or in release, asan and tsan without any; after
-# the release preset it installs the library and builds and runs a program against what was installed.
+# Builds and runs every test: in the presets given as arguments, or in release, asan, tsan and windows without any;
+# after the release preset it installs the library and builds and runs a program against what was installed.
 # Shows ctest's own output of every run. The last line reads "N passed, N failed" and sums what ctest counted
 # in all runs; a build that fails and a run without a test count as one failure each. Exits 0 when none failed.
 set -euo pipefail
@@ -9,7 +9,7 @@ cd "$(dirname "$0")/.."
 scripts/setup.sh
 
 presets=("$@")
-[ ${#presets[@]} -gt 0 ] || presets=(release asan tsan)
+[ ${#presets[@]} -gt 0 ] || presets=(release asan tsan windows)
 jobs=$(nproc)
 passed=0
 failed=0

@@ -3,6 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <cstdio>
+#include <fstream>
+#include <sstream>
 #include <string>
 
 namespace {
@@ -30,6 +33,18 @@ TEST(Console, WritesToTheNamedStream) {
     console::err("to err ", 2, "\n");
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "to err 2\n");
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "to out 1\n");
+}
+
+TEST(Console, WritesTheSameBytesOnEverySystemInTheOrderOfAllOutput) {
+    std::FILE* stream = std::fopen("lines.txt", "w");
+    ASSERT_NE(stream, nullptr);
+    std::fputs("[", stream);
+    console::write(stream, "one\ntwo\n");
+    std::fputs("]", stream);
+    std::fclose(stream);
+    std::ostringstream bytes;
+    bytes << std::ifstream("lines.txt", std::ios::binary).rdbuf();
+    EXPECT_EQ(bytes.str(), "[one\ntwo\n]");
 }
 
 } // namespace

@@ -9,6 +9,20 @@
 
 namespace Pelgar::ORBE::recording {
 
+namespace {
+
+// Null, with the reason in errno, when it cannot be opened.
+std::FILE* open_new(const std::filesystem::path& path) {
+#if defined(_WIN32)
+    // Not every C library of this system knows how to insist on a new file; the name itself is new.
+    return _wfopen(path.c_str(), L"wb");
+#else
+    return std::fopen(path.c_str(), "wbx");
+#endif
+}
+
+} // namespace
+
 Output_File::Output_File(const std::filesystem::path& path) : m_name(path.string()) {
     std::error_code error;
     // Behind a symbolic link it is the file itself that is replaced.
@@ -25,7 +39,7 @@ Output_File::Output_File(const std::filesystem::path& path) : m_name(path.string
     }
     m_temporary = m_path;
     m_temporary += ".partial-" + std::to_string(std::random_device()());
-    m_file.reset(std::fopen(m_temporary.string().c_str(), "wbx"));
+    m_file.reset(open_new(m_temporary));
     if (!m_file) {
         fail(errno);
     }

@@ -269,6 +269,15 @@ TEST_F(Simulated_Streaming, PreparingOpensTheFileAndStartsTheDemultiplexer) {
     EXPECT_TRUE(printed.out.ends_with("Simulation worker thread started\n"));
 }
 
+TEST_F(Simulated_Streaming, FileNamesMayHoldAnyByte) {
+    const std::string name = "gr\xF6\xDF"
+                             "e.bin";
+    std::ofstream(name, std::ios::binary) << std::string(mebibyte, '\0');
+    const Printed printed =
+        printed_by([&] { EXPECT_TRUE(m_controller.prepare_for_simulation_streaming(name)); });
+    EXPECT_EQ(printed.out.find("Sim file opened : " + name + "\n"), 0U);
+}
+
 TEST_F(Simulated_Streaming, PreparingTwiceOnlyPrints) {
     write_recording(mebibyte);
     EXPECT_TRUE(m_controller.prepare_for_simulation_streaming("recording.bin"));
