@@ -658,6 +658,9 @@ NP_EXPORT NP_ErrorCode bistI2CMM(int slotID, int portID, int dockID);
 NP_EXPORT NP_ErrorCode bistEEPROM(int slotID, int portID);
 // Uploads the configuration and has the probe check its shift registers.
 NP_EXPORT NP_ErrorCode bistSR(int slotID, int portID, int dockID);
+// Streams the probe's test pattern and compares it, channel by channel; fails while acquisition runs. Leaves
+// the probe in its test mode: init brings it back.
+NP_EXPORT NP_ErrorCode bistPSB(int slotID, int portID, int dockID);
 
 // Not run by this box. Logged; return 0.
 NP_EXPORT NP_ErrorCode bistNoise(int slotID, int portID, int dockID);

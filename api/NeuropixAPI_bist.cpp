@@ -34,6 +34,12 @@ NP_ErrorCode bistI2CMM(int /*slotID*/, int portID, int /*dockID*/) {
                             [&](auto& controller) { return controller.bist_IIC(port_index(portID)); });
 }
 
+NP_ErrorCode bistPSB(int /*slotID*/, int portID, int /*dockID*/) {
+    LOG_SCOPE_F(INFO, "bistPSB");
+    return forward_over_i2c("bistPSB",
+                            [&](auto& controller) { return controller.bist_PSB(port_index(portID)); });
+}
+
 NP_ErrorCode bistSR(int /*slotID*/, int portID, int /*dockID*/) {
     LOG_SCOPE_F(INFO, "bistSR");
     return forward_over_i2c("bistSR",

@@ -21,7 +21,7 @@ TEST_F(Self_Test_Functions, BasestationPassesWhileItIsOpen) {
     open_simulation(mebibyte);
     m_log.clear();
     EXPECT_EQ(bistBS(7), SUCCESS);
-    EXPECT_EQ(logged_lines(), (std::vector<std::string>{"0 { bistBS", "0 } bistBS"}));
+    EXPECT_TRUE(m_log.has_scope(0, "bistBS"));
     closeBS(0);
     EXPECT_EQ(bistBS(0), FAILED);
 }
@@ -29,9 +29,13 @@ TEST_F(Self_Test_Functions, BasestationPassesWhileItIsOpen) {
 TEST_F(Self_Test_Functions, FailWithoutABasestation) {
     int errors = -1;
     const std::vector<std::pair<std::string, NP_ErrorCode>> results{
-        {"bistEEPROM", bistEEPROM(0, 1)},       {"bistHB", bistHB(0, 1, 0)},
-        {"bistI2CMM", bistI2CMM(0, 1, 0)},      {"bistSR", bistSR(0, 1, 0)},
-        {"bistStartPRBS", bistStartPRBS(0, 1)}, {"bistStopPRBS", bistStopPRBS(0, 1, &errors)}};
+        {"bistEEPROM", bistEEPROM(0, 1)},
+        {"bistHB", bistHB(0, 1, 0)},
+        {"bistI2CMM", bistI2CMM(0, 1, 0)},
+        {"bistSR", bistSR(0, 1, 0)},
+        {"bistPSB", bistPSB(0, 1, 0)},
+        {"bistStartPRBS", bistStartPRBS(0, 1)},
+        {"bistStopPRBS", bistStopPRBS(0, 1, &errors)}};
     for (const auto& [name, result] : results) {
         EXPECT_EQ(result, FAILED) << name;
         EXPECT_TRUE(m_log.has_scope(0, name));
