@@ -28,6 +28,6 @@ function(orbe_add_tests name)
     endif()
     gtest_discover_tests(${name}
         TEST_PREFIX ${name}.
-        DISCOVERY_TIMEOUT 60
+        DISCOVERY_TIMEOUT 180
         PROPERTIES TIMEOUT ${tests_TIMEOUT})
 endfunction()
