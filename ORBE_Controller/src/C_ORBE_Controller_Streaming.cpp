@@ -3,6 +3,7 @@
 
 #include "Checked_Index.h"
 #include "Console.h"
+#include "Host_Path.h"
 #include "Waiting.h"
 
 #include <loguru.hpp>
@@ -11,10 +12,8 @@
 #include <chrono>
 #include <cstring>
 #include <exception>
-#include <filesystem>
 #include <set>
 #include <stdexcept>
-#include <system_error>
 #include <utility>
 
 namespace Pelgar::ORBE {
@@ -28,23 +27,6 @@ constexpr auto simulation_pump_wait = 10ms;
 
 // Written to the TTL outputs on every start of the RHD stream.
 constexpr std::uint32_t rhd_start_ttl_pattern = 0x12345678;
-
-#if defined(_WIN32)
-
-// No directory can be opened here. The host's path is in its code page, and so left to the C library alone.
-bool opens_as_directory(const std::string& /*path*/) {
-    return false;
-}
-
-#else
-
-// A directory can be opened here, and fails at the first read only.
-bool opens_as_directory(const std::string& path) {
-    std::error_code no_such_file;
-    return std::filesystem::is_directory(path, no_such_file);
-}
-
-#endif
 
 } // namespace
 
@@ -70,7 +52,7 @@ bool ORBE_Controller_Library::prepare_for_simulation_streaming(const std::string
         console::out("Alread prepard for streaming (simulation)\n");
         return true;
     }
-    if (!opens_as_directory(path)) {
+    if (!opens_as_directory(path.c_str())) {
         m_sim_file.open(path, std::ios::binary);
     }
     if (!m_sim_file.is_open()) {

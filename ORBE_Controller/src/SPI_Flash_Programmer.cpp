@@ -3,6 +3,7 @@
 #include "Configuration_Flash.h"
 #include "Console.h"
 #include "FPGA_Register_Map.h"
+#include "Host_Path.h"
 #include "SPI_Module.h"
 #include "Waiting.h"
 
@@ -11,10 +12,8 @@
 #include <chrono>
 #include <cmath>
 #include <exception>
-#include <filesystem>
 #include <fstream>
 #include <stdexcept>
-#include <system_error>
 #include <utility>
 
 namespace Pelgar::ORBE {
@@ -49,9 +48,7 @@ std::array<std::uint8_t, 4> with_address(std::uint8_t command, std::uint32_t add
 // Closed, with a message, when there is no such file. Reading it throws when the file system fails.
 std::ifstream open_image(const char* path) {
     std::ifstream file;
-    std::error_code no_such_file;
-    // Some systems let a directory be opened and fail at the first read only.
-    if (path != nullptr && std::filesystem::is_regular_file(path, no_such_file)) {
+    if (path != nullptr && !opens_as_directory(path)) {
         file.open(path, std::ios::binary);
     }
     if (file.is_open()) {
@@ -61,6 +58,11 @@ std::ifstream open_image(const char* path) {
         console::err("File coundn't be opened\n");
     }
     return file;
+}
+
+std::uint64_t size_of(std::istream& file) {
+    file.seekg(0, std::ios::end);
+    return static_cast<std::uint64_t>(file.tellg());
 }
 
 // Behind the last address the flash would count on from its beginning, where the design lies that the box
@@ -84,7 +86,7 @@ bool SPI_Flash_Programmer::program_flash(const char* path, std::uint32_t address
         if (!file.is_open()) {
             return false;
         }
-        const std::uint64_t size = std::filesystem::file_size(path);
+        const std::uint64_t size = size_of(file);
         console::out("File size : ", size / bytes_per_kib, " KB\n");
         const std::uint64_t sectors = sector_count(size);
         check_place(address, sectors);

@@ -1,0 +1,12 @@
+// Layer: common. File names as hosts give them. On Windows they are in the host's code page, so that they are
+// handed to the C library and the file streams as they are and never made a std::filesystem::path. Any
+// thread; asks the file system.
+#pragma once
+
+namespace Pelgar::ORBE {
+
+// Whether there is a directory of that name that a file stream would open all the same, to fail at the first
+// read only.
+bool opens_as_directory(const char* path);
+
+} // namespace Pelgar::ORBE
