@@ -2,11 +2,13 @@
 // thread; never blocks.
 #pragma once
 
+#include "Export.h"
+
 #include <string>
 
 namespace Pelgar::ORBE {
 
 // The directory of the build setting ORBE_RESOURCE_DIR, without a trailing separator.
-std::string default_resource_directory();
+ORBE_EXPORT std::string default_resource_directory();
 
 } // namespace Pelgar::ORBE
