@@ -83,8 +83,9 @@ void Log_Router::deliver_locked(const Log_Record& record) {
         write_line(stderr, message_for(indentation));
     }
     // By index and with a share in the listener, because a callback may add and remove listeners.
-    for (std::size_t i = 0; i < m_sinks.size(); ++i) {
-        const std::shared_ptr<Log_Sink> sink = m_sinks[i];
+    std::size_t next = 0;
+    while (next < m_sinks.size()) {
+        const std::shared_ptr<Log_Sink> sink = m_sinks[next++];
         if (record.verbosity > sink->verbosity()) {
             continue;
         }
