@@ -87,6 +87,8 @@ bool SPI_Flash_Programmer::program_flash(const char* path, std::uint32_t address
             return false;
         }
         const std::uint64_t size = size_of(file);
+        // Erasing takes minutes; the file is not held open meanwhile.
+        file.close();
         console::out("File size : ", size / bytes_per_kib, " KB\n");
         const std::uint64_t sectors = sector_count(size);
         check_place(address, sectors);
@@ -97,8 +99,6 @@ bool SPI_Flash_Programmer::program_flash(const char* path, std::uint32_t address
         };
         erase_sectors(address, sectors,
                       [&](std::uint64_t erased) { report("erasing", erased * flash::sector_size); });
-        // Erasing takes minutes; the file is not held open meanwhile.
-        file.close();
         file = open_image(path);
         if (!file.is_open()) {
             return false;

@@ -4,6 +4,7 @@
 
 #include <array>
 #include <fstream>
+#include <sstream>
 #include <string_view>
 #include <utility>
 
@@ -34,9 +35,12 @@ std::string last_line_of(const std::filesystem::path& path, std::uintmax_t& byte
                          std::string (*part)(const std::string& line)) {
     std::ifstream file(path, std::ios::binary);
     file.seekg(static_cast<std::streamoff>(bytes_read));
+    std::ostringstream content;
+    content << file.rdbuf();
+    std::istringstream text(content.str());
+    bytes_read += content.view().size();
     std::string last;
-    for (std::string line; std::getline(file, line);) {
-        bytes_read += line.size() + 1;
+    for (std::string line; std::getline(text, line);) {
         if (std::string found = part(line); !found.empty()) {
             last = std::move(found);
         }

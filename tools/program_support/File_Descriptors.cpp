@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 
 #if defined(_WIN32)
+#include <cstdio>
 #include <io.h>
 #else
 #include <unistd.h>
@@ -14,8 +15,14 @@ namespace Pelgar::ORBE::tools::descriptors {
 #if defined(_WIN32)
 
 int open_to_append(const std::filesystem::path& file) {
-    return _wopen(file.c_str(), _O_WRONLY | _O_CREAT | _O_APPEND | _O_NOINHERIT | _O_BINARY,
-                  _S_IREAD | _S_IWRITE);
+    const int descriptor = _wopen(file.c_str(), _O_WRONLY | _O_CREAT | _O_APPEND | _O_NOINHERIT | _O_BINARY,
+                                  _S_IREAD | _S_IWRITE);
+    // The system knows nothing of appending, which is the C runtime's: who writes past it begins where this
+    // leads.
+    if (descriptor >= 0) {
+        _lseeki64(descriptor, 0, SEEK_END);
+    }
+    return descriptor;
 }
 
 int duplicate(int descriptor) {
