@@ -58,6 +58,9 @@ touch "$last_call"
 if flock --nonblock 9; then
     if [ ! -e "$locks/prefix-complete" ]; then
         "$wine" wineboot --init </dev/null >/dev/null 2>&1 7>&- 8>&- 9>&-
+        # What has made the prefix ends first: a session that begins meanwhile gets a second service manager, and
+        # the two answer each other's calls.
+        wineserver --wait 7>&- 8>&- 9>&- || true
         touch "$locks/prefix-complete" "$last_call"
     fi
     export wine locks last_call idle_seconds

@@ -17,8 +17,6 @@ public:
     Service& operator=(const Service&) = delete;
 
 private:
-    void remove() const;
-
     std::wstring m_name;
 };
 
