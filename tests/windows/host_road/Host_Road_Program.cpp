@@ -1,5 +1,5 @@
-// dll_host EXPECTATION: a host in a process of its own, which runs one session on the box that is present.
-// Exits with 0, or with the number of the step that the session has ended at.
+// host_road_program EXPECTATION: a host in a process of its own, which runs one session on the box that is
+// present. Exits with 0, or with the number of the step that the session has ended at.
 #include "Host_Road.h"
 
 #include <cstddef>
@@ -31,7 +31,7 @@ std::vector<std::uint64_t> read_file(const std::filesystem::path& path) {
 int main(int argc, char** argv) {
     using namespace Pelgar::ORBE::host;
     if (argc != 2) {
-        std::fprintf(stderr, "usage: dll_host EXPECTATION\n");
+        std::fprintf(stderr, "usage: host_road_program EXPECTATION\n");
         return no_expectation;
     }
     const std::vector<std::uint64_t> expectation = read_file(argv[1]);
