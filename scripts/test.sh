@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Builds and runs every test: in the presets given as arguments, or in release, asan, tsan and windows without any;
-# after the release preset it installs the library and builds and runs a program against what was installed.
+# after release and windows it packs the library and builds and runs a host against the unpacked package.
 # Shows ctest's own output of every run. The last line reads "N passed, N failed" and sums what ctest counted
 # in all runs; a build that fails and a run without a test count as one failure each. Exits 0 when none failed.
 set -euo pipefail
@@ -69,22 +69,35 @@ run_preset() {
     echo "test: preset $preset: $((SECONDS - begin)) s in all"
 }
 
-# The library as others get it: installed into a prefix, found by find_package, linked and run.
+# run_consumer PRESET GENERATOR OPTION...: the library as others get it. What CPack's generator packs is unpacked,
+# found by find_package, linked to a host and run; the options configure the host.
 run_consumer() {
-    local prefix=$PWD/build/consumer-prefix build=$PWD/build/consumer
-    echo "test: consumer of the installed package"
-    rm -rf "$prefix" "$build"
-    quietly "installing" cmake --install build/release --prefix "$prefix" || return 0
+    local preset=$1 generator=$2 package=$PWD/build/package-$1 build=$PWD/build/consumer-$1 root
+    shift 2
+    echo "test: consumer of the package of preset $preset"
+    rm -rf "$package" "$build"
+    mkdir -p "$package"
+    quietly "packing" cpack --config "build/$preset/CPackConfig.cmake" -G "$generator" -B "$package" || return 0
+    quietly "unpacking" cmake -E chdir "$package" cmake -E tar xf "$(cd "$package" && echo neuropixapi-orbe-*.*)" ||
+        return 0
+    root=$(echo "$package"/neuropixapi-orbe-*/)
     quietly "configuring the consumer" cmake -S tests/consumer -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Release \
-        -DCMAKE_PREFIX_PATH="$prefix" || return 0
+        -DCMAKE_PREFIX_PATH="${root%/}" "$@" || return 0
     quietly "building the consumer" cmake --build "$build" || return 0
-    run_ctest consumer --test-dir "$build" --output-on-failure
+    run_ctest "consumer-$preset" --test-dir "$build" --output-on-failure
 }
 
 for preset in "${presets[@]}"; do
-    if run_preset "$preset" && [ "$preset" = release ]; then
-        run_consumer
-    fi
+    run_preset "$preset" || continue
+    case $preset in
+    release)
+        run_consumer release TGZ
+        ;;
+    windows)
+        run_consumer windows ZIP --toolchain "$PWD/cmake/toolchains/mingw-w64-x86_64.cmake" \
+            -DCMAKE_FIND_ROOT_PATH_MODE_PACKAGE=BOTH
+        ;;
+    esac
 done
 
 echo "$passed passed, $failed failed"
