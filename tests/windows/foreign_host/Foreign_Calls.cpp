@@ -3,6 +3,7 @@
 #include "Answers.h"
 #include "Call_With_Samples.h"
 #include "Expect.h"
+#include "Kernel32.h"
 #include "Known_Values.h"
 #include "Output.h"
 
@@ -19,9 +20,18 @@ struct Import {
     Any_Function address;
 };
 
+// The DLL or program that an address lies in, or null.
+Kernel32_Handle module_of(Any_Function address) {
+    Kernel32_Handle found = nullptr;
+    return GetModuleHandleExA(module_by_address, reinterpret_cast<const void*>(address), &found) != 0
+               ? found
+               : nullptr;
+}
+
+// A loader may start a program whose imports are not all there, with something of its own in the place of
+// what is missing: every address has to lie in the DLL.
 void look_at_imports() {
-    // The loader has filled the addresses in: volatile, so that the compiler does not take them for good.
-    const volatile Import imports[] = {
+    const Import imports[] = {
 #define NP_FUNCTION(result, name, parameters, arguments)                                                     \
     {#name, reinterpret_cast<Any_Function>(&Neuropixels::name)},                                             \
         {"np_" #name, reinterpret_cast<Any_Function>(&::np_##name)},
@@ -29,9 +39,12 @@ void look_at_imports() {
     {#name, reinterpret_cast<Any_Function>(&Neuropixels::name)},
 #include <NeuropixAPI_Functions.inc>
     };
+    const Kernel32_Handle dll = module_of(imports[0].address);
+    expect(dll != nullptr && dll != module_of(reinterpret_cast<Any_Function>(&look_at_imports)),
+           imports[0].name, "not imported from a DLL");
     long long count = 0;
-    for (const volatile Import& import : imports) {
-        expect(import.address != nullptr, import.name, "imported without an address");
+    for (const Import& import : imports) {
+        expect(module_of(import.address) == dll, import.name, "not imported from the DLL");
         ++count;
     }
     print(count);
@@ -72,6 +85,9 @@ void call_all() {
 
 bool run_foreign_calls() {
     look_at_imports();
+    if (!everything_was_good()) {
+        return false;
+    }
     answers::of_functions::call_all();
     look_at_known_values();
     return everything_was_good();

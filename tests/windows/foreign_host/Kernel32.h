@@ -14,6 +14,7 @@ constexpr unsigned share_for_reading = 1;
 constexpr unsigned open_existing = 3;
 constexpr unsigned memory_for_use = 0x1000 | 0x2000; // reserved and committed
 constexpr unsigned memory_readable_and_writable = 4;
+constexpr unsigned module_by_address = 2 | 4; // without counting this as a use of it
 
 KERNEL32(int) CloseHandle(Kernel32_Handle handle);
 KERNEL32(Kernel32_Handle)
@@ -22,6 +23,7 @@ CreateFileA(const char* path, unsigned access, unsigned sharing, void* security,
 KERNEL32(void) ExitProcess(unsigned status);
 KERNEL32(const char*) GetCommandLineA();
 KERNEL32(int) GetFileSizeEx(Kernel32_Handle file, long long* size);
+KERNEL32(int) GetModuleHandleExA(unsigned how, const void* address, Kernel32_Handle* module_found);
 KERNEL32(Kernel32_Handle) GetStdHandle(unsigned which);
 KERNEL32(int)
 ReadFile(Kernel32_Handle file, void* buffer, unsigned size, unsigned* read, void* overlapped);
