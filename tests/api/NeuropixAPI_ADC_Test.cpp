@@ -98,6 +98,20 @@ TEST_F(ADC_Reading, BlockedReaderReturnsWithZeroOnceTheBasestationCloses) {
     EXPECT_EQ(amount, 0);
     EXPECT_EQ(m_data[12], 77) << "the packet that never came is not written";
     EXPECT_EQ(m_info[1].Status, 77);
+}
+
+TEST_F(ADC_Reading, TurningAReaderAwayIsLogged) {
+    open_simulation();
+    const auto converter = current_rhd_converter();
+    std::thread reader([&] { ADC_readPackets(0, m_info.data(), m_data.data(), 12, 1, &m_packets_read); });
+    // Whoever reads holds the mutex, and asks the queue for a packet whatever happens meanwhile.
+    while (converter->reader_mutex().try_lock()) {
+        converter->reader_mutex().unlock();
+        std::this_thread::yield();
+    }
+    EXPECT_EQ(closeBS(0), SUCCESS);
+    reader.join();
+    EXPECT_EQ(m_packets_read, 0);
     EXPECT_EQ(m_log.count("MT_RHD_PXI_Queue::peek_xfer_buffer_from_queue signalled for exit"), 1);
 }
 
