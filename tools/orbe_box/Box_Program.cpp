@@ -30,7 +30,7 @@ int run_box_program(int argc, const char* const* argv, const Box_Environment& en
     const Info_Command info(app);
     const Self_Test_Command self_test(app);
     Flash_Command flash(app);
-    const Hardware_Info_Command hardware_info(app);
+    Hardware_Info_Command hardware_info(app);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
@@ -39,6 +39,8 @@ int run_box_program(int argc, const char* const* argv, const Box_Environment& en
     try {
         if (flash.chosen()) {
             flash.check_arguments();
+        } else if (hardware_info.chosen()) {
+            hardware_info.check_arguments();
         }
         if (!recordings.empty()) {
             // The library runs in a directory of its own.
@@ -57,7 +59,7 @@ int run_box_program(int argc, const char* const* argv, const Box_Environment& en
             } else {
                 result = hardware_info.run(bench);
             }
-        } catch (const std::runtime_error& error) {
+        } catch (const std::exception& error) {
             std::fprintf(stderr, "orbe-box: %s\n", error.what());
         }
         if (keep || result != exit_codes::done) {

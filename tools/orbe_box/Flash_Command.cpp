@@ -35,11 +35,11 @@ constexpr const char* footer =
 // Copies the file into the working directory, with the erased flash's own value up to a whole piece: the
 // library leaves out what does not fill one.
 std::filesystem::path padded_copy(const std::filesystem::path& file, std::uint64_t size) {
-    std::filesystem::copy_file(file, padded_name);
-    std::ofstream copy(padded_name, std::ios::binary | std::ios::app);
-    copy << std::string(piece_size - size % piece_size, '\xFF');
+    std::ofstream copy(padded_name, std::ios::binary);
+    copy << std::ifstream(file, std::ios::binary).rdbuf()
+         << std::string(piece_size - size % piece_size, '\xFF');
     copy.close();
-    if (!copy) {
+    if (!copy || std::filesystem::file_size(padded_name) != size + piece_size - size % piece_size) {
         throw std::runtime_error("the file cannot be copied");
     }
     return padded_name;

@@ -1,6 +1,7 @@
 #include "Hardware_Info_Command.h"
 
 #include "Exit_Codes.h"
+#include "Interrupt.h"
 #include "ORBE_HW_Info.h"
 #include "Opened_Box.h"
 #include "Question.h"
@@ -58,12 +59,18 @@ std::unique_ptr<ORBE_HW_Info> read(Opened_Box& box, const Bench& bench) {
 
 Hardware_Info_Command::Hardware_Info_Command(CLI::App& app)
     : m_command(app.add_subcommand("hwinfo", "Show the hardware record in the box's configuration flash")) {
-    m_command->add_option("--write", m_record, "Write this record: 64 hexadecimal digits");
+    m_command->add_option("--write", m_text, "Write this record: 64 hexadecimal digits");
     m_command->add_flag("--yes", m_yes, "Do not ask before writing");
 }
 
+void Hardware_Info_Command::check_arguments() {
+    if (m_text) {
+        m_record = parse_record(*m_text);
+    }
+}
+
 int Hardware_Info_Command::run(const Bench& bench) const {
-    if (!m_record.empty()) {
+    if (m_text) {
         return write(bench);
     }
     Opened_Box box(bench);
@@ -72,7 +79,6 @@ int Hardware_Info_Command::run(const Bench& bench) const {
 }
 
 int Hardware_Info_Command::write(const Bench& bench) const {
-    const ORBE_HW_Info wanted = parse_record(m_record);
     Opened_Box box(bench);
     std::puts("The record now:");
     print_record(*read(box, bench));
@@ -80,12 +86,14 @@ int Hardware_Info_Command::write(const Bench& bench) const {
         std::puts("Nothing was written.");
         return exit_codes::failed;
     }
+    // The sector is erased before it is written: whoever stops it in between has lost the record.
+    catch_interrupts();
     const bool written = box.quietly(
-        [&](ORBE_Controller_Library& controller) { return controller.program_ORBE_HW_info(wanted); });
+        [&](ORBE_Controller_Library& controller) { return controller.program_ORBE_HW_info(m_record); });
     if (!written) {
         throw std::runtime_error("the record was not written: " + bench.run.take_error());
     }
-    if (*read(box, bench) != wanted) {
+    if (*read(box, bench) != m_record) {
         throw std::runtime_error("the flash does not hold the record that was written");
     }
     std::puts("The record is written.");

@@ -2,9 +2,11 @@
 #pragma once
 
 #include "Bench.h"
+#include "ORBE_HW_Info.h"
 
 #include <CLI/CLI.hpp>
 
+#include <optional>
 #include <string>
 
 namespace Pelgar::ORBE::tools {
@@ -16,15 +18,20 @@ public:
 
     bool chosen() const { return m_command->parsed(); }
 
+    // Looks at the record that shall be written before anything else happens. Throws std::invalid_argument
+    // when it is none.
+    void check_arguments();
+
     // Prints the record, or writes it when asked to, and answers the program's exit code: 0, or 1 when the
-    // record was not written. Throws std::invalid_argument when what shall be written is no record.
+    // record was not written.
     int run(const Bench& bench) const;
 
 private:
     int write(const Bench& bench) const;
 
     CLI::App* m_command;
-    std::string m_record; // hexadecimal; empty: only print
+    std::optional<std::string> m_text; // hexadecimal; nothing: only print
+    ORBE_HW_Info m_record;
     bool m_yes = false;
 };
 

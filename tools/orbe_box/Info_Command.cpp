@@ -63,7 +63,11 @@ Info_Command::Info_Command(CLI::App& app)
 int Info_Command::run(const Bench& bench) const {
     Opened_Box box(bench);
     print_design(box);
-    box.bring_ports_up();
+    if (!box.runs_neuropixels_design(false)) {
+        std::puts("Ports        none: this design serves no probes");
+        return exit_codes::failed;
+    }
+    box.power_ports();
     const unsigned offered = box.controller().get_np_port_count_from_fpga_signature();
     const unsigned locked = box.controller().get_cached_np_port_status();
     std::printf("Ports        %u\n", offered);

@@ -16,30 +16,37 @@ namespace {
 
 Opened_Box::Opened_Box(const Bench& bench) : m_bench(bench) {
     m_controller = bench.run.quietly([&] { return bench.environment.make_controller(bench.simulation); });
-    if (!quietly([](ORBE_Controller_Library& controller) { return controller.open(); })) {
-        bench.run.quietly([this] { m_controller.reset(); });
-        fail(bench.run, "no box is connected");
+    try {
+        if (!quietly([](ORBE_Controller_Library& controller) { return controller.open(); })) {
+            fail(bench.run, "no box is connected");
+        }
+    } catch (...) {
+        release();
+        throw;
     }
 }
 
 Opened_Box::~Opened_Box() {
-    m_bench.run.quietly([this] { m_controller.reset(); });
+    release();
 }
 
-void Opened_Box::bring_ports_up() {
-    const bool design = quietly([](ORBE_Controller_Library& controller) {
-        return controller.check_and_switch_firmware_if_nec(true);
+bool Opened_Box::runs_neuropixels_design(bool may_switch) {
+    return quietly([may_switch](ORBE_Controller_Library& controller) {
+        return controller.check_and_switch_firmware_if_nec(may_switch);
     });
-    if (!design) {
-        fail(m_bench.run, "the FPGA could not be made to run the Neuropixels design");
-    }
+}
+
+void Opened_Box::power_ports() {
     if (!quietly([](ORBE_Controller_Library& controller) { return controller.pre_init(true); })) {
         fail(m_bench.run, "no headstage's link locks");
     }
 }
 
 void Opened_Box::bring_probe_up(unsigned port) {
-    bring_ports_up();
+    if (!runs_neuropixels_design(true)) {
+        fail(m_bench.run, "the FPGA could not be made to run the Neuropixels design");
+    }
+    power_ports();
     const bool up = quietly([port](ORBE_Controller_Library& controller) {
         return controller.probe_init_part_1(port) &&
                controller.probe_init_part_2(port, E_ORBE_Init_Config::full);
@@ -47,6 +54,10 @@ void Opened_Box::bring_probe_up(unsigned port) {
     if (!up) {
         fail(m_bench.run, "the probe does not come up");
     }
+}
+
+void Opened_Box::release() {
+    m_bench.run.quietly([this] { m_controller.reset(); });
 }
 
 } // namespace Pelgar::ORBE::tools

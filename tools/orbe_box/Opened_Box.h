@@ -16,11 +16,16 @@ public:
     Opened_Box(const Opened_Box&) = delete;
     Opened_Box& operator=(const Opened_Box&) = delete;
 
-    // Brings the probe ports up: makes the FPGA run the Neuropixels design, powers the ports and waits up to
-    // 5 s for a headstage. Throws std::runtime_error with what the library says when that fails.
-    void bring_ports_up();
+    // Whether the FPGA runs the design that serves probes; when it does not and `may_switch`, reboots it into
+    // that design, which takes 10 s.
+    bool runs_neuropixels_design(bool may_switch);
 
-    // Brings the ports up and initialises the probe on one of them (index 0..3). Throws as above.
+    // Powers the probe ports and waits up to 5 s for a headstage. Throws std::runtime_error with what the
+    // library says when none comes.
+    void power_ports();
+
+    // Brings the box, switching its design if need be, and the probe on a port (index 0..3) up. Throws as
+    // above.
     void bring_probe_up(unsigned port);
 
     // Does `operation` on the controller with the library's lines going to the files, and returns its result.
@@ -33,6 +38,8 @@ public:
     ORBE_Controller_Library& controller() { return *m_controller; }
 
 private:
+    void release();
+
     const Bench& m_bench;
     std::unique_ptr<ORBE_Controller_Library> m_controller;
 };

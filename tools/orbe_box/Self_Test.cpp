@@ -34,18 +34,18 @@ bool run_prbs(ORBE_Controller_Library& controller, unsigned port, std::string& w
 } // namespace
 
 const std::array<Self_Test, 7> self_tests{{
-    {"HB", "link to the headstage", "not locked", &run<&ORBE_Controller_Library::bist_HB>},
-    {"PRBS", "pseudo-random bits over the link", "the headstage did not count", &run_prbs},
-    {"I2CMM", "registers of the probe", "a register does not keep what is written",
+    {"HB", "link to the headstage", "not locked", true, &run<&ORBE_Controller_Library::bist_HB>},
+    {"PRBS", "pseudo-random bits over the link", "the headstage did not count", true, &run_prbs},
+    {"I2CMM", "registers of the probe", "a register does not keep what is written", true,
      &run<&ORBE_Controller_Library::bist_IIC>},
-    {"EEPROM", "EEPROMs of headstage and probe", "an EEPROM does not read the same twice",
+    {"EEPROM", "EEPROMs of headstage and probe", "an EEPROM does not read the same twice", true,
      &run<&ORBE_Controller_Library::bist_Eeproms>},
-    {"SR", "shift registers of the probe", "the probe does not hold what was shifted in",
+    {"SR", "shift registers of the probe", "the probe does not hold what was shifted in", false,
      &run<&ORBE_Controller_Library::bist_Probe_SR>},
-    {"PSB", "test pattern over the probe serial bus", "the test pattern does not arrive",
+    {"PSB", "test pattern over the probe serial bus", "the test pattern does not arrive", false,
      &run<&ORBE_Controller_Library::bist_PSB>},
     {"Signal", "test tone through every channel", "a channel does not carry the tone of 1150 to 1300 Hz",
-     &run<&ORBE_Controller_Library::bist_Signal>},
+     false, &run<&ORBE_Controller_Library::bist_Signal>},
 }};
 
 } // namespace Pelgar::ORBE::tools

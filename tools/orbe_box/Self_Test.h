@@ -15,7 +15,8 @@ struct Self_Test {
 
     const char* name;
     const char* subject;
-    const char* failure; // what a failure means where the library does not say more
+    const char* failure; // what a failure means
+    bool needs_box;      // tests nothing in simulation
     Run run;
 };
 

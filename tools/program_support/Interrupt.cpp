@@ -10,7 +10,9 @@ namespace {
 std::atomic<bool> g_interrupted{false};
 static_assert(std::atomic<bool>::is_always_lock_free);
 
-extern "C" void note_interrupt(int /*signal*/) {
+extern "C" void note_interrupt(int signal) {
+    // Windows forgets the handler before it calls it.
+    std::signal(signal, note_interrupt);
     g_interrupted.store(true);
 }
 
