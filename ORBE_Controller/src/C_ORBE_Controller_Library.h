@@ -180,8 +180,9 @@ public:
     // thread; blocks in the driver's read, or 10 ms in simulation mode.
     bool pump_data_to_demux();
 
-    // Blocks until the channel values of all whole blocks that were pumped so far have reached their
-    // listeners, and forgets those that do not fill a block. Not while another thread pumps.
+    // The first blocks until the channel values of all whole blocks, and the RHD frames, that were pumped so
+    // far have reached their listeners; the second forgets what does not fill a block or a frame. Not while
+    // another thread pumps.
     void wait_until_delivered();
     void drop_unfinished_blocks();
 

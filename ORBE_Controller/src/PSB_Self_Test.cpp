@@ -3,7 +3,6 @@
 #include "C_ORBE_Controller_Library.h"
 #include "Console.h"
 #include "PSB_L2_Tester.h"
-#include "RHD_Frame_Null_listener.h"
 #include "Self_Test_Stream.h"
 
 #include <cstdint>
@@ -24,10 +23,8 @@ bool execute_psb_test(ORBE_Controller_Library& controller, unsigned port, const 
     if (!controller.probe_init_part_2(port, E_ORBE_Init_Config::psb_test)) {
         return false;
     }
-    const auto rhd_listener = std::make_shared<demux::RHD_Frame_Null_listener>();
     const auto tester = std::make_shared<PSB_L2_Tester>();
     Self_Test_Stream stream(controller, port, tester);
-    controller.set_RHD_aqustion_listener(rhd_listener);
     if (!stream.prepare(directory + '/' + recording_name)) {
         return false;
     }

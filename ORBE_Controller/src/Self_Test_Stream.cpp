@@ -11,7 +11,8 @@ namespace Pelgar::ORBE {
 Self_Test_Stream::Self_Test_Stream(ORBE_Controller_Library& controller, unsigned port,
                                    const std::shared_ptr<demux::I_L2_Demux_CH_Results>& listener)
     : m_controller(controller), m_port(port),
-      m_null_writer(std::make_shared<demux::CP_L2_CH_Results_Null_Writer>()) {
+      m_null_writer(std::make_shared<demux::CP_L2_CH_Results_Null_Writer>()),
+      m_rhd_null_listener(std::make_shared<demux::RHD_Frame_Null_listener>()) {
     // What an acquisition has left is neither for the test nor in its way.
     m_controller.wait_until_delivered();
     m_controller.drop_unfinished_blocks();
@@ -20,6 +21,8 @@ Self_Test_Stream::Self_Test_Stream(ORBE_Controller_Library& controller, unsigned
         m_controller.set_NP_aqustion_listener(m_null_writer, other, false);
     }
     m_controller.set_NP_aqustion_listener(listener, m_port, false);
+    // Once started, the box's RHD interface sends frames for as long as the basestation is open.
+    m_controller.set_RHD_aqustion_listener(m_rhd_null_listener);
 }
 
 Self_Test_Stream::~Self_Test_Stream() {

@@ -5,6 +5,7 @@
 
 #include "CP_L2_CH_Results_Null_Writer.h"
 #include "I_L2_Demux_CH_Results.h"
+#include "RHD_Frame_Null_listener.h"
 
 #include <memory>
 #include <string>
@@ -16,7 +17,7 @@ class ORBE_Controller_Library;
 class Self_Test_Stream {
 public:
     // Clears the data path of what an earlier acquisition has left, saves the listeners, and sets `listener`
-    // for the port and one that does nothing for the others.
+    // for the port and ones that do nothing for the others and for the RHD stream.
     Self_Test_Stream(ORBE_Controller_Library& controller, unsigned port,
                      const std::shared_ptr<demux::I_L2_Demux_CH_Results>& listener);
 
@@ -36,8 +37,8 @@ public:
     // no more.
     bool pump();
 
-    // Stops the rows, and returns when the listeners have what was pumped. What does not fill a block is
-    // dropped, so that none of it is taken for a later acquisition.
+    // Stops the rows, and returns when the listeners have what was pumped. What does not fill a block, or an
+    // RHD frame, is dropped, so that none of it is taken for a later acquisition.
     void stop();
 
     // Puts the saved listeners back.
@@ -47,6 +48,7 @@ private:
     ORBE_Controller_Library& m_controller;
     unsigned m_port;
     std::shared_ptr<demux::CP_L2_CH_Results_Null_Writer> m_null_writer;
+    std::shared_ptr<demux::RHD_Frame_Null_listener> m_rhd_null_listener;
     bool m_prepared = false;
     bool m_restored = false;
 };

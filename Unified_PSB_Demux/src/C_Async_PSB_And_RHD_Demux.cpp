@@ -214,18 +214,21 @@ void Async_NP_And_RHD_Demux::poison_queue() {
     push_xfer_buffer_to_queue(*std::make_unique<Main_mux_transfer_buffer_wrapper>());
 }
 
-// A transfer leaves the queue when its rows are sorted, a block when it is decoded.
+// A transfer leaves the queue when its rows are sorted, a block when it is decoded, an RHD word when the
+// frame before it is delivered.
 void Async_NP_And_RHD_Demux::wait_until_delivered() {
     m_main_demux_queue.wait_until_consumed();
     for (const auto& worker : m_np_workers) {
         worker->wait_until_decoded();
     }
+    m_rhd_worker->wait_until_delivered();
 }
 
 void Async_NP_And_RHD_Demux::drop_unfinished_blocks() {
     for (const auto& block : m_np_block_buffers) {
         block->fill = 0;
     }
+    m_rhd_worker->drop_unfinished_frame();
 }
 
 void Async_NP_And_RHD_Demux::signal_to_resync() {

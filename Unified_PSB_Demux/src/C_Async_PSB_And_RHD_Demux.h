@@ -51,12 +51,13 @@ public:
     // Queues the record of size 0 that ends `run`.
     void poison_queue();
 
-    // Blocks until the channel values of all whole blocks in the transfers pushed so far have reached their
-    // listeners. Only while `run` does.
+    // Blocks until the channel values of all whole blocks, and the RHD frames, in the transfers pushed so far
+    // have reached their listeners. Only while `run` does.
     void wait_until_delivered();
 
-    // Forgets the super frames of each port that do not fill a block yet, so that nothing of a run that has
-    // ended reaches the listeners of the next one. After `wait_until_delivered`, while nothing is pushed.
+    // Forgets the super frames of each port that do not fill a block yet, and the RHD frame of which only a
+    // part has come, so that nothing of a run that has ended reaches the listeners of the next one. After
+    // `wait_until_delivered`, while nothing is pushed.
     void drop_unfinished_blocks();
 
     // Tells the stages behind the port queues that the stream starts anew. Any thread.

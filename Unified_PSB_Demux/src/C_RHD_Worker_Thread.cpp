@@ -59,10 +59,10 @@ void C_RHD_Worker_Thread::work() {
     std::uint32_t valid_frames = 0;
     std::uint16_t iteration = 0;
     while (!m_fifo.stop_signalled()) {
-        RHD_Frame frame;
-        if (m_reader.read_frame(frame)) {
-            ++valid_frames;
-            deliver(frame);
+        try {
+            valid_frames += read_and_deliver() ? 1U : 0U;
+        } catch (const RHD_Words_Forgotten&) {
+            continue;
         }
         if (iteration++ == 0) {
             console::out(m_name, " worker, processed valid frames : ", valid_frames,
@@ -70,6 +70,15 @@ void C_RHD_Worker_Thread::work() {
         }
     }
     LOG_F(INFO, "RHD Worker thread end");
+}
+
+bool C_RHD_Worker_Thread::read_and_deliver() {
+    RHD_Frame frame;
+    const bool valid = m_reader.read_frame(frame);
+    if (valid) {
+        deliver(frame);
+    }
+    return valid;
 }
 
 // What the listener throws costs the frame, not the thread.

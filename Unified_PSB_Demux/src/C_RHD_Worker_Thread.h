@@ -30,6 +30,14 @@ public:
     // Appends the payload words of one or more rows and wakes the thread. Allocates while the FIFO grows.
     void push_row_words(std::span<const std::uint16_t> words) { m_fifo.push_words(words); }
 
+    // Blocks until the frames in the words that were pushed so far have been delivered. Only while the thread
+    // runs.
+    void wait_until_delivered() { m_fifo.wait_until_used(); }
+
+    // Drops the words that no frame has been made of yet, those of a half-read frame among them. Frames and
+    // messages go on as if they had never come. Any thread, while nothing is pushed.
+    void drop_unfinished_frame() { m_fifo.forget_words(); }
+
     // Sets the stop flag. The thread ends when it has finished the frame it reads; frames that are still
     // queued are dropped. A thread that waits for words sees the flag after `push_wake_up_words`.
     void signal_to_stop();
@@ -52,6 +60,7 @@ public:
 
 private:
     void work();
+    bool read_and_deliver();
     void deliver(RHD_Frame& frame);
 
     RHD_Word_Fifo m_fifo;

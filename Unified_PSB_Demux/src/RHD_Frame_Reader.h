@@ -18,7 +18,8 @@ public:
 
     // Reads one frame into an empty record and tells whether it is valid. A frame whose preamble is wrong is
     // reported and given up behind the preamble. The FIFO's stop signal ends the search for a preamble, and
-    // fills up a frame that has begun with zeros.
+    // fills up a frame that has begun with zeros. Throws RHD_Words_Forgotten when the FIFO forgets its words;
+    // the record is then of no use, and no frame is counted.
     bool read_frame(RHD_Frame& frame);
 
     // The number of data streams in the frames that begin from now on. The words of streams that the record

@@ -7,7 +7,27 @@ namespace Pelgar::ORBE::demux {
 RHD_Word_Fifo::RHD_Word_Fifo() : m_taken(words_per_block) {}
 
 void RHD_Word_Fifo::push_words(std::span<const std::uint16_t> words) {
+    {
+        const std::lock_guard lock(m_mutex);
+        m_pushed_count += words.size();
+    }
     m_queue.push_unbounded(words);
+}
+
+void RHD_Word_Fifo::wait_until_used() {
+    std::unique_lock lock(m_mutex);
+    const std::uint64_t due = m_pushed_count;
+    m_used_up.wait(lock, [&] { return m_used_count >= due; });
+}
+
+void RHD_Word_Fifo::forget_words() {
+    // A word more than there is, so that a reader that waits in the middle of a frame wakes up.
+    constexpr std::uint16_t wake_up_word = 0;
+    {
+        const std::lock_guard lock(m_mutex);
+        m_forgotten_count = m_pushed_count + 1;
+    }
+    push_words({&wake_up_word, 1});
 }
 
 std::uint16_t RHD_Word_Fifo::pop_word() {
@@ -43,11 +63,30 @@ void RHD_Word_Fifo::skip_words(std::uint64_t count) {
 // Takes what is queued, or waits for it. Answers false when the FIFO is empty and no more is to be waited
 // for.
 bool RHD_Word_Fifo::refill() {
+    report_used();
     if (stop_signalled() && m_queue.size() == 0) {
         return false;
     }
-    m_unread = std::span<const std::uint16_t>(m_taken).first(m_queue.wait_take(m_taken));
+    const std::uint64_t first = m_taken_count;
+    const auto taken = std::span<const std::uint16_t>(m_taken).first(m_queue.wait_take(m_taken));
+    m_taken_count += taken.size();
+    const std::uint64_t valid_from = std::clamp(forgotten(), first, m_taken_count);
+    m_unread = taken.subspan(static_cast<std::size_t>(valid_from - first));
+    if (valid_from != first) {
+        throw RHD_Words_Forgotten();
+    }
     return true;
+}
+
+void RHD_Word_Fifo::report_used() {
+    const std::lock_guard lock(m_mutex);
+    m_used_count = m_taken_count;
+    m_used_up.notify_all();
+}
+
+std::uint64_t RHD_Word_Fifo::forgotten() const {
+    const std::lock_guard lock(m_mutex);
+    return m_forgotten_count;
 }
 
 } // namespace Pelgar::ORBE::demux

@@ -759,4 +759,37 @@ TEST_F(Running_Demux, DroppedUnfinishedBlocksNeverReachAListener) {
     EXPECT_EQ(listener->count(Band::AP), 1792U) << "a whole block of what came after";
 }
 
+TEST_F(Running_Demux, RHDFramesAreDeliveredByTheWaitAndHalfOnesDropped) {
+    const auto listener = std::make_shared<Recording_Rhd_Listener>();
+    m_demux.set_RHD_Results_Listener(listener);
+    // Three rows hold a frame of 20 words and the first word of another.
+    const auto rows_of = [&](std::uint32_t seed) {
+        Words words = rhd_words(numbered_rhd_frame(seed, 0), 0);
+        words.push_back(words.front());
+        Bytes bytes;
+        for (const Row_Payload& payload : row_payloads(words)) {
+            m_counters.append(bytes, 4, payload);
+        }
+        return bytes;
+    };
+    captured_output([&] {
+        m_demux.start_worker_threads();
+        std::thread main_demux_thread([this] { m_demux.run(); });
+        for (std::uint32_t seed = 1; seed <= 20; ++seed) {
+            push_bytes(m_demux, rows_of(seed));
+            m_demux.wait_until_delivered();
+            EXPECT_EQ(listener->frames().size(), seed);
+            m_demux.drop_unfinished_blocks();
+        }
+        m_demux.poison_queue();
+        main_demux_thread.join();
+    });
+    const auto frames = listener->frames();
+    ASSERT_EQ(frames.size(), 20U);
+    for (std::uint32_t seed = 1; seed <= 20; ++seed) {
+        EXPECT_EQ(frames[seed - 1], numbered_rhd_frame(seed, 0));
+    }
+    EXPECT_EQ(m_demux.get_total_processed_RHD_frame_count(), 20U);
+}
+
 } // namespace

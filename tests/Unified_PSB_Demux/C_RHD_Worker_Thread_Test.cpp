@@ -127,6 +127,37 @@ TEST_F(C_RHD_Worker_Thread_Test, CountsArePrintedAgainAfter65536Iterations) {
                          "RHD worker, processed valid frames : 65537, queue element count : 20\n");
 }
 
+TEST_F(C_RHD_Worker_Thread_Test, AFrameThatIsDroppedHalfReadLeavesNoTrace) {
+    // Cut in the preamble, behind it, in the time stamp, in the amplifier words, in front of and in the rest.
+    for (const std::size_t cut : {0U, 1U, 3U, 4U, 5U, 6U, 50U, 76U, 78U, 80U, 91U}) {
+        C_RHD_Worker_Thread worker;
+        const auto listener = std::make_shared<Recording_Rhd_Listener>();
+        worker.set_listener(listener);
+        worker.set_enabled_stream_count(2);
+        const auto output = captured_output([&] {
+            worker.start("RHD");
+            const Words half = rhd_words(numbered_rhd_frame(1, 2), 2);
+            worker.push_row_words(std::span(half).first(cut));
+            worker.wait_until_delivered();
+            worker.drop_unfinished_frame();
+            for (const std::uint32_t seed : {2U, 3U}) {
+                worker.push_row_words(rhd_words(numbered_rhd_frame(seed, 2), 2));
+                worker.wait_until_delivered();
+                EXPECT_EQ(listener->frames().size(), seed - 1) << cut;
+            }
+            worker.signal_to_stop();
+            worker.push_wake_up_words();
+            worker.join();
+        });
+        EXPECT_EQ(listener->frames()[0], numbered_rhd_frame(2, 2)) << cut;
+        EXPECT_EQ(listener->frames()[1], numbered_rhd_frame(3, 2)) << cut;
+        EXPECT_EQ(worker.get_valid_frame_count(), 2U);
+        EXPECT_EQ(output.out.find("RHD worker, processed valid frames : 1, queue element count : 0\n"), 0U);
+        // The stop ends the search for the next frame.
+        EXPECT_EQ(output.err, "Resync warning 1\ninvalid RHD frame preamble \n") << cut;
+    }
+}
+
 TEST_F(C_RHD_Worker_Thread_Test, WithoutAListenerEveryFramePrintsItsLine) {
     m_listener.reset();
     push_frames(1, 3);

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <atomic>
 #include <numeric>
 #include <random>
 #include <thread>
@@ -12,6 +13,7 @@
 namespace {
 
 using Pelgar::ORBE::demux::RHD_Word_Fifo;
+using Pelgar::ORBE::demux::RHD_Words_Forgotten;
 using Pelgar::ORBE::test::Words;
 
 Words counting(std::size_t count, std::uint16_t first = 0) {
@@ -93,6 +95,63 @@ TEST(RHD_Word_Fifo, RunsOfAnyLengthKeepTheOrderBetweenThreads) {
     producer.join();
     EXPECT_EQ(mismatches, 0U);
     EXPECT_EQ(fifo.size(), 0U);
+}
+
+TEST(RHD_Word_Fifo, WaitUntilUsedReturnsWhenTheReaderComesBackForMore) {
+    RHD_Word_Fifo fifo;
+    fifo.wait_until_used();
+    std::atomic<std::size_t> used{0};
+    std::thread reader([&] {
+        while (fifo.pop_word() != 0xFFFF) {
+            std::this_thread::yield();
+            ++used;
+        }
+    });
+    for (std::size_t round = 1; round <= 50; ++round) {
+        fifo.push_words(counting(100));
+        fifo.wait_until_used();
+        EXPECT_EQ(used, round * 100);
+    }
+    fifo.push_words(Words{0xFFFF});
+    reader.join();
+}
+
+TEST(RHD_Word_Fifo, ForgottenWordsAreNotRead) {
+    RHD_Word_Fifo fifo;
+    fifo.push_words(counting(40'000));
+    fifo.forget_words();
+    fifo.push_words(Words{7, 8});
+    Words words;
+    while (words.size() < 2) {
+        try {
+            words.push_back(fifo.pop_word());
+        } catch (const RHD_Words_Forgotten&) {
+            EXPECT_TRUE(words.empty());
+        }
+    }
+    EXPECT_EQ(words, (Words{7, 8}));
+    EXPECT_EQ(fifo.size(), 0U);
+}
+
+TEST(RHD_Word_Fifo, ReaderThatWaitsInTheMiddleOfItsWordsIsToldThatTheyAreForgotten) {
+    RHD_Word_Fifo fifo;
+    Words first;
+    Words second(3);
+    std::thread reader([&] {
+        try {
+            fifo.read_words(second);
+        } catch (const RHD_Words_Forgotten&) {
+            first = second;
+        }
+        fifo.read_words(second);
+    });
+    fifo.push_words(Words{1, 2});
+    fifo.wait_until_used();
+    fifo.forget_words();
+    fifo.push_words(Words{3, 4, 5});
+    reader.join();
+    EXPECT_EQ(first, (Words{1, 2, 0}));
+    EXPECT_EQ(second, (Words{3, 4, 5}));
 }
 
 TEST(RHD_Word_Fifo, ABlockedReaderSeesTheStopWithTheNextPush) {

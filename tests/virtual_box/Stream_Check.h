@@ -39,6 +39,10 @@ public:
 
     void set_correction(Correction correction) { m_correction = std::move(correction); }
 
+    // Does not compare the first packet of each port, in which samples of an earlier acquisition may stand.
+    // Only before `run_to`.
+    void skip_first_packets() { m_compare_first_packets = false; }
+
     // Lets the box make so many ticks in all and returns once the last whole read is through and its packets
     // are compared; false when nothing has moved for a long time.
     bool run_to(std::uint64_t ticks);
@@ -74,6 +78,7 @@ private:
     DMA_Source& m_source;
     ADC_Status m_adc_status;
     Correction m_correction;
+    bool m_compare_first_packets = true;
     Pace m_pace;
     std::array<Piece_Queue, Pace::reader_count> m_queues;
     mutable std::mutex m_mutex;

@@ -10,7 +10,7 @@
 #include <chrono>
 #include <cstdint>
 #include <string>
-#include <thread>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -124,6 +124,7 @@ TEST_F(PSB_Self_Test, NothingReachesTheHost) {
     write_recording(path, recording::make_recording(options));
     run(false);
     EXPECT_EQ(host_ap_sets(), 0U);
+    EXPECT_EQ(m_host_rhd->frames, 0U);
 }
 
 TEST_F(PSB_Self_Test, ListenersAreRestoredAndAnAcquisitionFollows) {
@@ -137,9 +138,28 @@ TEST_F(PSB_Self_Test, ListenersAreRestoredAndAnAcquisitionFollows) {
     for (const auto& listener : m_host) {
         EXPECT_EQ(listener->ap_sets, 2U * 1792U) << "the whole recording, and nothing of the test";
     }
-    while (m_host_rhd->frames < 1792U) {
-        std::this_thread::yield();
-    }
+    EXPECT_GE(m_host_rhd->frames, 2U * 1792U);
+}
+
+TEST_F(PSB_Self_Test, NeitherAcquisitionNorTestSeesTheOthersData) {
+    // Its end cuts an RHD frame and a block of every port.
+    recording::Recording_Options options;
+    options.blocks = 2;
+    options.signals = {{recording::Signal_Kind::pattern, recording::every_channel()}};
+    write_recording("host.bin", recording::make_recording(options));
+    ASSERT_TRUE(m_controller->prepare_for_simulation_streaming("host.bin"));
+    acquire();
+    const std::vector<std::uint32_t> frames = std::exchange(m_host_rhd->timestamps, {});
+    EXPECT_GE(frames.size(), 2U * 1792U);
+    EXPECT_EQ(host_ap_sets(), 4U * 2U * 1792U);
+    const Printed printed = run(true);
+    EXPECT_TRUE(without_worker_lines(printed.out).ends_with(end_of_test(2 * 1792, 0)));
+    EXPECT_EQ(occurrences(printed.err, "Resync warning 1\n"), 0U) << "the half frame was forgotten";
+    EXPECT_TRUE(m_host_rhd->timestamps.empty());
+    const Printed second = printed_by([&] { acquire(); });
+    EXPECT_EQ(occurrences(second.err, "Resync warning 1\n"), 0U);
+    EXPECT_EQ(m_host_rhd->timestamps, frames);
+    EXPECT_EQ(host_ap_sets(), 2U * 4U * 2U * 1792U);
 }
 
 TEST_F(PSB_Self_Test, PreparedStreamIsTakenAsItIs) {

@@ -18,6 +18,7 @@
 #include <memory>
 #include <sstream>
 #include <string>
+#include <vector>
 
 namespace Pelgar::ORBE::test {
 
@@ -33,9 +34,13 @@ public:
 
 class Host_RHD_Listener : public demux::I_RHD_Frame_Listener {
 public:
-    void publish_rhd_frame(demux::RHD_Frame&) override { ++frames; }
+    void publish_rhd_frame(demux::RHD_Frame& frame) override {
+        ++frames;
+        timestamps.push_back(frame.timestamp);
+    }
 
     std::atomic<unsigned> frames{0};
+    std::vector<std::uint32_t> timestamps; // to be looked at when everything has been delivered
 };
 
 class Self_Test_Fixture : public testing::Test {

@@ -95,6 +95,7 @@ TEST_F(Signal_Self_Test, OneChannelWithoutTheSignalFails) {
     options.signals = {recording::parse_signal_choice("tone"), recording::parse_signal_choice("pattern:383")};
     write_recording(path, recording::make_recording(options));
     const Printed printed = run(false);
+    EXPECT_EQ(m_host_rhd->frames, 0U) << "RHD frames of a test are not the host's";
     EXPECT_EQ(occurrences(printed.out, line(382, "1183.71")), occurrences(printed.out, "Frq check failed\n"));
     EXPECT_GE(occurrences(printed.out, line(383, "29.5928")), 1U);
 }
