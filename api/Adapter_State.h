@@ -38,6 +38,12 @@ extern Never_Destroyed<std::shared_ptr<RHD_Converter>> g_rhd_converter;
 // Held by every operation on a probe or its link: all ports share one UART, whose answers carry no tag.
 extern Never_Destroyed<std::mutex> g_i2c_mutex;
 
+// Whose the stream is: held while acquisition is started or stopped, and by a self test that pumps, for as
+// long as it runs. Taken after the lock above, where both are. closeBS does without it, so that nothing keeps
+// a basestation from being closed.
+extern Never_Destroyed<std::mutex> g_stream_mutex;
+
+// There from the start of an acquisition until its pump has been joined.
 extern Never_Destroyed<std::unique_ptr<std::thread>> g_pump_thread;
 extern std::atomic<bool> g_acquisition_running;
 extern Relaxed<bool> g_stop_requested;

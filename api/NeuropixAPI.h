@@ -573,11 +573,12 @@ NP_EXPORT std::string bs_get_fpga_design_build_date();
 // ---- Acquisition ----------------------------------------------------------------------------------------
 
 // Switches all four probe ports and the RHD stream on and starts the pump thread. Does nothing when
-// acquisition runs already. Returns 0. Starting and stopping must not overlap each other.
+// acquisition runs already. Waits until a bistPSB or a stop_acquisition that is under way is over. Returns 0.
 NP_EXPORT NP_ErrorCode start_acquisition(int slotID, int portID);
 
 // Switches the streams off and waits for the pump thread to end. After the pump has ended by itself (end of a
-// recording, failed read) this call waits for ever; closeBS does not. Returns 0.
+// recording, failed read) this call waits for ever; closeBS does not. Waits until a bistPSB or a
+// start_acquisition that is under way is over. Returns 0.
 NP_EXPORT NP_ErrorCode stop_acquisition(int slotID, int portID);
 
 // Copies `requestedAmount` packets of the port, blocking until they are there; returns 0 with fewer in
@@ -658,7 +659,8 @@ NP_EXPORT NP_ErrorCode bistI2CMM(int slotID, int portID, int dockID);
 NP_EXPORT NP_ErrorCode bistEEPROM(int slotID, int portID);
 // Uploads the configuration and has the probe check its shift registers.
 NP_EXPORT NP_ErrorCode bistSR(int slotID, int portID, int dockID);
-// Streams the probe's test pattern and compares it, channel by channel; fails while acquisition runs. Leaves
+// Streams the probe's test pattern and compares it, channel by channel. Fails at once while acquisition runs,
+// from start_acquisition until stop_acquisition has returned, also when its pump has ended by itself. Leaves
 // the probe in its test mode: init brings it back.
 NP_EXPORT NP_ErrorCode bistPSB(int slotID, int portID, int dockID);
 

@@ -13,6 +13,7 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <mutex>
 #include <system_error>
 
 namespace Neuropixels {
@@ -23,6 +24,16 @@ using namespace Pelgar::ORBE;
 using namespace Pelgar::ORBE::npoe_adapter;
 
 constexpr auto pump_end_poll_wait = std::chrono::milliseconds(1000);
+
+using Stream_Lock = std::unique_lock<std::mutex>;
+
+// Waits for the pump to get on. Without the stream: a pump that broke off never ends, but the basestation may
+// be closed, opened and started meanwhile.
+void wait_for_pump(Stream_Lock& stream) {
+    stream.unlock();
+    wait_for(pump_end_poll_wait);
+    stream.lock();
+}
 
 std::int64_t steady_clock_ns() {
     const auto now = std::chrono::steady_clock::now().time_since_epoch();
@@ -51,6 +62,11 @@ int take_packets(NP_Converter& converter, electrodePacket* packets, int requeste
 NP_ErrorCode start_acquisition(int slotID, int portID) {
     LOG_SCOPE_F(INFO, "start_acquisition");
     LOG_F(INFO, "starting acquisition : slotID : %d, portID : %d", slotID, portID);
+    // A self test that pumps is waited for, and so is a stop that has not joined its pump yet.
+    Stream_Lock stream(*g_stream_mutex);
+    while (!g_acquisition_running && *g_pump_thread) {
+        wait_for_pump(stream);
+    }
     bool running = false;
     if (!g_acquisition_running.compare_exchange_strong(running, true)) {
         return SUCCESS;
@@ -78,6 +94,7 @@ NP_ErrorCode start_acquisition(int slotID, int portID) {
 NP_ErrorCode stop_acquisition(int slotID, int portID) {
     LOG_SCOPE_F(INFO, "stop_acquisition");
     LOG_F(INFO, "slotID : %d, portID : %d", slotID, portID);
+    Stream_Lock stream(*g_stream_mutex);
     bool running = true;
     if (!g_acquisition_running.compare_exchange_strong(running, false)) {
         return SUCCESS;
@@ -87,7 +104,7 @@ NP_ErrorCode stop_acquisition(int slotID, int portID) {
     g_stop_requested = true;
     while (!g_pump_ended) {
         LOG_F(INFO, "Waiting main pump to stop. (%d)", slotID);
-        wait_for(pump_end_poll_wait);
+        wait_for_pump(stream);
     }
     join_pump_thread();
     return SUCCESS;

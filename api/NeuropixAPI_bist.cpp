@@ -1,10 +1,13 @@
 // Layer: façade. The built-in self tests. Called on the host's threads; those of a port block while another
-// operation on a probe runs, and for as long as the test takes.
+// operation on a probe runs, and for as long as the test takes. The one that pumps keeps acquisition from
+// starting meanwhile.
 #include "NeuropixAPI.h"
 
 #include "Adapter_State.h"
 
 #include <loguru.hpp>
+
+#include <mutex>
 
 namespace Neuropixels {
 
@@ -36,8 +39,15 @@ NP_ErrorCode bistI2CMM(int /*slotID*/, int portID, int /*dockID*/) {
 
 NP_ErrorCode bistPSB(int /*slotID*/, int portID, int /*dockID*/) {
     LOG_SCOPE_F(INFO, "bistPSB");
-    return forward_over_i2c("bistPSB",
-                            [&](auto& controller) { return controller.bist_PSB(port_index(portID)); });
+    return forward_over_i2c("bistPSB", [&](auto& controller) {
+        // The stream has one pump: the test's, for as long as it runs, or that of an acquisition.
+        const std::unique_lock stream(*g_stream_mutex, std::try_to_lock);
+        if (!stream.owns_lock() || *g_pump_thread) {
+            LOG_F(ERROR, "bistPSB needs the stream, which an acquisition uses");
+            return false;
+        }
+        return controller.bist_PSB(port_index(portID));
+    });
 }
 
 NP_ErrorCode bistSR(int /*slotID*/, int portID, int /*dockID*/) {

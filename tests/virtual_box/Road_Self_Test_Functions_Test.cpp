@@ -3,8 +3,13 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <chrono>
+#include <cstdint>
 #include <optional>
+#include <span>
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace {
@@ -86,8 +91,76 @@ TEST_F(Self_Test_Functions, TestPatternNeedsTheStreamForItself) {
     EXPECT_EQ(start_acquisition(slot, port), SUCCESS);
     m_log.clear();
     EXPECT_EQ(bistPSB(slot, port, 0), FAILED);
-    EXPECT_EQ(m_log.count(-2, "bist_PSB needs the stream, which is in use"), 1);
+    EXPECT_EQ(m_log.count(-2, "bistPSB needs the stream, which an acquisition uses"), 1);
     EXPECT_TRUE(m_headstage.frames().empty());
+}
+
+TEST_F(Self_Test_Functions, TestPatternIsRefusedUntilAStopHasJoinedThePump) {
+    std::atomic<bool> reading{false};
+    std::atomic<bool> go_on{false};
+    m_box->stream().set_observer([&](std::span<const std::uint8_t>) {
+        reading = true;
+        while (!go_on) {
+            std::this_thread::yield();
+        }
+    });
+    EXPECT_EQ(start_acquisition(slot, port), SUCCESS);
+    while (!reading) {
+        std::this_thread::yield();
+    }
+    std::thread stopping([] { EXPECT_EQ(stop_acquisition(slot, port), SUCCESS); });
+    wait_for_log("Waiting main pump to stop. (2)");
+    EXPECT_EQ(m_box->value(Virtual_Box::configuration) & 0xFU, 0U) << "the streams are off";
+    EXPECT_EQ(bistPSB(slot, port, 0), FAILED);
+    EXPECT_EQ(m_log.count(-2, "bistPSB needs the stream, which an acquisition uses"), 1);
+    EXPECT_TRUE(m_headstage.frames().empty());
+    go_on = true;
+    stopping.join();
+    m_box->stream().set_observer({});
+    EXPECT_EQ(bistPSB(slot, port, 0), SUCCESS);
+}
+
+TEST_F(Self_Test_Functions, AcquisitionStartsWhenTheTestOfTheStreamIsOver) {
+    constexpr std::uint32_t all_ports = 0xF;
+    const auto streams = [&] { return m_box->value(Virtual_Box::configuration) & all_ports; };
+    std::thread starting;
+    m_box->stream().set_observer([&](std::span<const std::uint8_t>) {
+        if (!starting.joinable()) {
+            starting = std::thread([] { EXPECT_EQ(start_acquisition(slot, port), SUCCESS); });
+            wait_for_log("starting acquisition : slotID : 2, portID : 3");
+            // Long enough for a start that does not wait.
+            for (int look = 0; look < 100; ++look) {
+                EXPECT_EQ(streams(), 1U << tested_port);
+                std::this_thread::sleep_for(std::chrono::milliseconds(1));
+            }
+        }
+    });
+    m_box->forget_accesses();
+    EXPECT_EQ(bistPSB(slot, port, 0), SUCCESS);
+    starting.join();
+    m_box->stream().set_observer({});
+    std::vector<std::uint32_t> switched;
+    for (const std::uint32_t value : m_box->writes_to(Virtual_Box::configuration)) {
+        if (switched.empty() || switched.back() != (value & all_ports)) {
+            switched.push_back(value & all_ports);
+        }
+    }
+    EXPECT_EQ(switched, (std::vector<std::uint32_t>{0, 1U << tested_port, 0, all_ports}));
+    EXPECT_EQ(stop_acquisition(slot, port), SUCCESS);
+}
+
+TEST_F(Self_Test_Functions, StopDuringTheTestOfTheStreamWaitsAndDoesNothing) {
+    std::thread stopping;
+    m_box->stream().set_observer([&](std::span<const std::uint8_t>) {
+        if (!stopping.joinable()) {
+            stopping = std::thread([] { EXPECT_EQ(stop_acquisition(slot, port), SUCCESS); });
+            wait_for_log("slotID : 2, portID : 3");
+        }
+    });
+    m_log.clear();
+    EXPECT_EQ(bistPSB(slot, port, 0), SUCCESS);
+    stopping.join();
+    EXPECT_EQ(m_log.count("Stopping main stream. (2)"), 0);
 }
 
 TEST_F(Self_Test_Functions, PrbsErrorsAreWrittenToTheHost) {
