@@ -137,8 +137,8 @@ public:
     bool bist_HB(unsigned port);
     // Whether the probe's test pattern arrives on all channels (execute_psb_test), and whether the test
     // signal is seen on all of them (execute_bist_signal_test). Both take the stream for themselves and fail
-    // while streams are enabled; they leave the probe in its test mode and the streams off. In simulation
-    // mode they judge a recording.
+    // while streams are enabled; they leave the probe in its test mode and, unless the error level is raised,
+    // the streams off. In simulation mode they judge a recording.
     bool bist_PSB(unsigned port);
     bool bist_Signal(unsigned port);
     // Where those two find their recordings when no stream has been prepared yet; at first the build's

@@ -16,7 +16,8 @@ class ORBE_Controller_Library;
 // 10 that do not; both counts are printed. In simulation mode the data come from
 // "muxed_raw_data_psb_test.bin" in `directory`, unless a stream has been prepared before. Must not run while
 // another thread pumps. The listeners are put back and the streams off afterwards, also when an exception of
-// the streaming functions passes through.
+// the streaming functions passes through; but with the error level raised, as by a failing read, no register
+// is written any more and the box goes on sending.
 ORBE_EXPORT bool execute_psb_test(ORBE_Controller_Library& controller, unsigned port,
                                   const std::string& directory = default_resource_directory());
 

@@ -86,6 +86,15 @@ protected:
         headstage().fail_once(static_cast<std::size_t>(at - frames.begin()) + 1, Link_Fault::lost_write);
     }
 
+    // A box that fails is left alone.
+    void expect_port_left_on() {
+        EXPECT_EQ(m_box->value(Virtual_Box::configuration) & 0xFU, 1U << port);
+        EXPECT_EQ(m_log.count(-1, skipped), 1);
+    }
+
+    static constexpr const char* skipped =
+        "Skipping commands for disabling streams ( m_current_error_level > 0 )";
+
     static std::size_t queued_packets() {
         std::size_t count = npoe_adapter::current_rhd_converter()->queue().size();
         for (int number = 1; number <= 4; ++number) {
@@ -168,6 +177,27 @@ TEST_F(Stream_Self_Tests, BringUpThatFailsEndsBothTests) {
     EXPECT_EQ(m_box->stream().reads(), 0U);
 }
 
+TEST_F(Stream_Self_Tests, AcquisitionAfterATestOfADeadHeadstageIsExact) {
+    open_box();
+    headstage().fail_from(1, Link_Fault::silence);
+    EXPECT_EQ(Neuropixels::bistPSB(slot, port + 1, 0), Neuropixels::FAILED);
+    EXPECT_EQ(error_level(), Error_Level::probe_link);
+    Stream_Check check(m_box->stream());
+    ASSERT_EQ(Neuropixels::start_acquisition(slot, 1), Neuropixels::SUCCESS);
+    EXPECT_TRUE(check.run_to(block + 600));
+    check.finish();
+    EXPECT_EQ(check.differences(), std::vector<std::string>{});
+    for (unsigned number = 1; number <= 4; ++number) {
+        EXPECT_EQ(check.packets(number), block / 12);
+    }
+    m_box->stream().set_limit(DMA_Source::unlimited);
+    EXPECT_EQ(Neuropixels::stop_acquisition(slot, 1), Neuropixels::SUCCESS);
+    EXPECT_EQ(m_log.count(-1, skipped), 1);
+    EXPECT_EQ(m_box->value(Virtual_Box::configuration) & 0xFU, 0xFU) << "a box that fails is left alone";
+    EXPECT_EQ(Neuropixels::bistPSB(slot, port + 1, 0), Neuropixels::FAILED);
+    EXPECT_EQ(m_log.count("bistPSB needs the stream, which an acquisition uses"), 0);
+}
+
 TEST_F(Stream_Self_Tests, FailingReadEndsThePSBTest) {
     open_box();
     m_box->stream().fail_read(1, {DMA_Read_Fault::Kind::fails});
@@ -177,6 +207,7 @@ TEST_F(Stream_Self_Tests, FailingReadEndsThePSBTest) {
               1U);
     EXPECT_EQ(m_box->stream().reads(), 1U);
     EXPECT_EQ(error_level(), Error_Level::dma_pump);
+    expect_port_left_on();
 }
 
 TEST_F(Stream_Self_Tests, ReadThatFailsLaterLeavesWhatCameBefore) {
@@ -193,6 +224,7 @@ TEST_F(Stream_Self_Tests, FailingReadEndsTheSignalTest) {
     EXPECT_EQ(occurrences(printed.out, "Restoring stream listeners\n"), 1U);
     EXPECT_EQ(m_box->stream().reads(), 2U);
     EXPECT_EQ(m_log.count(-2, "signal test : 0 AP samples instead of 1024"), 1);
+    expect_port_left_on();
 }
 
 TEST_F(Stream_Self_Tests, StreamThatDriesUpEndsTheSignalTest) {
