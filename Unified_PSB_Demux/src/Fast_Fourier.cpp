@@ -1,6 +1,7 @@
 #include "Fast_Fourier.h"
 
 #include "Console.h"
+#include "Host_Path.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -89,8 +90,11 @@ bool load_sample_data_from_file(std::complex<double>* data, unsigned int n, cons
     if (n == 0) {
         return true;
     }
-    std::ifstream stream(path != nullptr ? path : "");
-    if (!stream) {
+    std::ifstream stream;
+    if (path != nullptr && !opens_as_directory(path)) {
+        stream.open(path);
+    }
+    if (!stream.is_open()) {
         console::err("File open error\n");
         return false;
     }

@@ -32,7 +32,8 @@ bool check_frequencies(const L2_Sample_Accumulator& samples, std::size_t n) {
         const double frequency = bin / (count * ap_sample_period_us) * us_per_second;
         console::out("Current pixel : ", channel, ", peek frq = ", frequency, " Hz",
                      " , peek mag : ", magnitude, '\n');
-        if (frequency < lowest_frequency || frequency > highest_frequency) {
+        // So that what is no number, as with no samples, fails.
+        if (!(frequency >= lowest_frequency && frequency <= highest_frequency)) {
             console::out("Frq check failed\n");
             passed = false;
         }

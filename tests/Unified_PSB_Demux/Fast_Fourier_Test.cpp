@@ -145,6 +145,7 @@ TEST_F(Sample_File, WhatFollowsTheLastNumberIsNotLookedAt) {
 TEST_F(Sample_File, MissingFileIsReported) {
     EXPECT_EQ(errors_of(Samples(2), 2, "missing.txt", false), "File open error\n");
     EXPECT_EQ(errors_of(Samples(2), 2, nullptr, false), "File open error\n");
+    EXPECT_EQ(errors_of(Samples(2), 2, ".", false), "File open error\n") << "a directory is no file";
 }
 
 TEST_F(Sample_File, TooFewNumbersAreReported) {

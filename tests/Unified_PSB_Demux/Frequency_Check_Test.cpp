@@ -136,4 +136,15 @@ TEST_F(Frequency_Check, TooFewRecordsFail) {
     EXPECT_EQ(lines_of_check(false), "");
 }
 
+TEST_F(Frequency_Check, NoSamplesFailOnEveryChannel) {
+    record(1);
+    const auto printed = test::captured_output([&] { EXPECT_FALSE(check_frequencies(m_samples, 0)); });
+    std::istringstream lines(printed.out);
+    std::size_t failed = 0;
+    for (std::string text; std::getline(lines, text);) {
+        failed += text == "Frq check failed" ? 1U : 0U;
+    }
+    EXPECT_EQ(failed, 384U);
+}
+
 } // namespace
