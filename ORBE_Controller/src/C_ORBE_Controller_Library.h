@@ -163,7 +163,7 @@ public:
     // ---- Streaming.
 
     // Hardware mode: allocates the buffers, starts the demultiplexer and hands the receive buffer to the
-    // driver.
+    // driver. Lets the exceptions of the back-end through; it can be called again then.
     void prepare_for_streaming();
 
     // Simulation mode: opens the recorded raw DMA file and starts the demultiplexer. False when the file

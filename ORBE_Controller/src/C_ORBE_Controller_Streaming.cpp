@@ -39,10 +39,16 @@ void ORBE_Controller_Library::prepare_for_streaming() {
     LOG_F(INFO, "m_page_aligned_recv_buffer_size = %d", m_page_aligned_recv_buffer_size);
     m_page_aligned_recv_buffer = make_page_aligned_buffer(m_page_aligned_recv_buffer_size);
     start_main_demux_thread();
-    LOG_F(INFO, "Worker thread started");
-    m_controller->data_stream().prepare_buffer_for_hw_read(m_page_aligned_recv_buffer.get(),
-                                                           m_page_aligned_recv_buffer_size);
-    allocate_transfer_buffer();
+    try {
+        LOG_F(INFO, "Worker thread started");
+        m_controller->data_stream().prepare_buffer_for_hw_read(m_page_aligned_recv_buffer.get(),
+                                                               m_page_aligned_recv_buffer_size);
+        allocate_transfer_buffer();
+    } catch (...) {
+        // A second try starts a thread of its own.
+        stop_main_demux_thread();
+        throw;
+    }
     m_prepared_for_streaming = true;
 }
 
@@ -60,9 +66,9 @@ bool ORBE_Controller_Library::prepare_for_simulation_streaming(const std::string
         return false;
     }
     console::out("Sim file opened : ", path, "\n");
+    allocate_transfer_buffer();
     start_main_demux_thread();
     console::out("Simulation worker thread started\n");
-    allocate_transfer_buffer();
     m_prepared_for_streaming = true;
     return true;
 }

@@ -74,11 +74,24 @@ void Async_NP_And_RHD_Demux::start_worker_threads() {
     if (m_worker_threads_started) {
         return;
     }
+    if (m_done) {
+        renew();
+    }
     for (unsigned port = 0; port < np_port_count; ++port) {
         m_np_workers[port]->start("NP" + std::to_string(port));
     }
     m_rhd_worker->start("RHD");
     m_worker_threads_started = true;
+}
+
+// Takes back what the poison packet of an earlier run has set.
+void Async_NP_And_RHD_Demux::renew() {
+    m_stop_requested = false;
+    m_done = false;
+    for (const auto& worker : m_np_workers) {
+        worker->renew();
+    }
+    m_rhd_worker->renew();
 }
 
 void Async_NP_And_RHD_Demux::run() {

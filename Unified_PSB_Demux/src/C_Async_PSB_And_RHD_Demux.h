@@ -32,7 +32,8 @@ public:
     Async_NP_And_RHD_Demux(const Async_NP_And_RHD_Demux&) = delete;
     Async_NP_And_RHD_Demux& operator=(const Async_NP_And_RHD_Demux&) = delete;
 
-    // Starts the four NP workers and the RHD worker; does nothing while they run.
+    // Starts the four NP workers and the RHD worker, also anew when `run` has finished, for another `run`;
+    // does nothing while they run.
     void start_worker_threads();
 
     // Body of the main demux thread: returns after the poison packet, when everything before it is delivered
@@ -83,6 +84,7 @@ public:
     std::uint32_t get_total_processed_RHD_frame_count() const;
 
 private:
+    void renew();
     void process_queue_element();
     void process_transfer_buffer(const Main_mux_transfer_buffer_wrapper& buffer);
     void split_rows(const std::uint8_t* data, std::size_t row_count);

@@ -28,6 +28,9 @@ public:
     C_NP_Worker_Thread(const C_NP_Worker_Thread&) = delete;
     C_NP_Worker_Thread& operator=(const C_NP_Worker_Thread&) = delete;
 
+    // Takes an earlier poison back, so that a thread that is started again decodes. Not while it runs.
+    void renew() { m_stop = false; }
+
     // Starts the thread. Not while it runs.
     void start(std::string name);
 

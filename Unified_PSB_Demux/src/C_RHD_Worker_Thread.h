@@ -24,6 +24,10 @@ public:
     C_RHD_Worker_Thread(const C_RHD_Worker_Thread&) = delete;
     C_RHD_Worker_Thread& operator=(const C_RHD_Worker_Thread&) = delete;
 
+    // Takes an earlier stop back and drops what is queued, so that the thread can be started again. Not while
+    // it runs.
+    void renew() { m_fifo.restart(); }
+
     // Starts the thread. Not while it runs.
     void start(std::string name);
 

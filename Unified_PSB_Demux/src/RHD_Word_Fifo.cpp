@@ -30,6 +30,13 @@ void RHD_Word_Fifo::forget_words() {
     push_words({&wake_up_word, 1});
 }
 
+void RHD_Word_Fifo::restart() {
+    m_stop.store(false, std::memory_order_release);
+    m_unread = {};
+    const std::lock_guard lock(m_mutex);
+    m_forgotten_count = m_pushed_count;
+}
+
 std::uint16_t RHD_Word_Fifo::pop_word() {
     std::uint16_t word = 0;
     read_words({&word, 1});

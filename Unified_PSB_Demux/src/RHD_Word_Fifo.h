@@ -40,6 +40,9 @@ public:
     // them. A reader that is not in the middle of a frame loses nothing. Any thread, while nothing is pushed.
     void forget_words();
 
+    // Takes the stop signal back and drops what was pushed until then, for a new reader. Not while one reads.
+    void restart();
+
     // The next word. Reader only; blocks while the FIFO is empty. Throws RHD_Words_Forgotten.
     std::uint16_t pop_word();
 

@@ -792,4 +792,37 @@ TEST_F(Running_Demux, RHDFramesAreDeliveredByTheWaitAndHalfOnesDropped) {
     EXPECT_EQ(m_demux.get_total_processed_RHD_frame_count(), 20U);
 }
 
+TEST_F(Running_Demux, CanBeStartedAnewAfterItHasEnded) {
+    const auto np_listener = std::make_shared<Recording_L2_Listener>();
+    const auto rhd_listener = std::make_shared<Recording_Rhd_Listener>();
+    m_demux.set_L2_CH_Results_Listener(np_listener, 2);
+    m_demux.set_RHD_Results_Listener(rhd_listener);
+    Bytes bytes;
+    for (const Row_Payload& payload : row_payloads(numbered_super_frames(0, 1793))) {
+        m_counters.append(bytes, 2, payload);
+    }
+    for (const Row_Payload& payload : row_payloads(rhd_words(numbered_rhd_frame(9, 0), 0))) {
+        m_counters.append(bytes, 4, payload);
+    }
+    const auto output = captured_output([&] {
+        for (int run = 0; run < 3; ++run) {
+            m_demux.start_worker_threads();
+            EXPECT_FALSE(m_demux.is_done());
+            std::thread main_demux_thread([this] { m_demux.run(); });
+            if (run == 2) {
+                for (const Bytes& buffer : in_buffers(bytes)) {
+                    push_bytes(m_demux, buffer);
+                }
+                m_demux.wait_until_delivered();
+            }
+            m_demux.poison_queue();
+            main_demux_thread.join();
+            EXPECT_TRUE(m_demux.is_done());
+        }
+    });
+    EXPECT_EQ(np_listener->count(Band::AP), 1792U);
+    ASSERT_EQ(rhd_listener->frames().size(), 1U);
+    EXPECT_EQ(rhd_listener->frames()[0], numbered_rhd_frame(9, 0));
+}
+
 } // namespace

@@ -121,6 +121,23 @@ TEST_F(Lent_Stream, RegistersThatFailDoNotKeepTheListeners) {
     EXPECT_EQ(m_host->ap_sets, 1792U);
 }
 
+TEST_F(Lent_Stream, PreparingThatFailsHalfWayCanBeTriedAgain) {
+    for (int attempt = 0; attempt < 2; ++attempt) {
+        m_box->set_write_error("register space lost");
+        EXPECT_EQ(text_thrown_by<std::runtime_error>([&] { m_lent->prepare(""); }), "register space lost");
+        EXPECT_EQ(m_log.count("End of main demux thread"), attempt + 1) << "the thread has been joined";
+        m_lent.reset();
+        m_box->clear_write_error();
+        m_lent.emplace(*m_controller, port, m_tester);
+    }
+    ASSERT_TRUE(m_lent->prepare(""));
+    stream_one_block([&] { return m_lent->pump(); });
+    EXPECT_EQ(m_tester->ap_sets, 1792U);
+    m_lent.reset();
+    m_controller->finalize_stream();
+    EXPECT_EQ(m_log.count("End of main demux thread"), 3);
+}
+
 TEST_F(Lent_Stream, PumpAfterTheEndOfTheStreamDoesNotHang) {
     ASSERT_TRUE(m_lent->prepare(""));
     m_controller->finalize_stream();

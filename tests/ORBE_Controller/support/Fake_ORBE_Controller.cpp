@@ -45,6 +45,11 @@ void Fake_ORBE_Controller::set_write_error(std::string text) {
     m_write_error = std::move(text);
 }
 
+void Fake_ORBE_Controller::clear_write_error() {
+    const std::lock_guard lock(m_mutex);
+    m_write_error.reset();
+}
+
 std::vector<Fake_ORBE_Controller::Open_Call> Fake_ORBE_Controller::open_calls() const {
     const std::lock_guard lock(m_mutex);
     return m_open_calls;

@@ -61,6 +61,7 @@ public:
 
     // Makes every register write throw a std::runtime_error with this text.
     void set_write_error(std::string text);
+    void clear_write_error();
 
     std::vector<Open_Call> open_calls() const;
     int close_count() const;
