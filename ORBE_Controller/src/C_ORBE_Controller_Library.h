@@ -180,6 +180,9 @@ public:
     // thread; blocks in the driver's read, or 10 ms in simulation mode.
     bool pump_data_to_demux();
 
+    // What was pumped from the box since construction, in bytes modulo 2^32. Any thread.
+    std::uint32_t get_total_bytes_read() const { return m_total_bytes_read; }
+
     // The first blocks until the channel values of all whole blocks, and the RHD frames, that were pumped so
     // far have reached their listeners; the second forgets what does not fill a block or a frame. Not while
     // another thread pumps.
@@ -250,7 +253,7 @@ private:
     static constexpr std::uint32_t m_page_aligned_recv_buffer_size = demux::transfer_buffer_capacity;
     Page_Aligned_Buffer m_page_aligned_recv_buffer;
     std::unique_ptr<demux::Main_mux_transfer_buffer_wrapper> m_xfer_buffer;
-    std::uint32_t m_total_bytes_read = 0;
+    Relaxed<std::uint32_t> m_total_bytes_read{0};
     std::uint32_t m_read_counter = 0;
     std::uint8_t m_pump_print_counter = 0;
     bool m_prepared_for_streaming = false;

@@ -184,7 +184,7 @@ bool ORBE_Controller_Library::pump_hw_data_to_demux() {
             m_demux.push_xfer_buffer_to_queue(*m_xfer_buffer);
         }
         ++m_read_counter;
-        m_total_bytes_read += valid;
+        m_total_bytes_read.fetch_add(valid);
         return true;
     } catch (const std::exception& exception) {
         LOG_F(WARNING, "pump_hw_data_to_demux exception catched : %s", exception.what());

@@ -56,10 +56,16 @@ void Self_Test_Stream::enable() {
     m_controller.enable_streaming(true, {m_port}, false, {}, true);
 }
 
-bool Self_Test_Stream::pump() {
+std::optional<std::uint32_t> Self_Test_Stream::pump() {
+    const std::uint32_t before = m_controller.get_total_bytes_read();
     const bool pumped = m_controller.pump_data_to_demux();
     m_controller.wait_until_delivered();
-    return pumped;
+    if (!pumped) {
+        return std::nullopt;
+    }
+    // A recording comes in whole pieces.
+    return m_controller.is_in_simulation_mode() ? demux::transfer_buffer_capacity
+                                                : m_controller.get_total_bytes_read() - before;
 }
 
 void Self_Test_Stream::stop() {

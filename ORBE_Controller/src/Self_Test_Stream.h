@@ -7,7 +7,9 @@
 #include "I_L2_Demux_CH_Results.h"
 #include "RHD_Frame_Null_listener.h"
 
+#include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 
 namespace Pelgar::ORBE {
@@ -33,9 +35,9 @@ public:
     // Starts the port's rows.
     void enable();
 
-    // Moves one buffer, and returns when all that it completes has reached the listeners. False when there is
-    // no more.
-    bool pump();
+    // Moves one buffer, and returns its bytes when all that it completes has reached the listeners. Nothing
+    // when there is no more.
+    std::optional<std::uint32_t> pump();
 
     // Stops the rows, and returns when the listeners have what was pumped. What does not fill a block, or an
     // RHD frame, is dropped, so that none of it is taken for a later acquisition.

@@ -9,8 +9,10 @@
 #include <loguru.hpp>
 
 #include <cstddef>
+#include <cstdint>
 #include <exception>
 #include <memory>
+#include <optional>
 
 namespace Pelgar::ORBE {
 
@@ -20,9 +22,12 @@ constexpr const char* recording_name = "muxed_np_raw_data_2_minute.bin";
 constexpr unsigned most_trials = 5;
 constexpr std::size_t records_checked = 1024;
 
-// With the box fully loaded a block of the port, 1,792 AP records, is there after eleven buffers at the
-// latest. A stream that brings none in so many brings none at all.
-constexpr unsigned most_pumps_without_data = 100;
+// With the box fully loaded a block of the port, 1,792 AP records, is there after eleven MiB at the latest. A
+// stream that brings none in so much brings none at all.
+constexpr std::uint64_t most_bytes_without_records = 100ULL << 20U;
+
+// A box that sends brings something with one read of so many at least.
+constexpr unsigned most_empty_pumps = 100;
 
 // Pumps until there are enough records; false when they do not come. A failing read of the box stays failing.
 // A recording begins anew behind its end, so that in simulation mode the end only counts when nothing has
@@ -30,19 +35,25 @@ constexpr unsigned most_pumps_without_data = 100;
 bool collect(Self_Test_Stream& stream, const L2_Sample_Accumulator& samples, bool begins_anew) {
     std::size_t count = samples.ap_record_count();
     std::size_t count_at_end = count;
-    unsigned pumps_without_data = 0;
+    std::uint64_t bytes_without_records = 0;
+    unsigned empty_pumps = 0;
     while (count < records_checked) {
-        const bool pumped = stream.pump();
+        const std::optional<std::uint32_t> pumped = stream.pump();
+        const std::uint32_t bytes = pumped.value_or(0);
         const std::size_t before = count;
         count = samples.ap_record_count();
-        pumps_without_data = count == before ? pumps_without_data + 1 : 0;
+        bytes_without_records = count == before ? bytes_without_records + bytes : 0;
+        empty_pumps = bytes == 0 ? empty_pumps + 1 : 0;
+        if (count >= records_checked) {
+            return true;
+        }
         if (!pumped) {
-            if (count < records_checked && (!begins_anew || count == count_at_end)) {
+            if (!begins_anew || count == count_at_end) {
                 return false;
             }
             count_at_end = count;
         }
-        if (pumps_without_data == most_pumps_without_data) {
+        if (bytes_without_records >= most_bytes_without_records || empty_pumps == most_empty_pumps) {
             return false;
         }
     }

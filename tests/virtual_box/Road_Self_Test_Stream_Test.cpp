@@ -38,12 +38,16 @@ protected:
     void open_with_tone(double bin) {
         auto options = stream_options();
         options.tone_frequency = recording::frequency_of_bin(bin);
+        use_box(options);
+        open_box();
+    }
+
+    void use_box(const recording::Recording_Options& options) {
         m_box = std::make_shared<Virtual_Box>(options);
         *npoe_adapter::g_controller_factory = [box = m_box](bool) {
             return std::make_shared<ORBE_Controller_Library>(std::make_shared<Virtual_Box_Controller>(box),
                                                              false);
         };
-        open_box();
     }
 
     void open_box() {
@@ -232,9 +236,47 @@ TEST_F(Stream_Self_Tests, StreamThatDriesUpEndsTheSignalTest) {
     m_box->stream().set_observer(
         [&](std::span<const std::uint8_t>) { m_box->lock_at_look(port, std::nullopt); });
     signal_test(false);
-    EXPECT_EQ(m_box->stream().reads(), 100U);
+    EXPECT_EQ(m_box->stream().reads(), 1U + 1U + 100U) << "a whole read, the rest of its tick, empty ones";
     EXPECT_EQ(m_log.count(-2, "signal test : 0 AP samples instead of 1024"), 1);
     expect_streams_off();
+}
+
+TEST_F(Stream_Self_Tests, StreamThatNeverBeginsEndsTheSignalTest) {
+    open_box();
+    for (std::uint64_t read = 1; read <= 200; ++read) {
+        m_box->stream().fail_read(read, {DMA_Read_Fault::Kind::short_read, 0});
+    }
+    signal_test(false);
+    EXPECT_EQ(m_box->stream().reads(), 100U);
+    EXPECT_EQ(m_log.count(-2, "signal test : 0 AP samples instead of 1024"), 1);
+}
+
+TEST_F(Stream_Self_Tests, ShortAndEmptyReadsDoNotEndTheSignalTest) {
+    open_with_tone(40);
+    constexpr std::uint64_t faulty = 500;
+    for (std::uint64_t read = 1; read <= faulty; ++read) {
+        // Now and then a row, and 99 empty reads behind each other.
+        const std::uint32_t bytes = read % 100 == 0 ? 16 : 0;
+        m_box->stream().fail_read(read, {DMA_Read_Fault::Kind::short_read, bytes});
+    }
+    for (std::uint64_t read = faulty + 1; read <= 2 * faulty; ++read) {
+        m_box->stream().fail_read(read, {DMA_Read_Fault::Kind::short_read, 256});
+    }
+    const Printed printed = signal_test(true);
+    EXPECT_EQ(occurrences(printed.out, "Frq check passed at trial number : 0\n"), 1U);
+    EXPECT_GT(m_box->stream().reads(), 2 * faulty);
+}
+
+TEST_F(Stream_Self_Tests, FailingReadEndsTheSignalTestAlsoWithSomeSamplesThere) {
+    // The first block of the port delivers 600 samples, up to a super frame without its flag.
+    auto options = stream_options();
+    options.faults = {{recording::Fault_Kind::missing_flag, port, 600, 1}};
+    use_box(options);
+    open_box();
+    m_box->stream().fail_read(3, {DMA_Read_Fault::Kind::fails});
+    signal_test(false);
+    EXPECT_EQ(m_box->stream().reads(), 3U);
+    EXPECT_EQ(m_log.count(-2, "signal test : 600 AP samples instead of 1024"), 1);
 }
 
 TEST_F(Stream_Self_Tests, AcquisitionAfterTheTestsIsExact) {

@@ -58,6 +58,17 @@ TEST_F(Lent_Stream, TesterHasEachWholeBlockWhenThePumpReturns) {
     EXPECT_EQ(m_host->ap_sets, 0U);
 }
 
+TEST_F(Lent_Stream, PumpAnswersTheBytesThatItMoved) {
+    ASSERT_TRUE(m_lent->prepare(""));
+    m_box->queue_stream_read(std::vector<std::uint8_t>(std::size_t{1} << 20U));
+    EXPECT_EQ(m_lent->pump(), 1U << 20U);
+    m_box->queue_stream_read(std::vector<std::uint8_t>(48));
+    EXPECT_EQ(m_lent->pump(), 48U);
+    EXPECT_EQ(m_lent->pump(), 0U) << "an empty read";
+    m_box->queue_stream_error("c2h transfer failed");
+    EXPECT_EQ(m_lent->pump(), std::nullopt);
+}
+
 TEST_F(Lent_Stream, OnlyTheTestedPortIsEnabledAndTheTriggerGiven) {
     ASSERT_TRUE(m_lent->prepare(""));
     m_registers.set_value(configuration, 0x5C0);

@@ -88,6 +88,23 @@ TEST_F(Signal_Self_Test, TrialPassesOnNewDataOnly) {
     EXPECT_EQ(occurrences(printed.out, "Frq check passed at trial number : 1\n"), 1U);
 }
 
+TEST_F(Signal_Self_Test, LastTrialMayPass) {
+    recording::Recording_Options options;
+    options.super_frames = 4 * 1792;
+    options.ports = {port + 1};
+    options.rhd = false;
+    options.signals = {{recording::Signal_Kind::ramp, recording::every_channel()}};
+    auto bytes = recording::make_recording(options);
+    const auto tone = tone_recording(port, 40, 1);
+    bytes.insert(bytes.end(), tone.begin(), tone.end());
+    bytes.resize(bytes.size() + (std::size_t{1} << 20U)); // so that the last row is in a whole piece
+    write_recording(path, bytes);
+    const Printed printed = run(true);
+    EXPECT_EQ(occurrences(printed.out, "Frq check failed\n"), 4U * 384U);
+    EXPECT_EQ(occurrences(printed.out, "Frq check passed at trial number : 4\n"), 1U);
+    EXPECT_EQ(occurrences(printed.out, "Frq check passed"), 1U);
+}
+
 TEST_F(Signal_Self_Test, OneChannelWithoutTheSignalFails) {
     recording::Recording_Options options;
     options.blocks = 1;
