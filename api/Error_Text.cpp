@@ -1,6 +1,5 @@
 #include "Error_Text.h"
 
-#include <algorithm>
 #include <array>
 
 namespace Pelgar::ORBE::npoe_adapter {
@@ -79,9 +78,12 @@ constexpr std::array error_texts{
 } // namespace
 
 const char* error_text(NP_ErrorCode code) {
-    const auto* const found = std::find_if(error_texts.begin(), error_texts.end(),
-                                           [&](const Error_Text& entry) { return entry.code == code; });
-    return found == error_texts.end() ? "unknown error code" : found->text;
+    for (const Error_Text& entry : error_texts) {
+        if (entry.code == code) {
+            return entry.text;
+        }
+    }
+    return "unknown error code";
 }
 
 } // namespace Pelgar::ORBE::npoe_adapter
