@@ -23,8 +23,9 @@ constexpr std::string_view device_prefix = "xdma";
 constexpr std::string_view registers_suffix = "_user";
 constexpr std::string_view stream_suffix = "_c2h_0";
 
-// A character device tells no size. The registers of the design end well below this.
-constexpr std::size_t whole_bar_size = 0x10'0000;
+// What is mapped of the BAR: all registers of the design lie in its first 64 KiB. The driver refuses to map
+// more than the BAR has, and its device, which is no regular file, does not tell how much that is.
+constexpr std::size_t register_space_size = 0x1'0000;
 
 // The names of the driver's devices, in the order of their numbers.
 std::vector<std::string> device_names(const std::string& folder) {
@@ -128,9 +129,9 @@ std::uint32_t CP_Linux_ORBE_Controller::read_xdma_register(std::uint32_t /*addre
 void CP_Linux_ORBE_Controller::map_bar() {
     struct stat status {};
 
-    std::size_t size = whole_bar_size;
+    std::size_t size = register_space_size;
     if (::fstat(m_mm_handle.get(), &status) == 0 && status.st_size > 0) {
-        size = static_cast<std::size_t>(status.st_size);
+        size = std::min(size, static_cast<std::size_t>(status.st_size));
     }
     void* mapping = ::mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_SHARED, m_mm_handle.get(), 0);
     if (mapping == MAP_FAILED) {
