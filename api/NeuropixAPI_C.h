@@ -10,7 +10,12 @@
 // - The global np_dbg_setlevel is the twin of Neuropixels::dbg_setlevel and another function than
 //   Neuropixels::np_dbg_setlevel.
 //
-// A twin throws what its function throws: an exception is neither held back nor turned into a result.
+// A twin throws what its function throws: an exception is neither held back nor turned into a result. A host
+// that is to catch it needs two things:
+// - the compiler and the run time library that this library was built with; between different ones nothing is
+//   caught, and the process ends;
+// - a compiler that knows that functions with C linkage may throw: with MSVC the option /EHs (or /EHa) in the
+//   place of /EHsc.
 #pragma once
 
 #include "NeuropixAPI.h"

@@ -3,6 +3,9 @@
 add_library(orbe_options INTERFACE)
 
 if(MSVC)
+    # The functions with C linkage let exceptions through; CMake's own /EHsc lets the compiler take them for functions
+    # that throw nothing.
+    string(REPLACE "/EHsc" "/EHs" CMAKE_CXX_FLAGS "${CMAKE_CXX_FLAGS}")
     target_compile_options(orbe_options INTERFACE /W4 /permissive- /utf-8 /Zc:__cplusplus
         # Exported classes have members of the standard library's: their users link to the same one anyway.
         /wd4251 /wd4275
