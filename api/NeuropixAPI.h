@@ -385,8 +385,9 @@ NP_EXPORT void getAPIVersion(int* version_major, int* version_minor);
 // whole text without the closing zero, so that a longer answer than `len - 1` tells of a cut text.
 // The API version as a text: "1.0".
 NP_EXPORT size_t getAPIVersionFull(char* text, size_t len);
-// What the calling thread's last failed call wrote to the log, the last line of it; empty when there was
-// none.
+// The last line that this library logged at the level "error" on the calling thread, whichever call it came
+// from; empty when there was none. A call that succeeds leaves it, and some failures log no error: openBS,
+// for one, when no port is locked or when the recording is missing.
 NP_EXPORT size_t getLastErrorMessage(char* text, size_t len);
 
 // A short text for a result, also for a number that is none. Never null; stays valid.

@@ -73,6 +73,7 @@ TEST_F(Hardware_Mode, MissingLockIsAnsweredAsFiveAndNothingElseIsTried) {
     EXPECT_EQ(openBS(0), 5);
     EXPECT_EQ(m_box->setup_calls().size(), 0U);
     EXPECT_EQ(m_log.count("Converter data structures prepared (0)"), 0);
+    EXPECT_EQ(getLastErrorMessage(nullptr, 0), 0U) << "an error was logged";
 }
 
 TEST_F(Hardware_Mode, BoxThatIsNotOpenIsNotTouched) {

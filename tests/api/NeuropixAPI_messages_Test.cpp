@@ -74,6 +74,12 @@ TEST_F(Messages, LastErrorOfTheFirstOpening) {
     *g_controller_factory = {};
 }
 
+TEST_F(Messages, MissingRecordingLeavesNoError) {
+    select_simulation("/nowhere/at/all.bin");
+    EXPECT_EQ(openBS(0), VERSION_MISMATCH);
+    EXPECT_EQ(last_error(), "");
+}
+
 TEST_F(Messages, OnlyErrorsAreKept) {
     keep_last_errors();
     LOG_F(WARNING, "a warning");
