@@ -1,5 +1,6 @@
 #include "CP_Linux_ORBE_Controller.h"
 
+#include "Bar_Mapping_Error.h"
 #include "Console.h"
 
 #include <sys/mman.h>
@@ -50,7 +51,7 @@ bool open_device(File_Descriptor& handle, const std::string& path) {
     File_Descriptor opened(path);
     if (!opened.is_open()) {
         const int error = errno;
-        console::err("Error opening device, errno: ", error, "\n");
+        console::err("Error opening device, win32 error code: ", error, "\n");
     }
     handle = std::move(opened);
     return handle.is_open();
@@ -135,7 +136,7 @@ void CP_Linux_ORBE_Controller::map_bar() {
     }
     void* mapping = ::mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_SHARED, m_mm_handle.get(), 0);
     if (mapping == MAP_FAILED) {
-        throw std::runtime_error("map bar ioctl failed!");
+        throw std::runtime_error(bar_mapping_error_text(static_cast<std::uint32_t>(errno)));
     }
     console::out(size, " sized bar mapped to user space\n");
     unmap_bar();

@@ -12,6 +12,9 @@
 
 namespace Pelgar::ORBE {
 
+// Failures are told in the same words as on Windows, with errno in the place of the Windows error code, so
+// that who reads them looks for one text on both. The lines that name the platform or the class name Linux:
+// the destructor's, those about the registers of the DMA engine and the one about extended properties.
 class CP_Linux_ORBE_Controller : public A_ORBE_Controller {
 public:
     // The driver makes its device files in `device_folder`.
@@ -21,7 +24,7 @@ public:
     void write_register(std::uint32_t address, std::uint32_t value) override;
     std::uint32_t read_register(std::uint32_t address) override;
 
-    // Opens the last device of the driver. Throws std::runtime_error("map bar ioctl failed!") when its
+    // Opens the last device of the driver. Throws std::runtime_error (see Bar_Mapping_Error.h) when its
     // register BAR cannot be mapped.
     bool open_driver_connection(const std::string& device_name, bool flag) override;
     // The BAR stays mapped until the next connection replaces it.
