@@ -5,6 +5,7 @@
 #include "Adapter_State.h"
 #include "File_Switch.h"
 #include "Last_Error.h"
+#include "Module_Pin.h"
 #include "Pump_Thread.h"
 
 #include <loguru.hpp>
@@ -137,6 +138,7 @@ NP_ErrorCode openBS(int slotID) {
         LOG_F(INFO, "Warning re initalizing library. slotID : %d", slotID);
     }
     const bool simulation = probe_file_switch(simulation_switch).present;
+    pin_own_module();
     try {
         end_acquisition();
         exchange_controller(make_controller_or_none(simulation));
