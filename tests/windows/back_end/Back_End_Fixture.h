@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <memory>
 
 namespace Pelgar::ORBE::test {
@@ -20,6 +21,9 @@ protected:
         box_driver().set_present_boxes(1);
         ASSERT_TRUE(open());
     }
+
+    // The handles to files of box 0, whoever holds them.
+    static std::uint64_t open_files() { return box_driver().get(0, BOX_OPEN_FILES); }
 
     std::unique_ptr<CP_Win_ORBE_Controller> m_controller = std::make_unique<CP_Win_ORBE_Controller>();
 };

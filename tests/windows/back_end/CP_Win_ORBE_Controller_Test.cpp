@@ -2,7 +2,6 @@
 #include "CP_Win_ORBE_Controller.h"
 
 #include "Back_End_Fixture.h"
-#include "Windows_Api.h"
 
 #include <gtest/gtest.h>
 
@@ -175,15 +174,32 @@ TEST_F(CPWinORBEController, ConnectionCanBeOpenedAnew) {
 }
 
 TEST_F(CPWinORBEController, OpeningAnewWithoutClosingLeavesNoHandleBehind) {
-    const auto open_handles = [] {
-        DWORD count = 0;
-        EXPECT_NE(GetProcessHandleCount(GetCurrentProcess(), &count), FALSE);
-        return count;
-    };
     open_box();
-    const DWORD before = open_handles();
+    EXPECT_EQ(open_files(), 2U);
     ASSERT_TRUE(open());
-    EXPECT_EQ(open_handles(), before);
+    EXPECT_EQ(open_files(), 2U);
+    m_controller->close_driver_connection();
+    EXPECT_EQ(open_files(), 0U);
+}
+
+TEST_F(CPWinORBEController, OpeningAnewWithoutTheStreamLeavesOnlyTheRegistersOpen) {
+    open_box();
+    box_driver().set(0, BOX_HAS_STREAM_FILE, 0);
+    EXPECT_FALSE(open());
+    EXPECT_EQ(open_files(), 1U);
+    m_controller->close_driver_connection();
+    EXPECT_EQ(open_files(), 0U);
+}
+
+TEST_F(CPWinORBEController, FilesOfABarThatCannotBeMappedAreClosedWithTheController) {
+    box_driver().set_present_boxes(1);
+    box_driver().set(0, BOX_MAP_STATUS, status_unsuccessful);
+    EXPECT_THROW(open(), std::runtime_error);
+    EXPECT_EQ(open_files(), 2U);
+    EXPECT_THROW(open(), std::runtime_error);
+    EXPECT_EQ(open_files(), 2U);
+    m_controller.reset();
+    EXPECT_EQ(open_files(), 0U);
 }
 
 TEST_F(CPWinORBEController, DestructorClosesTheConnection) {

@@ -33,7 +33,8 @@ enum Box_Setting {
     BOX_READ_STATUS = 3,     /* the status that reads fail with; 0 after power-up */
     BOX_READ_LIMIT = 4,      /* the bytes that one read brings at most; all after power-up */
     BOX_READS = 5,           /* counts the reads; 0 after power-up */
-    BOX_SETTING_COUNT = 6
+    BOX_OPEN_FILES = 6,      /* counts the handles to "user" and "c2h_0"; outlasts power-up */
+    BOX_SETTING_COUNT = 7
 };
 
 struct Box_Request {

@@ -18,7 +18,7 @@ static NTSTATUS change_setting(struct Box* box, unsigned number, unsigned index,
 }
 
 static NTSTATUS reset(struct Box* box, unsigned number) {
-    static const ULONGLONG power_up[BOX_SETTING_COUNT] = {1, 1, 0, 0, ~0ULL, 0};
+    const ULONGLONG power_up[BOX_SETTING_COUNT] = {1, 1, 0, 0, ~0ULL, 0, box->settings[BOX_OPEN_FILES]};
     unsigned i;
     NTSTATUS status = STATUS_SUCCESS;
     for (i = 0; i < BOX_SETTING_COUNT && NT_SUCCESS(status); ++i) {

@@ -14,9 +14,25 @@ static NTSTATUS complete(IRP* irp, NTSTATUS status, ULONG_PTR information) {
     return status;
 }
 
-static NTSTATUS WINAPI open_or_close(DEVICE_OBJECT* device, IRP* irp) {
-    (void)device;
+static NTSTATUS count_files(const DEVICE_OBJECT* device, IRP* irp, int change) {
+    const struct Box_Device* const target = device->DeviceExtension;
+    if (target->box != NULL) {
+        target->box->settings[BOX_OPEN_FILES] += (ULONGLONG)change;
+    }
     return complete(irp, STATUS_SUCCESS, 0);
+}
+
+static NTSTATUS WINAPI open(DEVICE_OBJECT* device, IRP* irp) {
+    return count_files(device, irp, 1);
+}
+
+/* Wine tells of the last handle's end here alone, not by a clean-up before. */
+static NTSTATUS WINAPI close(DEVICE_OBJECT* device, IRP* irp) {
+    return count_files(device, irp, -1);
+}
+
+static NTSTATUS WINAPI clean_up(DEVICE_OBJECT* device, IRP* irp) {
+    return count_files(device, irp, 0);
 }
 
 static NTSTATUS WINAPI read(DEVICE_OBJECT* device, IRP* irp) {
@@ -136,9 +152,9 @@ NTSTATUS WINAPI DriverEntry(DRIVER_OBJECT* driver, UNICODE_STRING* registry_path
     NTSTATUS status;
     (void)registry_path;
     driver->DriverUnload = unload;
-    driver->MajorFunction[IRP_MJ_CREATE] = open_or_close;
-    driver->MajorFunction[IRP_MJ_CLEANUP] = open_or_close;
-    driver->MajorFunction[IRP_MJ_CLOSE] = open_or_close;
+    driver->MajorFunction[IRP_MJ_CREATE] = open;
+    driver->MajorFunction[IRP_MJ_CLEANUP] = clean_up;
+    driver->MajorFunction[IRP_MJ_CLOSE] = close;
     driver->MajorFunction[IRP_MJ_READ] = read;
     driver->MajorFunction[IRP_MJ_DEVICE_CONTROL] = device_control;
     status = create_control(driver);

@@ -30,6 +30,9 @@ protected:
         box_driver().play(0, m_files.recording());
     }
 
+    // The library's handles to the box's files.
+    static std::uint64_t open_files() { return box_driver().get(0, BOX_OPEN_FILES); }
+
     static std::uint32_t configuration() { return box_driver().read_register(0, 0x0000); }
 
     Host_Road_Files m_files;
@@ -72,6 +75,31 @@ TEST_F(DLLHostRoad, BarThatCannotBeMappedFailsTheOpening) {
     connect_box();
     box_driver().set(0, BOX_MAP_STATUS, status_unsuccessful);
     EXPECT_EQ(m_files.run(END_BY_STOPPING), not_opened);
+}
+
+TEST_F(DLLHostRoad, OpeningTwiceHoldsEachFileOnceAndClosingNone) {
+    connect_box();
+    ASSERT_EQ(Neuropixels::openBS(slot), Neuropixels::SUCCESS);
+    EXPECT_EQ(open_files(), 2U);
+    ASSERT_EQ(Neuropixels::openBS(slot), Neuropixels::SUCCESS);
+    EXPECT_EQ(open_files(), 2U);
+    ASSERT_EQ(Neuropixels::closeBS(slot), Neuropixels::SUCCESS);
+    EXPECT_EQ(open_files(), 0U);
+}
+
+TEST_F(DLLHostRoad, FailedOpeningsLeaveNoFileOpenOnceTheyAreClosed) {
+    connect_box();
+    box_driver().set(0, BOX_HAS_STREAM_FILE, 0);
+    EXPECT_EQ(Neuropixels::openBS(slot), 5);
+    EXPECT_EQ(open_files(), 1U);
+    Neuropixels::closeBS(slot);
+    EXPECT_EQ(open_files(), 0U);
+    box_driver().set(0, BOX_HAS_STREAM_FILE, 1);
+    box_driver().set(0, BOX_MAP_STATUS, status_unsuccessful);
+    EXPECT_EQ(Neuropixels::openBS(slot), 5);
+    EXPECT_EQ(open_files(), 2U);
+    Neuropixels::closeBS(slot);
+    EXPECT_EQ(open_files(), 0U);
 }
 
 TEST_F(DLLHostRoad, IdentityOfTheDesignComesFromTheRegisters) {
