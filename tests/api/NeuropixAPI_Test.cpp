@@ -14,7 +14,9 @@
 #include <thread>
 #include <vector>
 
-#if !defined(_WIN32)
+#if defined(__linux__)
+#include "Folder_Controller.h"
+
 #include <sys/stat.h>
 #include <unistd.h>
 #endif
@@ -23,7 +25,11 @@ namespace {
 
 using namespace Neuropixels;
 using namespace Pelgar::ORBE::npoe_adapter;
+using Pelgar::ORBE::ORBE_Controller_Library;
 using Pelgar::ORBE::test::API_Fixture;
+#if defined(__linux__)
+using Pelgar::ORBE::test::Folder_Controller;
+#endif
 
 std::string content_of(const char* path) {
     std::ostringstream content;
@@ -89,6 +95,24 @@ TEST_F(Devices, EveryIdentifierIsInSlotZero) {
     EXPECT_EQ(m_log.count(1, "0"), 4);
 }
 
+// What making a back-end with its modules prints.
+const std::string back_end_made = "A_ORBE_Controller ctor\n"
+                                  "SPI_Module ctor at base adr : 500\n"
+                                  "GPIO_Module ctor at base adr : 200\n"
+                                  "GPIO_Module ctor at base adr : 0\n"
+                                  "GPIO_Module ctor at base adr : 8\n"
+                                  "UART_Module ctor at base adr : 400\n"
+                                  "XADC_Module ctor at base adr : 800\n"
+                                  "Okelly_Adapter_Module ctor at base adr : 1000\n"
+                                  "AXI_Stream_Fifo_Module ctor at base adr : 1200\n"
+                                  "HW_ICAP_Module ctor at base adr : 1400\n"
+                                  "Foreign HW_ICAP_Module ctor at base adr : 400\n"
+                                  "GPIO_Module ctor at base adr : 1600\n";
+
+std::string four_times(const std::string& text) {
+    return text + text + text + text;
+}
+
 class Opening : public API_Fixture {};
 
 TEST_F(Opening, SwitchFileSelectsSimulation) {
@@ -109,9 +133,17 @@ TEST_F(Opening, ReportsTheRecordingOnStandardOutput) {
     testing::internal::CaptureStdout();
     EXPECT_EQ(openBS(3), SUCCESS);
     const std::string printed = testing::internal::GetCapturedStdout();
-    EXPECT_NE(printed.find("ORBE_DFGMZ_ADAPTER_SIM file present in working directory\n"), std::string::npos);
-    EXPECT_NE(printed.find("Sim file opened : " + path + "\n"), std::string::npos);
-    EXPECT_NE(printed.find("Simulation worker thread started\n"), std::string::npos);
+    // The switch file is read twice: for the mode, and for the recording's name once the box is up.
+    EXPECT_EQ(printed, "ORBE_DFGMZ_ADAPTER_SIM file present in working directory\n" + back_end_made +
+                           "UART_Module ctor at base adr : 0\n" +
+                           four_times("NP_Probe_Config_Module ctor\n") +
+                           four_times("L2_CH_Results_NP_PXI_Format_Converter ctor\nsizeof(m_ep)) : 10056\n") +
+                           "MT_RHD_PXI_Queue ctor \n"
+                           "RHD_to_PXI_ADC_Format_Converter ctor\n"
+                           "ORBE_DFGMZ_ADAPTER_SIM file present in working directory\n"
+                           "Sim file opened : " +
+                           path + "\n" + four_times("reset_and_resync_counters requested.\n") +
+                           "Simulation worker thread started\n");
 }
 
 TEST_F(Opening, OpeningAgainWarnsAndReplacesControllerAndConverters) {
@@ -174,7 +206,7 @@ TEST_F(Bad_Recording, DirectoryIsRefused) {
     expect_refused(std::filesystem::absolute("a_directory").string());
 }
 
-#if !defined(_WIN32)
+#if defined(__linux__)
 TEST_F(Bad_Recording, UnreadableFileIsRefused) {
     const std::string path = write_recording_without_rows(mebibyte);
     ASSERT_EQ(chmod(path.c_str(), 0), 0);
@@ -224,10 +256,20 @@ TEST_F(Bad_Recording, GarbageIsDiscardedAndClosesCleanly) {
 }
 
 TEST_F(Opening, WithoutABoxHardwareModeIsRefused) {
+#if defined(__linux__)
+    // Other devices than those of the machine that tests.
+    std::filesystem::create_directory("no_devices");
+    *g_controller_factory = [](bool simulation) {
+        return std::make_shared<ORBE_Controller_Library>(std::make_shared<Folder_Controller>("no_devices"),
+                                                         simulation);
+    };
+#endif
     testing::internal::CaptureStdout();
     EXPECT_EQ(openBS(0), 5);
-    const std::string printed = testing::internal::GetCapturedStdout();
-    EXPECT_NE(printed.find("ORBE_DFGMZ_ADAPTER_SIM not present in working directory\n"), std::string::npos);
+    EXPECT_EQ(testing::internal::GetCapturedStdout(),
+              "ORBE_DFGMZ_ADAPTER_SIM not present in working directory\n" + back_end_made +
+                  "Devices found: 0\n");
+    *g_controller_factory = {};
     EXPECT_EQ(m_log.count(0, "ORBE_Controller_Library ctor. (HW mode)"), 1);
     EXPECT_EQ(m_log.count(-2, "Open driver failed"), 1);
 }

@@ -1,6 +1,6 @@
 // A host's session in hardware mode, on the back-end of the Linux driver.
 #include "Adapter_State.h"
-#include "CP_Linux_ORBE_Controller.h"
+#include "Folder_Controller.h"
 #include "Host_Road.h"
 #include "Host_Road_Files.h"
 #include "Stand_In_Devices.h"
@@ -10,23 +10,15 @@
 
 #include <filesystem>
 #include <memory>
-#include <string>
 
 namespace {
 
 using namespace Pelgar::ORBE;
 using namespace Pelgar::ORBE::host;
 using Pelgar::ORBE::npoe_adapter::g_controller_factory;
+using Pelgar::ORBE::test::Folder_Controller;
 using Pelgar::ORBE::test::Stand_In_Devices;
 using Pelgar::ORBE::test::Waiter_Guard;
-
-// The driver's back-end on devices in another folder than the system's.
-class Folder_Controller final : public CP_Linux_ORBE_Controller {
-public:
-    explicit Folder_Controller(const std::string& folder) : CP_Linux_ORBE_Controller(folder) {
-        create_modules();
-    }
-};
 
 class HostRoadOnDevices : public testing::Test {
 protected:
