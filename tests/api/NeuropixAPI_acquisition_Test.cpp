@@ -52,19 +52,6 @@ TEST_F(Acquisition, StartEnablesTheStreamsAndStartsThePump) {
     EXPECT_EQ(m_log.count(1, "slotID 3, portID 2 : Main pump thread started"), 1);
 }
 
-TEST_F(Acquisition, PumpThreadAsksForMorePriorityAndRunsEitherWay) {
-    open_simulation();
-    EXPECT_EQ(start_acquisition(0, 1), SUCCESS);
-    EXPECT_EQ(stop_acquisition(0, 1), SUCCESS);
-    int raised = m_log.count(1, "ThreadPriority of main pump increased to THREAD_PRIORITY_ABOVE_NORMAL");
-    int refused = 0;
-    for (const std::string& text : m_log.texts()) {
-        refused += std::regex_match(text, std::regex("SetThreadPriority failed : \\d+")) ? 1 : 0;
-    }
-    EXPECT_EQ(raised + refused, 1);
-    EXPECT_EQ(m_log.count("End of main pump thread (0,1)"), 1);
-}
-
 TEST_F(Acquisition, SecondStartDoesNothing) {
     open_simulation();
     EXPECT_EQ(start_acquisition(0, 1), SUCCESS);
