@@ -1,5 +1,6 @@
 // Devices, opening and closing.
 #include "API_Fixture.h"
+#include "On_Log_Line.h"
 
 #include <gtest/gtest.h>
 #include <loguru.hpp>
@@ -27,6 +28,7 @@ using namespace Neuropixels;
 using namespace Pelgar::ORBE::npoe_adapter;
 using Pelgar::ORBE::ORBE_Controller_Library;
 using Pelgar::ORBE::test::API_Fixture;
+using Pelgar::ORBE::test::On_Log_Line;
 #if defined(__linux__)
 using Pelgar::ORBE::test::Folder_Controller;
 #endif
@@ -313,6 +315,24 @@ TEST_F(Closing, EndsAndJoinsARunningPump) {
               std::string::npos);
     EXPECT_FALSE(*g_pump_thread);
     EXPECT_EQ(m_log.count(0, "End of main pump thread (2,3)"), 1);
+}
+
+TEST_F(Closing, DisablesTheStreamsBeforeItStopsThePumpAndTurnsReadersAway) {
+    open_simulation();
+    EXPECT_EQ(start_acquisition(2, 3), SUCCESS);
+    bool stopping = true;
+    bool turned_away = true;
+    const On_Log_Line watch("{ disable_streaming", [&] {
+        stopping = g_stop_requested;
+        turned_away = current_rhd_converter()->queue().signalled_for_exit();
+        for (int port = 1; port <= 4; ++port) {
+            turned_away = turned_away || current_np_converter(port)->queue().signalled_for_exit();
+        }
+    });
+    EXPECT_EQ(closeBS(2), SUCCESS);
+    EXPECT_EQ(watch.times(), 1);
+    EXPECT_FALSE(stopping);
+    EXPECT_FALSE(turned_away);
 }
 
 TEST_F(Closing, StreamsAgainAfterReopening) {

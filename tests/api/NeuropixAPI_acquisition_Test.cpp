@@ -1,6 +1,7 @@
 // Starting, stopping and reading probe packets.
 #include "API_Fixture.h"
 #include "Invalid_Subscript.h"
+#include "On_Log_Line.h"
 
 #include <gtest/gtest.h>
 
@@ -8,11 +9,17 @@
 #include <chrono>
 #include <cstring>
 #include <limits>
+#include <memory>
 #include <regex>
 #include <stdexcept>
 #include <string>
+#include <system_error>
 #include <thread>
 #include <vector>
+
+#if defined(__linux__)
+#include "Unprivileged_User.h"
+#endif
 
 namespace {
 
@@ -21,6 +28,7 @@ using namespace Neuropixels;
 using namespace Pelgar::ORBE::npoe_adapter;
 using Pelgar::ORBE::test::API_Fixture;
 using Pelgar::ORBE::test::expect_invalid_subscript;
+using Pelgar::ORBE::test::On_Log_Line;
 
 electrodePacket numbered_packet(std::uint32_t number) {
     electrodePacket packet{};
@@ -32,6 +40,14 @@ electrodePacket numbered_packet(std::uint32_t number) {
 
 class Acquisition : public API_Fixture {
 protected:
+    // Returns when all threads that opening has started have logged their beginning.
+    void wait_for_quiet_log() const {
+        while (m_log.count("NP Worker thread started") < 4 || m_log.count("RHD Worker thread started") < 1 ||
+               !m_log.has_scope(0, "run")) {
+            std::this_thread::yield();
+        }
+    }
+
     static void queue_packets(int port, std::uint32_t count) {
         for (std::uint32_t number = 0; number < count; ++number) {
             current_np_converter(port)->queue().push(numbered_packet(number));
@@ -86,6 +102,54 @@ TEST_F(Acquisition, StopDisablesStreamsAndJoinsThePump) {
     EXPECT_EQ(start_acquisition(6, 1), SUCCESS);
     EXPECT_FALSE(g_stop_requested);
     EXPECT_TRUE(*g_pump_thread);
+}
+
+TEST_F(Acquisition, StopDisablesTheStreamsBeforeItStopsThePumpAndItsReaders) {
+    open_simulation();
+    EXPECT_EQ(start_acquisition(6, 1), SUCCESS);
+    bool running = true;
+    bool stopping = true;
+    const On_Log_Line watch("{ disable_streaming", [&] {
+        running = g_acquisition_running;
+        stopping = g_stop_requested;
+    });
+    EXPECT_EQ(stop_acquisition(6, 1), SUCCESS);
+    EXPECT_EQ(watch.times(), 1);
+    EXPECT_FALSE(running);
+    EXPECT_FALSE(stopping);
+    EXPECT_TRUE(g_stop_requested);
+}
+
+#if defined(__linux__)
+TEST_F(Acquisition, StartThatGetsNoThreadSwitchesTheStreamsOffAgain) {
+    open_simulation();
+    wait_for_quiet_log();
+    {
+        const Pelgar::ORBE::test::Unprivileged_User user(RLIMIT_NPROC);
+        try {
+            start_acquisition(0, 1);
+            ADD_FAILURE() << "nothing was thrown";
+        } catch (const std::system_error& error) {
+            EXPECT_EQ(error.code(), std::errc::resource_unavailable_try_again);
+        }
+    }
+    EXPECT_TRUE(m_log.has_scope(0, "disable_streaming"));
+    EXPECT_FALSE(g_acquisition_running);
+    EXPECT_FALSE(*g_pump_thread);
+    EXPECT_EQ(start_acquisition(0, 1), SUCCESS);
+    EXPECT_TRUE(*g_pump_thread);
+}
+
+#endif
+
+TEST_F(Acquisition, StartOverAThreadThatNobodyHasJoinedEndsTheProcess) {
+    EXPECT_DEATH(
+        {
+            open_simulation();
+            *g_pump_thread = std::make_unique<std::thread>([] {});
+            start_acquisition(0, 1);
+        },
+        "terminat"); // so std::terminate says
 }
 
 TEST_F(Acquisition, PumpThatBreaksOffLeavesItsEndedFlagClear) {
@@ -312,6 +376,26 @@ TEST_F(Acquisition, FifoStateCountsDownToMinusOne) {
     EXPECT_EQ(headroom, -1);
     expect_invalid_subscript([&] { getElectrodeDataFifoState(0, 5, 0, &available, &headroom); });
     expect_invalid_subscript([&] { getElectrodeDataFifoState(0, 0, 0, &available, &headroom); });
+}
+
+TEST_F(Acquisition, ReadingLogsNothing) {
+    open_simulation();
+    queue_packets(1, 2);
+    wait_for_quiet_log();
+    m_log.clear();
+    std::vector<electrodePacket> packets(2);
+    int first = -1;
+    int second = -1;
+    EXPECT_EQ(getElectrodeDataFifoState(0, 1, 0, &first, &second), SUCCESS);
+    EXPECT_EQ(first, 2);
+    EXPECT_EQ(readElectrodeData(0, 1, 0, packets.data(), &first, 2), SUCCESS);
+    EXPECT_EQ(first, 2);
+    Pelgar::ORBE::demux::RHD_Frame frame;
+    current_rhd_converter()->publish_rhd_frame(frame);
+    PacketInfo info{};
+    EXPECT_EQ(ADC_readPackets(0, &info, nullptr, 12, 1, &first), SUCCESS);
+    EXPECT_EQ(first, 1);
+    EXPECT_EQ(m_log.lines().size(), 0U);
 }
 
 TEST_F(Acquisition, FirstReadOfAPortMayReportThroughput) {
