@@ -5,7 +5,7 @@
 #
 # Wine starts its services with the first program and ends them with the last one. Starting them takes longer than
 # most tests, and whoever reads the first program's output waits for them as well, because they inherit it. So a
-# session without output is opened first; it ends by itself some seconds after the last call of this script.
+# program without output is run first, which keeps them; it ends by itself some seconds after the last call of this script.
 set -euo pipefail
 
 idle_seconds=15
@@ -30,42 +30,42 @@ export WINEDLLOVERRIDES="mscoree,mshtml=;winemenubuilder.exe=d"
 unset DISPLAY WAYLAND_DISPLAY
 
 # Three locks keep the calls, which come side by side, out of each other's way: `starting` is held by the one call
-# that looks whether there is a session, `session` by whoever keeps one, and `calls` by every call for as long as its
+# that looks whether the services run, `services` by whoever keeps them, and `calls` by every call for as long as its
 # program runs.
 locks=$WINEPREFIX/.locks
 last_call=$locks/last-call
 
-# Keeps the session open until no call is running and none has come for a while: a command interpreter reads nothing
-# for so long. Holds all calls up while the session ends, because a program that starts in that moment would fail.
-# Runs detached, with the lock `session` as descriptor 9.
-keep_session() {
+# Keeps the services up until no call is running and none has come for a while: a command interpreter reads nothing
+# for so long. Holds all calls up while they end, because a program that starts in that moment would fail.
+# Runs detached, with the lock `services` as descriptor 9.
+keep_services() {
     exec 7>>"$locks/calls"
     while [ $(($(date +%s) - $(stat --format=%Y "$last_call"))) -lt "$idle_seconds" ] ||
         ! flock --nonblock 7; do
         sleep 1
     done | "$wine" cmd 7>&- 9>&-
     wineserver --wait 7>&- 9>&- || true
-    # In this order: who may call again must not take the session for open.
+    # In this order: who may call again must not take the services for up.
     exec 9>&-
     exec 7>&-
 }
 
 mkdir -p "$locks"
-exec 7>>"$locks/calls" 8>>"$locks/starting" 9>>"$locks/session"
+exec 7>>"$locks/calls" 8>>"$locks/starting" 9>>"$locks/services"
 flock 8
 flock --shared 7
 touch "$last_call"
 if flock --nonblock 9; then
     if [ ! -e "$locks/prefix-complete" ]; then
         "$wine" wineboot --init </dev/null >/dev/null 2>&1 7>&- 8>&- 9>&-
-        # What has made the prefix ends first: a session that begins meanwhile gets a second service manager, and
+        # What has made the prefix ends first: services that begin meanwhile get a second service manager, and
         # the two answer each other's calls.
         wineserver --wait 7>&- 8>&- 9>&- || true
         touch "$locks/prefix-complete" "$last_call"
     fi
     export wine locks last_call idle_seconds
-    export -f keep_session
-    setsid bash -c keep_session </dev/null >/dev/null 2>&1 7>&- 8>&- &
+    export -f keep_services
+    setsid bash -c keep_services </dev/null >/dev/null 2>&1 7>&- 8>&- &
     "$wine" cmd /c exit </dev/null >/dev/null 2>&1 7>&- 8>&- 9>&-
 fi
 exec 8>&- 9>&-

@@ -1,4 +1,4 @@
-// Test support. A whole session of a host, from the list of devices to closing, in which every packet is
+// Test support. A whole run of a host, from the list of devices to closing, in which every packet is
 // compared with what the recording behind the box must yield. Plain functions, without a standard library and
 // without exceptions, so that a host of any compiler can take them in. One thread; blocks until the packets
 // are there, for ever when they are not.
@@ -9,7 +9,7 @@
 
 namespace Pelgar::ORBE::host {
 
-// Where a session has ended.
+// Where a run has ended.
 enum Host_Road_Step {
     ROAD_EQUAL = 0,             // everything has arrived and is equal
     ROAD_BAD_EXPECTATION = 1,   // the expectation is none, or asks for more than the queues hold
@@ -39,7 +39,7 @@ enum Host_Road_End {
     END_BY_CLOSING
 };
 
-// Runs a session on the basestation in slot 0. `expectation` is the expectation file, aligned to 8 bytes.
+// Plays a host on the basestation in slot 0. `expectation` is the expectation file, aligned to 8 bytes.
 // What was opened is closed, whatever the result.
 Host_Road_Result run_host_road(const void* expectation, std::size_t size, Host_Road_End end);
 

@@ -1,4 +1,4 @@
-// A host's session in hardware mode, on the back-end of the Linux driver.
+// A host's run in hardware mode, on the back-end of the Linux driver.
 #include "Adapter_State.h"
 #include "Folder_Controller.h"
 #include "Host_Road.h"

@@ -1,4 +1,4 @@
-// Test support. The files of a host's session for a test, in its working directory: the recording by its
+// Test support. The files of a host's run for a test, in its working directory: the recording by its
 // path, the expectation in memory. And a result in words, for what a failing test says.
 #pragma once
 
@@ -36,7 +36,7 @@ public:
 
     const std::filesystem::path& recording() const { return m_recording; }
 
-    // May be changed, to see that the session notices.
+    // May be changed, to see that the run notices.
     std::uint8_t* expectation() { return reinterpret_cast<std::uint8_t*>(m_expectation.data()); }
 
     std::size_t size() const { return m_expectation.size() * sizeof(std::uint64_t); }

@@ -1,4 +1,4 @@
-// A host's session in simulation mode, and what it says when something is wrong.
+// A host's run in simulation mode, and what it says when something is wrong.
 #include "Host_Road.h"
 
 #include "Host_Road_Expectation.h"

@@ -1,4 +1,4 @@
-// make_host_road_data RECORDING EXPECTATION: writes the two files of a host's session, for hosts that cannot
+// make_host_road_data RECORDING EXPECTATION: writes the two files of a host's run, for hosts that cannot
 // make them by themselves.
 #include "Host_Road_Data.h"
 

@@ -59,7 +59,7 @@ inline constexpr Answer getDeviceInfo = carried_out;
 inline constexpr Answer getElectrodeDataFifoState = carried_out;
 inline constexpr Answer readElectrodeData = carried_out;
 
-// Looks for a box, which is what the sessions are for.
+// Looks for a box, which is what the runs are for.
 inline constexpr Answer openBS{not_called, false};
 
 // Those that do not answer a result code: the number of boxes, whether there is one, whether there is a text,

@@ -3,8 +3,8 @@
 // foreign_host driver EXPECTATION
 //
 // A host as Windows' main compiler builds it: it imports the functions under that compiler's names, through
-// the import library of that compiler's linker. Makes the calls that take no box, or runs one session, on a
-// recording or on the box that is present. Exits with 0, with the number of the step that the session has
+// the import library of that compiler's linker. Makes the calls that take no box, or plays a host, on a
+// recording or on the box that is present. Exits with 0, with the number of the step that the run has
 // ended at, or with one of the numbers below. Has no run time library, and nothing of the system but
 // kernel32.
 #include "Foreign_Calls.h"
@@ -94,7 +94,7 @@ File read_file(const char* path) {
     return {bytes, read};
 }
 
-unsigned run_session(const char* expectation_path, Host_Road_End end) {
+unsigned run_road(const char* expectation_path, Host_Road_End end) {
     const File expectation = read_file(expectation_path);
     if (expectation.bytes == nullptr) {
         print("the expectation cannot be read\n");
@@ -120,10 +120,10 @@ unsigned run() {
             return run_foreign_calls() ? 0 : calls_were_wrong;
         }
         if (count == 3 && is_word(words[1], "simulation")) {
-            return run_session(words[2], END_BY_CLOSING);
+            return run_road(words[2], END_BY_CLOSING);
         }
         if (count == 3 && is_word(words[1], "driver")) {
-            return run_session(words[2], END_BY_STOPPING);
+            return run_road(words[2], END_BY_STOPPING);
         }
     }
     print("usage: foreign_host calls | simulation EXPECTATION | driver EXPECTATION\n");

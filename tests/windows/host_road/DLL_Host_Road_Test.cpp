@@ -1,4 +1,4 @@
-// A host's session in hardware mode through the shipped DLL, on the stand-in driver.
+// A host's run in hardware mode through the shipped DLL, on the stand-in driver.
 #include "Box_Environment.h"
 #include "Host_Road.h"
 #include "Host_Road_Expectation.h"
@@ -51,7 +51,7 @@ TEST_F(DLLHostRoad, ShortReadsMakeNoDifference) {
     EXPECT_EQ(m_files.run(END_BY_STOPPING), Host_Road_Result{});
 }
 
-TEST_F(DLLHostRoad, EverySessionStartsAnew) {
+TEST_F(DLLHostRoad, EveryRunStartsAnew) {
     connect_box();
     EXPECT_EQ(m_files.run(END_BY_STOPPING), Host_Road_Result{});
     box_driver().play(0, m_files.recording());

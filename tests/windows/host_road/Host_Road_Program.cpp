@@ -1,5 +1,5 @@
-// host_road_program EXPECTATION: a host in a process of its own, which runs one session on the box that is
-// present. Exits with 0, or with the number of the step that the session has ended at.
+// host_road_program EXPECTATION: a host in a process of its own, which plays a host on the box that is
+// present. Exits with 0, or with the number of the step that it has ended at.
 #include "Host_Road.h"
 
 #include <cstddef>

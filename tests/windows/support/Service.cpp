@@ -25,7 +25,7 @@ constexpr auto poll_wait = std::chrono::milliseconds(20);
 constexpr auto longest_wait = std::chrono::seconds(90);
 
 // Makes the call until it succeeds, as long as it fails with one of these errors. The service manager has
-// them while it is busy: with its own services when the session has just begun, with the end of an earlier
+// them while it is busy: with its own services when they have just begun, with the end of an earlier
 // service.
 template <typename Call>
 bool insist(Call&& call, std::initializer_list<DWORD> passing_errors) {
