@@ -3,14 +3,12 @@
 #include "Fake_ORBE_Controller.h"
 #include "Log_Capture.h"
 #include "NeuropixAPI.h"
-#include "On_Log_Line.h"
 #include "Waiter_Guard.h"
 
 #include <gtest/gtest.h>
 
 #include <cstdint>
 #include <memory>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -125,22 +123,6 @@ TEST_F(Hardware_Mode, FailedReadEndsThePumpWithoutItsEndedFlag) {
     (*g_pump_thread)->join();
     g_pump_thread->reset();
     EXPECT_EQ(m_log.count(-1, "pump_hw_data_to_demux exception catched : c2h transfer failed"), 1);
-    EXPECT_EQ(m_log.count(0, "error in main pump thread (2,3)"), 1);
-    EXPECT_EQ(m_log.count("End of main pump thread (2,3)"), 0);
-    EXPECT_FALSE(g_pump_ended);
-}
-
-TEST_F(Hardware_Mode, ExceptionOutOfThePumpIsLoggedAndEndsItInTheSameWay) {
-    EXPECT_EQ(openBS(2), SUCCESS);
-    m_box->queue_stream_error("c2h transfer failed");
-    // The pump catches what a read throws, but not what reporting it throws.
-    const On_Log_Line thrower("pump_hw_data_to_demux exception catched : c2h transfer failed",
-                              [] { throw std::runtime_error("the log is full"); });
-    EXPECT_EQ(start_acquisition(2, 3), SUCCESS);
-    (*g_pump_thread)->join();
-    g_pump_thread->reset();
-    EXPECT_EQ(thrower.times(), 1);
-    EXPECT_EQ(m_log.count(-2, "main pump thread : the log is full"), 1);
     EXPECT_EQ(m_log.count(0, "error in main pump thread (2,3)"), 1);
     EXPECT_EQ(m_log.count("End of main pump thread (2,3)"), 0);
     EXPECT_FALSE(g_pump_ended);

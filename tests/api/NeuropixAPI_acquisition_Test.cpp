@@ -162,6 +162,24 @@ TEST_F(Acquisition, PumpThatBreaksOffLeavesItsEndedFlagClear) {
     EXPECT_FALSE(*g_pump_thread);
 }
 
+TEST_F(Acquisition, ExceptionOutOfThePumpIsLoggedAndEndsItInTheSameWay) {
+    open_simulation();
+    std::atomic<bool> thrown{false};
+    m_waiter.on_wait([&](std::size_t) {
+        if (!thrown.exchange(true)) {
+            throw std::runtime_error("no time left");
+        }
+    });
+    EXPECT_EQ(start_acquisition(4, 3), SUCCESS);
+    wait_for_log("error in main pump thread (4,3)");
+    EXPECT_TRUE(thrown);
+    EXPECT_EQ(m_log.count(-2, "main pump thread : no time left"), 1);
+    EXPECT_EQ(m_log.count("End of main pump thread (4,3)"), 0);
+    EXPECT_FALSE(g_pump_ended);
+    EXPECT_EQ(closeBS(4), SUCCESS);
+    EXPECT_FALSE(*g_pump_thread);
+}
+
 TEST_F(Acquisition, StopAfterThePumpBrokeOffWaitsForEver) {
     open_simulation(2 * mebibyte);
     EXPECT_EQ(start_acquisition(4, 3), SUCCESS);

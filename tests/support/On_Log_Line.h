@@ -9,8 +9,7 @@ namespace Pelgar::ORBE::test {
 
 class On_Log_Line {
 public:
-    // `text` is the whole line; a scope that opens reads "{ name". What the action throws leaves the call
-    // that logs.
+    // `text` is the whole line; a scope that opens reads "{ name". The action must not throw.
     On_Log_Line(std::string text, std::function<void()> action);
     ~On_Log_Line();
     On_Log_Line(const On_Log_Line&) = delete;
