@@ -5,7 +5,8 @@
 #
 # Wine starts its services with the first program and ends them with the last one. Starting them takes longer than
 # most tests, and whoever reads the first program's output waits for them as well, because they inherit it. So a
-# program without output is run first, which keeps them; it ends by itself some seconds after the last call of this script.
+# program without output is run first, which keeps them; it ends by itself some seconds after the last call of this
+# script.
 set -euo pipefail
 
 idle_seconds=15
@@ -28,6 +29,8 @@ export WINEDEBUG=-all
 # Neither the .NET and HTML engines, which Wine would offer to download, nor entries in the desktop's menus.
 export WINEDLLOVERRIDES="mscoree,mshtml=;winemenubuilder.exe=d"
 unset DISPLAY WAYLAND_DISPLAY
+# In the bare locale Wine could not make the files whose names hold more than ASCII, as Windows can.
+export LC_ALL=C.UTF-8
 
 # Three locks keep the calls, which come side by side, out of each other's way: `starting` is held by the one call
 # that looks whether the services run, `services` by whoever keeps them, and `calls` by every call for as long as its
