@@ -150,8 +150,8 @@ public:
     // flash partly erased or written.
 
     // Erases as many 64 KiB sectors from byte `address`, the beginning of one, as the file takes and writes
-    // the file's whole pieces of 16 bytes. False, with the flash left as it was, for a file that cannot be
-    // opened, does not fit, or would run into the hardware record.
+    // the file's whole pieces of 16 bytes, over the hardware record too. False, with the flash left as it
+    // was, for a file that cannot be opened or would run past the end of the flash.
     bool program_flash(const char* path, unsigned address, const Flash_Progress_Listener& listener = {});
 
     // The record; nothing when the flash cannot be read.

@@ -1,5 +1,6 @@
 // Layer: device controller. How far the programming of the configuration flash has come. Told on the
-// programming thread, after every sector that was erased and every page that was written.
+// programming thread, after every sector that was erased and every whole page that was written, and when the
+// file has ended: the last report tells that everything is done.
 #pragma once
 
 #include <cstdint>

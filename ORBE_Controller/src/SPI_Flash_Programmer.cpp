@@ -66,15 +66,17 @@ std::uint64_t size_of(std::istream& file) {
 }
 
 // Behind the last address the flash would count on from its beginning, where the design lies that the box
-// starts with. The hardware record is only written over by who names its sector.
-void check_place(std::uint32_t address, std::uint64_t sectors) {
-    const std::uint64_t end = address + sectors * flash::sector_size;
-    if (end > flash::size) {
+// starts with.
+void check_place(std::uint32_t address, std::uint64_t size) {
+    const bool fits = address <= flash::size && size <= flash::size - address;
+    if (!fits && size != 0) {
         throw std::runtime_error("file does not fit into the flash");
     }
-    if (address < flash::hw_info_address && end > flash::hw_info_address) {
-        throw std::runtime_error("file would overwrite the hardware info");
-    }
+}
+
+// How many pages can begin from there on in steps of a page.
+std::uint64_t pages_behind(std::uint32_t address) {
+    return address < flash::size ? (flash::size - address - 1) / flash::page_size + 1 : 0;
 }
 
 } // namespace
@@ -90,8 +92,8 @@ bool SPI_Flash_Programmer::program_flash(const char* path, std::uint32_t address
         // Erasing takes minutes; the file is not held open meanwhile.
         file.close();
         console::out("File size : ", size / bytes_per_kib, " KB\n");
+        check_place(address, size);
         const std::uint64_t sectors = sector_count(size);
-        check_place(address, sectors);
         const auto report = [&](const char* step, std::uint64_t done) {
             if (listener) {
                 listener({step, done, 2 * sectors * flash::sector_size});
@@ -104,8 +106,11 @@ bool SPI_Flash_Programmer::program_flash(const char* path, std::uint32_t address
             return false;
         }
         console::out("Programming flash..\n");
-        program_file(file, address, sectors * pages_per_sector, [&](std::uint64_t written) {
-            report("writing", sectors * flash::sector_size + written * flash::page_size);
+        // Also a file that has grown since it was measured stays inside the flash.
+        const std::uint64_t pages = std::min(sectors * pages_per_sector, pages_behind(address));
+        program_file(file, address, pages, [&](std::uint64_t written) {
+            const std::uint64_t done = written == pages ? sectors * pages_per_sector : written;
+            report("writing", sectors * flash::sector_size + done * flash::page_size);
         });
         console::out("Program flash completed\n");
         return true;
@@ -204,6 +209,8 @@ void SPI_Flash_Programmer::program_file(std::istream& file, std::uint32_t addres
         }
         if (count < page.size()) {
             console::err("End of stream reached during program\n");
+            // What is left of the sectors stays erased.
+            written(pages);
             return;
         }
         address += flash::page_size;

@@ -24,8 +24,9 @@ public:
     // 16 bytes; what is left over at the file's end is not written. The rest of the last sector stays erased.
     // An address that is not the beginning of a sector is taken as it is: the flash erases the sector around
     // it, and wraps inside a page.
-    // False when the file cannot be opened or the flash does not answer as it should, and, before anything is
-    // erased, when the sectors reach past the flash or from below into that of the hardware record.
+    // An image that runs into or over the hardware record is programmed like any other. False when the file
+    // cannot be opened or the flash does not answer as it should, and, before anything is erased, when the
+    // file would run past the end of the flash. An empty file has no sectors and succeeds everywhere.
     bool program_flash(const char* path, std::uint32_t address, const Flash_Progress_Listener& listener = {});
 
     // Erases the sector at `address` and writes at most 256 bytes into its first page. False when the flash

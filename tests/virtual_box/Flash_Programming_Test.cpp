@@ -20,6 +20,7 @@
 #include <memory>
 #include <numeric>
 #include <string>
+#include <tuple>
 #include <vector>
 
 namespace {
@@ -195,26 +196,102 @@ TEST_F(Flash_Programming, EveryCallIdentifiesTheFlashAnew) {
     expect_contents(0, image_of(16), 1);
 }
 
-TEST_F(Flash_Programming, LastSectorBelowTheRecordAndTheRecordsOwnCanBeNamed) {
-    const Bytes image = image_of(sector_size);
+TEST_F(Flash_Programming, ImageThatRunsIntoTheRecordIsProgrammedLikeAnyOther) {
+    const Bytes image = image_of(sector_size + 256);
     program(image, hw_info_address - sector_size, true);
-    expect_contents(hw_info_address - sector_size, image, 1);
-    program(image, hw_info_address, true);
-    Bytes both = image;
-    both.insert(both.end(), image.begin(), image.end());
+    expect_contents(hw_info_address - sector_size, image, 2);
+}
+
+TEST_F(Flash_Programming, ImageMayEndWithTheFlash) {
+    const Bytes image = image_of(2 * sector_size);
+    program(image, hw_info_address - sector_size, true);
+    expect_contents(hw_info_address - sector_size, image, 2);
+    program(image_of(sector_size), hw_info_address, true);
+    Bytes both = image_of(sector_size);
+    both.insert(both.begin(), image.begin(), image.begin() + sector_size);
     expect_contents(hw_info_address - sector_size, both, 2);
 }
 
-TEST_F(Flash_Programming, FileThatWouldRunIntoTheRecordOrPastTheEndIsRefused) {
+TEST_F(Flash_Programming, FileThatWouldRunPastTheEndIsRefused) {
     const Bytes image = image_of(sector_size + 1);
-    EXPECT_EQ(program(image, hw_info_address - sector_size, false).out,
-              "File size : 64 KB\n"
-              "Exception catched during program_flash command : file would overwrite the hardware info\n");
     EXPECT_EQ(program(image, hw_info_address, false).out,
               "File size : 64 KB\n"
               "Exception catched during program_flash command : file does not fit into the flash\n");
     expect_nothing_changed();
     EXPECT_TRUE(flash().transactions().empty());
+}
+
+TEST_F(Flash_Programming, FileThatGrowsNearTheEndStaysInTheFlash) {
+    m_waiter.on_wait([](std::size_t) { write_file(image_of(2 * sector_size)); });
+    program(image_of(16), SPI_Flash_Model::size - 2 * page_size, true);
+    Bytes sector(sector_size - 2 * page_size, 0xFF);
+    const Bytes written = image_of(2 * page_size);
+    sector.insert(sector.end(), written.begin(), written.end());
+    expect_contents(hw_info_address, sector, 1);
+}
+
+TEST_F(Flash_Programming, ProgressIsReportedSectorBySectorAndPageByPage) {
+    const std::uint64_t total = std::uint64_t{2} * 2 * sector_size;
+    std::vector<std::tuple<std::string, std::uint64_t, std::uint64_t>> expected{
+        {"erasing", sector_size, total}, {"erasing", 2 * sector_size, total}};
+    // The first sector, one page of the second, and the half page in which the file ends.
+    for (std::uint64_t page = 1; page <= 257; ++page) {
+        expected.emplace_back("writing", 2 * sector_size + page * page_size, total);
+    }
+    expected.emplace_back("writing", total, total);
+    decltype(expected) reports;
+    const char* path = write_file(image_of(sector_size + page_size + page_size / 2));
+    printed_by([&] {
+        EXPECT_TRUE(m_controller->program_flash(path, image_address, [&](const Flash_Progress& progress) {
+            reports.emplace_back(progress.step, progress.done, progress.total);
+        }));
+    });
+    EXPECT_TRUE(reports == expected);
+    EXPECT_EQ(reports.size(), expected.size());
+    EXPECT_EQ(reports.back(), expected.back()) << "100 %";
+}
+
+TEST_F(Flash_Programming, ProgressOfWholeSectorsEndsWithTheLastPage) {
+    std::vector<std::uint64_t> writing;
+    const char* path = write_file(image_of(sector_size));
+    printed_by([&] {
+        EXPECT_TRUE(m_controller->program_flash(path, image_address, [&](const Flash_Progress& progress) {
+            EXPECT_EQ(progress.total, 2 * sector_size);
+            writing.push_back(progress.done);
+        }));
+    });
+    ASSERT_EQ(writing.size(), 1U + 256U);
+    EXPECT_EQ(writing[255], 2 * sector_size - page_size);
+    EXPECT_EQ(writing[256], 2 * sector_size);
+}
+
+TEST_F(Flash_Programming, FileThatCannotBeReadFailsTheOperation) {
+    // Reading the beginning of a process's own memory is an error.
+    constexpr const char* unreadable = "/proc/self/mem";
+    if (!std::filesystem::exists(unreadable)) {
+        GTEST_SKIP() << "there is no file here that opens but does not read";
+    }
+    const char* path = write_file(image_of(16));
+    m_waiter.on_wait([&](std::size_t) {
+        std::filesystem::remove(path);
+        std::filesystem::create_symlink(unreadable, path);
+    });
+    const auto printed = printed_by([&] { EXPECT_FALSE(m_controller->program_flash(path, image_address)); });
+    EXPECT_NE(printed.out.find("Programming flash..\nException catched during program_flash command : "),
+              std::string::npos);
+    EXPECT_EQ(printed.err, "");
+    expect_contents(image_address, {}, 1);
+}
+
+TEST_F(Flash_Programming, FileWithoutASizeIsRefused) {
+    constexpr const char* endless = "/proc/self/mem";
+    if (!std::filesystem::exists(endless)) {
+        GTEST_SKIP() << "there is no file here that has no size";
+    }
+    const auto printed =
+        printed_by([&] { EXPECT_FALSE(m_controller->program_flash(endless, image_address)); });
+    EXPECT_TRUE(printed.out.ends_with("file does not fit into the flash\n")) << printed.out;
+    expect_nothing_changed();
 }
 
 TEST_F(Flash_Programming, AddressInsideASectorErasesTheSectorAroundIt) {

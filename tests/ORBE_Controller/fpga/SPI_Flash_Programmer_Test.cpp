@@ -226,17 +226,16 @@ TEST_F(SPIFlashProgrammer, FileThatCannotBeOpenedLeavesTheFlashAlone) {
     EXPECT_TRUE(m_registers.accesses().empty());
 }
 
-TEST_F(SPIFlashProgrammer, FileThatDoesNotFitIsRefusedBeforeAnythingIsErased) {
-    const std::string failed = "Exception catched during program_flash command : ";
-    const std::string too_large = failed + "file does not fit into the flash\n";
-    const std::string on_record = failed + "file would overwrite the hardware info\n";
+TEST_F(SPIFlashProgrammer, FileThatWouldRunPastTheEndIsRefusedBeforeAnythingIsErased) {
+    const std::string too_large =
+        "Exception catched during program_flash command : file does not fit into the flash\n";
     const std::vector<std::tuple<std::size_t, std::uint32_t, std::string>> cases{
         {65537, 0xFF'0000, "File size : 64 KB\n" + too_large},
-        {1, 0xFF'0001, "File size : 0 KB\n" + too_large},
+        {65536, 0xFF'0001, "File size : 64 KB\n" + too_large},
+        {2, 0xFF'FFFF, "File size : 0 KB\n" + too_large},
         {1, 0x100'0000, "File size : 0 KB\n" + too_large},
         {1, 0xFFFF'0000, "File size : 0 KB\n" + too_large},
-        {65537, 0xFE'0000, "File size : 64 KB\n" + on_record},
-        {1, 0xFE'0001, "File size : 0 KB\n" + on_record},
+        {1, 0xFFFF'FFFF, "File size : 0 KB\n" + too_large},
     };
     for (const auto& [size, address, text] : cases) {
         const char* path = file_of(size);
@@ -246,8 +245,19 @@ TEST_F(SPIFlashProgrammer, FileThatDoesNotFitIsRefusedBeforeAnythingIsErased) {
     }
     std::filesystem::resize_file("image.bin", 0x100'0001);
     const auto printed = printed_by([&] { EXPECT_FALSE(m_programmer.program_flash("image.bin", 0)); });
-    EXPECT_EQ(printed.out, "File size : 16384 KB\n" + on_record);
+    EXPECT_EQ(printed.out, "File size : 16384 KB\n" + too_large);
     EXPECT_TRUE(m_registers.accesses().empty());
+}
+
+TEST_F(SPIFlashProgrammer, EmptyFileIsRefusedNowhere) {
+    const char* path = file_of(0);
+    for (const std::uint32_t address : {0x0U, 0xFF'0000U, 0xFF'FFFFU, 0x100'0000U, 0xFFFF'FFFFU}) {
+        const auto printed = printed_by([&] { EXPECT_TRUE(m_programmer.program_flash(path, address)); });
+        EXPECT_EQ(printed.out, "File size : 0 KB\nEreasing flash (Sector Erase)\n"
+                               ".wait_flash_to_become_ready counter : 1flash_flag_status_register : 0"
+                               "Programming flash..\nProgram flash completed\n");
+        EXPECT_EQ(printed.err, "");
+    }
 }
 
 TEST_F(SPIFlashProgrammer, BusyFlashFailsTheProgrammingBeforeItsFirstSector) {
