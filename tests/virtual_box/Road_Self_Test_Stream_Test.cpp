@@ -4,6 +4,8 @@
 #include "Stream_Check.h"
 
 #include "C_ORBE_Controller_Library.h"
+#include "PSB_Self_Test.h"
+#include "Signal_Self_Test.h"
 
 #include <gtest/gtest.h>
 
@@ -12,6 +14,7 @@
 #include <memory>
 #include <optional>
 #include <span>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -98,6 +101,21 @@ protected:
 
     static constexpr const char* skipped =
         "Skipping commands for disabling streams ( m_current_error_level > 0 )";
+
+    void expect_exact_acquisition() {
+        ASSERT_EQ(Neuropixels::init(slot, port + 1, 1), Neuropixels::SUCCESS);
+        const std::uint64_t before = m_box->stream().ticks();
+        Stream_Check check(m_box->stream());
+        ASSERT_EQ(Neuropixels::start_acquisition(slot, 1), Neuropixels::SUCCESS);
+        EXPECT_TRUE(check.run_to(before + 2 * block + 600));
+        check.finish();
+        EXPECT_EQ(check.differences(), std::vector<std::string>{});
+        for (unsigned number = 1; number <= 4; ++number) {
+            EXPECT_EQ(check.packets(number), 2 * block / 12);
+        }
+        EXPECT_EQ(Neuropixels::stop_acquisition(slot, 1), Neuropixels::SUCCESS);
+        m_box->stream().set_limit(DMA_Source::unlimited);
+    }
 
     static std::size_t queued_packets() {
         std::size_t count = npoe_adapter::current_rhd_converter()->queue().size();
@@ -279,22 +297,32 @@ TEST_F(Stream_Self_Tests, FailingReadEndsTheSignalTestAlsoWithSomeSamplesThere) 
     EXPECT_EQ(m_log.count(-2, "signal test : 600 AP samples instead of 1024"), 1);
 }
 
+TEST_F(Stream_Self_Tests, RowsThatCannotBeSwitchedOnLeaveTheHostItsListeners) {
+    open_box();
+    // The port's rows on, behind a bring-up that has routed the link to the port.
+    constexpr std::uint32_t rows_on = 0x5C0 | port << 4U | 1U << port;
+    m_box->fail_write(Virtual_Box::configuration, rows_on);
+    Printed printed = printed_by([&] {
+        EXPECT_EQ(text_thrown_by<std::runtime_error>([&] { execute_psb_test(controller(), port); }),
+                  "register space lost");
+    });
+    EXPECT_EQ(occurrences(printed.out, "Restoring stream listeners\n"), 1U);
+    EXPECT_EQ(occurrences(printed.out, "End of Bist PSB test\n"), 0U);
+    m_box->fail_write(Virtual_Box::configuration, rows_on);
+    printed = printed_by([&] { EXPECT_FALSE(execute_bist_signal_test(controller(), port)); });
+    EXPECT_EQ(occurrences(printed.out, "Restoring stream listeners\n"), 1U);
+    EXPECT_EQ(
+        occurrences(printed.err, "Exception catched at execute_bist_signal_test : register space lost\n"),
+        1U);
+    expect_streams_off();
+    expect_exact_acquisition();
+}
+
 TEST_F(Stream_Self_Tests, AcquisitionAfterTheTestsIsExact) {
     open_box();
     psb_test(true);
     signal_test(true);
-    ASSERT_EQ(Neuropixels::init(slot, port + 1, 1), Neuropixels::SUCCESS);
-    const std::uint64_t before = m_box->stream().ticks();
-    Stream_Check check(m_box->stream());
-    ASSERT_EQ(Neuropixels::start_acquisition(slot, 1), Neuropixels::SUCCESS);
-    EXPECT_TRUE(check.run_to(before + 2 * block + 600));
-    check.finish();
-    EXPECT_EQ(check.differences(), std::vector<std::string>{});
-    for (unsigned number = 1; number <= 4; ++number) {
-        EXPECT_EQ(check.packets(number), 2 * block / 12);
-    }
-    EXPECT_EQ(Neuropixels::stop_acquisition(slot, 1), Neuropixels::SUCCESS);
-    m_box->stream().set_limit(DMA_Source::unlimited);
+    expect_exact_acquisition();
     psb_test(true);
 }
 

@@ -1,5 +1,6 @@
 #include "Virtual_Box.h"
 
+#include <stdexcept>
 #include <utility>
 
 namespace Pelgar::ORBE::test {
@@ -54,6 +55,10 @@ void Virtual_Box::write_register(std::uint32_t address, std::uint32_t value) {
     if (!m_open) {
         ++m_accesses_while_closed;
         return;
+    }
+    if (m_failing_write == write_of(address, value)) {
+        m_failing_write.reset();
+        throw std::runtime_error("register space lost");
     }
     m_registers.write_register(address, value);
     switch (address) {
@@ -215,6 +220,11 @@ void Virtual_Box::lock_at_look(std::size_t port, std::optional<std::size_t> look
 void Virtual_Box::set_register(std::uint32_t address, std::uint32_t value) {
     const std::lock_guard lock(m_mutex);
     m_registers.set_value(address, value);
+}
+
+void Virtual_Box::fail_write(std::uint32_t address, std::uint32_t value) {
+    const std::lock_guard lock(m_mutex);
+    m_failing_write = write_of(address, value);
 }
 
 void Virtual_Box::put_design_into_flash(std::uint32_t address, std::uint32_t design_signature) {

@@ -99,6 +99,9 @@ public:
     // A plain register's contents, as the design or the outside world sets them.
     void set_register(std::uint32_t address, std::uint32_t value);
 
+    // The next write of this value to this register throws std::runtime_error("register space lost").
+    void fail_write(std::uint32_t address, std::uint32_t value);
+
     // The design that boots from this flash address. A boot from another one brings back the design that
     // runs.
     void put_design_into_flash(std::uint32_t address, std::uint32_t design_signature);
@@ -138,6 +141,7 @@ private:
     std::deque<Open_Result> m_open_results;
     std::size_t m_opens = 0;
     bool m_open = false;
+    std::optional<Register_Access> m_failing_write;
     std::size_t m_accesses_while_closed = 0;
 };
 

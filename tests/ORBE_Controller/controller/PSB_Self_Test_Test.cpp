@@ -162,6 +162,26 @@ TEST_F(PSB_Self_Test, NeitherAcquisitionNorTestSeesTheOthersData) {
     EXPECT_EQ(host_ap_sets(), 2U * 4U * 2U * 1792U);
 }
 
+TEST_F(PSB_Self_Test, ExceptionOfThePumpPassesThroughAndTheListenersAreRestored) {
+    write_recording(path, pattern_recording(port));
+    lose_second_pump();
+    const Printed printed = printed_by([&] {
+        EXPECT_EQ(
+            text_thrown_by<std::runtime_error>([&] { execute_psb_test(*m_controller, port, "recordings"); }),
+            "pump lost");
+    });
+    EXPECT_EQ(occurrences(printed.out, "End of Bist PSB test\n"), 0U);
+    EXPECT_TRUE(without_worker_lines(printed.out)
+                    .ends_with("disable_streaming in simulation mode\npause streaming (simulation)\n"
+                               "Restoring stream listeners\n"))
+        << printed.out;
+    ASSERT_EQ(host_ap_sets(), 0U);
+    while (m_controller->pump_data_to_demux()) {
+    }
+    acquire();
+    EXPECT_EQ(host_ap_sets(), 1792U);
+}
+
 TEST_F(PSB_Self_Test, PreparedStreamIsTakenAsItIs) {
     auto recording = pattern_recording(port);
     write_recording("host.bin", recording);

@@ -13,10 +13,12 @@
 
 #include <array>
 #include <atomic>
+#include <chrono>
 #include <cstdint>
 #include <filesystem>
 #include <memory>
 #include <sstream>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -81,6 +83,16 @@ protected:
 
     unsigned host_ap_sets() const {
         return m_host[0]->ap_sets + m_host[1]->ap_sets + m_host[2]->ap_sets + m_host[3]->ap_sets;
+    }
+
+    // The second piece of a recording that is pumped throws std::runtime_error("pump lost").
+    void lose_second_pump() {
+        m_waiter.on_wait([this](std::size_t) {
+            constexpr std::chrono::milliseconds pump_wait(10);
+            if (m_waiter.waits().back() == pump_wait && m_waiter.count(pump_wait) == 2) {
+                throw std::runtime_error("pump lost");
+            }
+        });
     }
 
     // Streams what the controller has prepared once to its end, as an acquisition does.

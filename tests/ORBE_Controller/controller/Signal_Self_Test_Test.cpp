@@ -174,6 +174,19 @@ TEST_F(Signal_Self_Test, ListenersAreRestoredAndAnAcquisitionFollows) {
     EXPECT_EQ(host_ap_sets(), 5U * 1792U) << "the whole recording";
 }
 
+TEST_F(Signal_Self_Test, ExceptionOfThePumpFailsTheTestAndTheListenersAreRestored) {
+    write_recording(path, pattern_recording(port));
+    lose_second_pump();
+    const Printed printed = run(false);
+    EXPECT_TRUE(without_worker_lines(printed.out).ends_with(end_of_test)) << printed.out;
+    EXPECT_TRUE(printed.err.ends_with("Exception catched at execute_bist_signal_test : pump lost\n"));
+    ASSERT_EQ(host_ap_sets(), 0U);
+    while (m_controller->pump_data_to_demux()) {
+    }
+    acquire();
+    EXPECT_EQ(host_ap_sets(), 1792U);
+}
+
 TEST_F(Signal_Self_Test, MissingRecordingFailsAndLeavesTheListeners) {
     const Printed printed = run(false);
     EXPECT_TRUE(printed.err.ends_with("Prep error\n"));
