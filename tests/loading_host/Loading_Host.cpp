@@ -81,7 +81,7 @@ int main(int argc, char** argv) {
         }
 #endif
         // Destroyed never: a host that returns from main has not let go of the library either.
-        auto& box = *new std::optional<Loaded_Box>(library);
+        static auto& box = *new std::optional<Loaded_Box>(library);
         part(box, library, way);
     } catch (const std::exception& exception) {
         std::fprintf(stderr, "loading_host %s: %s\n", way.c_str(), exception.what());
