@@ -9,6 +9,7 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <cstddef>
 #include <filesystem>
 #include <fstream>
@@ -21,6 +22,20 @@ namespace Pelgar::ORBE::test {
 class API_Fixture : public testing::Test {
 protected:
     static constexpr std::size_t mebibyte = 1U << 20U;
+    static constexpr std::size_t waits_until_held = 8;
+    static constexpr std::chrono::milliseconds pump_wait{10};
+
+    // After some blocks the pump is held until it is told to stop: it must not come to the recording's end,
+    // after which a stop waits for ever, however long the test takes to stop it.
+    API_Fixture() {
+        m_waiter.on_wait([this, test_thread = std::this_thread::get_id()](std::size_t) {
+            if (std::this_thread::get_id() != test_thread && m_waiter.count(pump_wait) >= waits_until_held) {
+                while (!npoe_adapter::g_stop_requested) {
+                    std::this_thread::yield();
+                }
+            }
+        });
+    }
 
     ~API_Fixture() override { Neuropixels::closeBS(0); }
 
@@ -37,7 +52,7 @@ protected:
         return path;
     }
 
-    static void open_simulation(std::size_t recording_size = 64 * mebibyte) {
+    static void open_simulation(std::size_t recording_size = 2 * waits_until_held * mebibyte) {
         select_simulation(write_recording_without_rows(recording_size));
         ASSERT_EQ(Neuropixels::openBS(0), Neuropixels::SUCCESS);
     }
