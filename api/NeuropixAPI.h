@@ -574,7 +574,8 @@ NP_EXPORT std::string bs_get_fpga_design_build_date();
 // ---- Acquisition ----------------------------------------------------------------------------------------
 
 // Switches all four probe ports and the RHD stream on and starts the pump thread. Does nothing when
-// acquisition runs already. Waits until a bistPSB or a stop_acquisition that is under way is over. Returns 0.
+// acquisition runs already. Waits until a bistPSB that is under way is over. Returns 0. Must not be called
+// while a stop_acquisition still waits for its pump thread: a second one beside it ends the process.
 NP_EXPORT NP_ErrorCode start_acquisition(int slotID, int portID);
 
 // Switches the streams off and waits for the pump thread to end. After the pump has ended by itself (end of a

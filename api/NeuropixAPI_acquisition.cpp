@@ -62,11 +62,8 @@ int take_packets(NP_Converter& converter, electrodePacket* packets, int requeste
 NP_ErrorCode start_acquisition(int slotID, int portID) {
     LOG_SCOPE_F(INFO, "start_acquisition");
     LOG_F(INFO, "starting acquisition : slotID : %d, portID : %d", slotID, portID);
-    // A self test that pumps is waited for, and so is a stop that has not joined its pump yet.
-    Stream_Lock stream(*g_stream_mutex);
-    while (!g_acquisition_running && *g_pump_thread) {
-        wait_for_pump(stream);
-    }
+    // A self test that pumps is waited for.
+    const Stream_Lock stream(*g_stream_mutex);
     bool running = false;
     if (!g_acquisition_running.compare_exchange_strong(running, true)) {
         return SUCCESS;

@@ -211,21 +211,6 @@ TEST_F(Acquisition, StopThatWaitsForEverKeepsNobodyFromStartingAnew) {
     EXPECT_FALSE(*g_pump_thread);
 }
 
-TEST_F(Acquisition, StartWaitsForAStopThatIsUnderWay) {
-    open_simulation(2 * mebibyte);
-    EXPECT_EQ(start_acquisition(4, 3), SUCCESS);
-    wait_for_log("error in main pump thread (4,3)");
-    std::thread stopping([] { EXPECT_EQ(stop_acquisition(4, 3), SUCCESS); });
-    wait_for_log("Waiting main pump to stop. (4)");
-    std::thread starting([] { EXPECT_EQ(start_acquisition(4, 1), SUCCESS); });
-    wait_for_log("starting acquisition : slotID : 4, portID : 1");
-    g_pump_ended = true;
-    stopping.join();
-    starting.join();
-    wait_for_log("slotID 4, portID 1 : Main pump thread started");
-    EXPECT_EQ(closeBS(4), SUCCESS);
-}
-
 TEST_F(Acquisition, StartWithoutAnOpenBasestationIsLogged) {
     EXPECT_EQ(start_acquisition(0, 1), SUCCESS);
     EXPECT_EQ(m_log.count(-2, "start_acquisition : no basestation is open"), 1);
