@@ -201,7 +201,9 @@ TEST_F(Acquisition, StopThatWaitsForEverKeepsNobodyFromStartingAnew) {
     wait_for_log("error in main pump thread (4,3)");
     std::thread stopping([] { EXPECT_EQ(stop_acquisition(4, 3), SUCCESS); });
     wait_for_log("Waiting main pump to stop. (4)");
-    EXPECT_EQ(bistPSB(4, 3, 0), FAILED) << "the pump that broke off is still there";
+    EXPECT_EQ(bistPSB(4, 3, 0), FAILED);
+    EXPECT_EQ(m_log.count(-2, "bistPSB needs the stream, which an acquisition uses"), 1)
+        << "the pump that broke off is still there";
     EXPECT_EQ(closeBS(4), SUCCESS);
     open_simulation();
     EXPECT_EQ(start_acquisition(4, 2), SUCCESS);

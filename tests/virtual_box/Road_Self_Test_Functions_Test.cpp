@@ -98,9 +98,10 @@ TEST_F(Self_Test_Functions, TestPatternNeedsTheStreamForItself) {
 TEST_F(Self_Test_Functions, TestPatternIsRefusedUntilAStopHasJoinedThePump) {
     std::atomic<bool> reading{false};
     std::atomic<bool> go_on{false};
+    const auto patience = std::chrono::steady_clock::now() + std::chrono::seconds(20);
     m_box->stream().set_observer([&](std::span<const std::uint8_t>) {
         reading = true;
-        while (!go_on) {
+        while (!go_on && std::chrono::steady_clock::now() < patience) {
             std::this_thread::yield();
         }
     });
