@@ -64,6 +64,14 @@ protected:
         }
     }
 
+    // Returns when all threads that opening has started have logged their beginning.
+    void wait_for_quiet_log() const {
+        while (m_log.count("NP Worker thread started") < 4 || m_log.count("RHD Worker thread started") < 1 ||
+               !m_log.has_scope(0, "run")) {
+            std::this_thread::yield();
+        }
+    }
+
     Log_Capture m_log;
     Waiter_Guard m_waiter;
 };

@@ -40,14 +40,6 @@ electrodePacket numbered_packet(std::uint32_t number) {
 
 class Acquisition : public API_Fixture {
 protected:
-    // Returns when all threads that opening has started have logged their beginning.
-    void wait_for_quiet_log() const {
-        while (m_log.count("NP Worker thread started") < 4 || m_log.count("RHD Worker thread started") < 1 ||
-               !m_log.has_scope(0, "run")) {
-            std::this_thread::yield();
-        }
-    }
-
     static void queue_packets(int port, std::uint32_t count) {
         for (std::uint32_t number = 0; number < count; ++number) {
             current_np_converter(port)->queue().push(numbered_packet(number));

@@ -26,6 +26,7 @@ class Probe_Setup : public API_Fixture {
 protected:
     Probe_Setup() {
         open_simulation(mebibyte);
+        wait_for_quiet_log();
         m_log.clear();
     }
 
