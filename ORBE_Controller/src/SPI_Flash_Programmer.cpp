@@ -74,6 +74,17 @@ void check_place(std::uint32_t address, std::uint64_t size) {
     }
 }
 
+// Does what a command of that name takes and answers its result; an exception is printed and fails it.
+template <typename Operation>
+bool carry_out(const char* name, Operation operation) {
+    try {
+        return operation();
+    } catch (const std::exception& exception) {
+        console::out("Exception catched during ", name, " command : ", exception.what(), "\n");
+        return false;
+    }
+}
+
 // How many pages can begin from there on in steps of a page.
 std::uint64_t pages_behind(std::uint32_t address) {
     return address < flash::size ? (flash::size - address - 1) / flash::page_size + 1 : 0;
@@ -83,7 +94,7 @@ std::uint64_t pages_behind(std::uint32_t address) {
 
 bool SPI_Flash_Programmer::program_flash(const char* path, std::uint32_t address,
                                          const Flash_Progress_Listener& listener) {
-    try {
+    return carry_out("program_flash", [&] {
         std::ifstream file = open_image(path);
         if (!file.is_open()) {
             return false;
@@ -114,27 +125,21 @@ bool SPI_Flash_Programmer::program_flash(const char* path, std::uint32_t address
         });
         console::out("Program flash completed\n");
         return true;
-    } catch (const std::exception& exception) {
-        console::out("Exception catched during program_flash command : ", exception.what(), "\n");
-        return false;
-    }
+    });
 }
 
 bool SPI_Flash_Programmer::rewrite_sector(std::uint32_t address, std::span<const std::uint8_t> page) {
-    try {
+    return carry_out("program_flash", [&] {
         erase_sectors(address, 1, [](std::uint64_t /*erased*/) {});
         console::out("Programming flash..\n");
         program_page(address, page);
         console::out("Program flash completed\n");
         return true;
-    } catch (const std::exception& exception) {
-        console::out("Exception catched during program_flash command : ", exception.what(), "\n");
-        return false;
-    }
+    });
 }
 
 bool SPI_Flash_Programmer::erase_flash() {
-    try {
+    return carry_out("erase_flash", [&] {
         console::out("Ereasing flash (Bulk Erase) this will take some minutes\n");
         wait_flash_to_become_ready(false);
         send(flash::command_write_enable);
@@ -142,15 +147,12 @@ bool SPI_Flash_Programmer::erase_flash() {
         wait_flash_to_become_ready(true);
         console::out("Erase flash completed\n");
         return true;
-    } catch (const std::exception& exception) {
-        console::out("Exception catched during erase_flash command : ", exception.what(), "\n");
-        return false;
-    }
+    });
 }
 
 bool SPI_Flash_Programmer::read_flash(std::uint32_t address, std::uint32_t size, std::string* buffer) {
     buffer->clear();
-    try {
+    return carry_out("read_flash", [&] {
         console::out("Reading flash..\n");
         // A busy flash ignores the command and answers anything.
         wait_quietly();
@@ -160,10 +162,7 @@ bool SPI_Flash_Programmer::read_flash(std::uint32_t address, std::uint32_t size,
         *buffer = std::move(contents);
         console::out("Reading flash completed\n");
         return true;
-    } catch (const std::exception& exception) {
-        console::out("Exception catched during read_flash command : ", exception.what(), "\n");
-        return false;
-    }
+    });
 }
 
 void SPI_Flash_Programmer::wait_flash_to_become_ready(bool slow) {

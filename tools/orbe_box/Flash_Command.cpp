@@ -2,6 +2,7 @@
 
 #include "Configuration_Flash.h"
 #include "Exit_Codes.h"
+#include "FPGA_Register_Map.h"
 #include "Interrupt.h"
 #include "Opened_Box.h"
 #include "Progress_Bar.h"
@@ -22,7 +23,7 @@ namespace {
 namespace flash = configuration_flash;
 
 // The library writes whole pieces of this many bytes.
-constexpr std::uint64_t piece_size = 16;
+constexpr std::uint64_t piece_size = register_map::spi::fifo_depth;
 constexpr const char* padded_name = "padded.bin";
 
 constexpr const char* footer =
@@ -35,11 +36,11 @@ constexpr const char* footer =
 // Copies the file into the working directory, with the erased flash's own value up to a whole piece: the
 // library leaves out what does not fill one.
 std::filesystem::path padded_copy(const std::filesystem::path& file, std::uint64_t size) {
+    const std::uint64_t padding = piece_size - size % piece_size;
     std::ofstream copy(padded_name, std::ios::binary);
-    copy << std::ifstream(file, std::ios::binary).rdbuf()
-         << std::string(piece_size - size % piece_size, '\xFF');
+    copy << std::ifstream(file, std::ios::binary).rdbuf() << std::string(padding, '\xFF');
     copy.close();
-    if (!copy || std::filesystem::file_size(padded_name) != size + piece_size - size % piece_size) {
+    if (!copy || std::filesystem::file_size(padded_name) != size + padding) {
         throw std::runtime_error("the file cannot be copied");
     }
     return padded_name;

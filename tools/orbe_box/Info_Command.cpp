@@ -1,6 +1,7 @@
 #include "Info_Command.h"
 
 #include "Exit_Codes.h"
+#include "Headstage_Devices.h"
 #include "Opened_Box.h"
 
 #include <array>
@@ -12,7 +13,7 @@ namespace Pelgar::ORBE::tools {
 namespace {
 
 constexpr unsigned port_count = demux::np_port_count;
-constexpr unsigned part_number_length = 41; // 40 characters and the closing zero
+constexpr unsigned part_number_length = probe_eeprom::part_number_max_length + 1; // with the closing zero
 using Part_Number = std::array<char, part_number_length>;
 
 // What a headstage and its probe say of themselves.

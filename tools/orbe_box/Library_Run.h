@@ -24,8 +24,7 @@ public:
     // Does `operation` with the library's lines going to the files, and returns its result.
     template <typename Operation>
     auto quietly(Operation operation) {
-        const Quiet_Library redirection(m_output, m_errors);
-        return operation();
+        return quietly_with_user([&](int /*user_descriptor*/) { return operation(); });
     }
 
     // As above; `operation` gets the descriptor on which the user still sees what is written.
