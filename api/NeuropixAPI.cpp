@@ -2,11 +2,11 @@
 // closeBS must not overlap any other call.
 #include "NeuropixAPI.h"
 
-#include "Adapter_State.h"
-#include "File_Switch.h"
-#include "Last_Error.h"
-#include "Module_Pin.h"
-#include "Pump_Thread.h"
+#include "adapter/Adapter_State.h"
+#include "adapter/File_Switch.h"
+#include "adapter/Last_Error.h"
+#include "adapter/Module_Pin.h"
+#include "adapter/Pump_Thread.h"
 
 #include <loguru.hpp>
 

@@ -21,4 +21,4 @@ using namespace Neuropixels;
         VLOG_F(1, __VA_ARGS__);                                                                              \
         return SUCCESS;                                                                                      \
     }
-#include "NeuropixAPI_unused.inc"
+#include "api/NeuropixAPI_unused.inc"

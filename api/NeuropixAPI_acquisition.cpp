@@ -2,10 +2,10 @@
 // threads, the reading functions usually on one thread a port; those block until packets are there.
 #include "NeuropixAPI.h"
 
-#include "Adapter_State.h"
-#include "Pump_Thread.h"
-#include "Throughput_Report.h"
-#include "Waiting.h"
+#include "adapter/Adapter_State.h"
+#include "adapter/Pump_Thread.h"
+#include "adapter/Throughput_Report.h"
+#include "common/Waiting.h"
 
 #include <loguru.hpp>
 

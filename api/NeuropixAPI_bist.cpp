@@ -3,7 +3,7 @@
 // starting meanwhile.
 #include "NeuropixAPI.h"
 
-#include "Adapter_State.h"
+#include "adapter/Adapter_State.h"
 
 #include <loguru.hpp>
 

@@ -2,8 +2,8 @@
 // blocks.
 #include "NeuropixAPI.h"
 
-#include "Adapter_State.h"
-#include "Copy_Text.h"
+#include "adapter/Adapter_State.h"
+#include "common/Copy_Text.h"
 
 #include <loguru.hpp>
 
@@ -38,6 +38,6 @@ void write_firmware_info(firmware_Info* info, const char* name) {
         static_cast<void>(written);                                                                          \
         return static_cast<type>(SUCCESS);                                                                   \
     }
-#include "NeuropixAPI_dummy_info.inc"
+#include "api/NeuropixAPI_dummy_info.inc"
 
 } // namespace Neuropixels

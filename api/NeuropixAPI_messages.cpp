@@ -2,9 +2,9 @@
 // the host's threads; none blocks.
 #include "NeuropixAPI.h"
 
-#include "Copy_Text.h"
-#include "Error_Text.h"
-#include "Last_Error.h"
+#include "adapter/Error_Text.h"
+#include "adapter/Last_Error.h"
+#include "common/Copy_Text.h"
 
 #include <loguru.hpp>
 

@@ -2,13 +2,13 @@
 // at a time from here on, because all ports share one link and its answers carry no tag.
 #include "NeuropixAPI.h"
 
-#include "Adapter_State.h"
-#include "Console.h"
-#include "Copy_Text.h"
-#include "File_Switch.h"
-#include "Parse_Number.h"
-#include "Sweep_Log_Throttle.h"
-#include "Waiting.h"
+#include "adapter/Adapter_State.h"
+#include "adapter/File_Switch.h"
+#include "adapter/Sweep_Log_Throttle.h"
+#include "common/Console.h"
+#include "common/Copy_Text.h"
+#include "common/Parse_Number.h"
+#include "common/Waiting.h"
 
 #include <loguru.hpp>
 

@@ -3,7 +3,7 @@
 // Called on the host's threads; none blocks.
 #include "NeuropixAPI.h"
 
-#include "Copy_Text.h"
+#include "common/Copy_Text.h"
 
 #include <loguru.hpp>
 

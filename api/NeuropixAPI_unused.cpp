@@ -12,6 +12,6 @@ namespace Neuropixels {
         VLOG_F(1, __VA_ARGS__);                                                                              \
         return static_cast<type>(result);                                                                    \
     }
-#include "NeuropixAPI_unused.inc"
+#include "api/NeuropixAPI_unused.inc"
 
 } // namespace Neuropixels

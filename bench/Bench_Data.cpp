@@ -1,7 +1,7 @@
 #include "Bench_Data.h"
 
-#include "Mux_Row_Format.h"
 #include "Recording_Generator.h"
+#include "wire/Mux_Row_Format.h"
 
 #include <algorithm>
 #include <cstdio>

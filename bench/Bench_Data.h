@@ -1,8 +1,8 @@
 // Benchmarks: the full box's stream, made once in memory, and the pieces of it that single stages take.
 #pragma once
 
-#include "Main_mux_transfer_buffer_wrapper.h"
-#include "NP_Block_Buffer.h"
+#include "wire/Main_mux_transfer_buffer_wrapper.h"
+#include "wire/NP_Block_Buffer.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -3,16 +3,16 @@
 #include "Bench_Data.h"
 #include "Bench_Report.h"
 
-#include "CP_L1_ADC_TO_Channel.h"
-#include "CP_L2_CH_Results_Null_Writer.h"
-#include "C_Async_PSB_And_RHD_Demux.h"
-#include "C_L2_CH_Gain_Fix_Filter.h"
-#include "L2_CH_Results_NP_PXI_Format_Converter.h"
-#include "Mux_Row_Format.h"
-#include "NP_PSB_Raw_Data_Demuxer.h"
-#include "PSB_Format.h"
-#include "RHD_Frame_Reader.h"
-#include "RHD_Word_Fifo.h"
+#include "gain/C_L2_CH_Gain_Fix_Filter.h"
+#include "packets/L2_CH_Results_NP_PXI_Format_Converter.h"
+#include "probe/CP_L1_ADC_TO_Channel.h"
+#include "probe/CP_L2_CH_Results_Null_Writer.h"
+#include "probe/NP_PSB_Raw_Data_Demuxer.h"
+#include "rhd/RHD_Frame_Reader.h"
+#include "rhd/RHD_Word_Fifo.h"
+#include "rows/C_Async_PSB_And_RHD_Demux.h"
+#include "wire/Mux_Row_Format.h"
+#include "wire/PSB_Format.h"
 
 #include <benchmark/benchmark.h>
 

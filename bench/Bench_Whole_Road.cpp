@@ -3,10 +3,10 @@
 #include "Bench_Data.h"
 #include "Bench_Report.h"
 
-#include "C_Async_PSB_And_RHD_Demux.h"
-#include "C_L2_CH_Gain_Fix_Filter.h"
-#include "L2_CH_Results_NP_PXI_Format_Converter.h"
-#include "RHD_to_PXI_ADC_Format_Converter.h"
+#include "gain/C_L2_CH_Gain_Fix_Filter.h"
+#include "packets/L2_CH_Results_NP_PXI_Format_Converter.h"
+#include "packets/RHD_to_PXI_ADC_Format_Converter.h"
+#include "rows/C_Async_PSB_And_RHD_Demux.h"
 
 #include <benchmark/benchmark.h>
 

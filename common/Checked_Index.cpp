@@ -1,4 +1,4 @@
-#include "Checked_Index.h"
+#include "common/Checked_Index.h"
 
 #include <stdexcept>
 

@@ -1,4 +1,4 @@
-#include "Host_Path.h"
+#include "common/Host_Path.h"
 
 #if !defined(_WIN32)
 #include <filesystem>

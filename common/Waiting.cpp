@@ -1,6 +1,6 @@
-#include "Waiting.h"
+#include "common/Waiting.h"
 
-#include "Never_Destroyed.h"
+#include "common/Never_Destroyed.h"
 
 #include <mutex>
 #include <thread>

@@ -1,8 +1,8 @@
 #include "Log_Router.h"
 
 #include "Log_Line.h"
-#include "Never_Destroyed.h"
 #include "Scope_Depth.h"
+#include "common/Never_Destroyed.h"
 
 #include <algorithm>
 #include <cstddef>

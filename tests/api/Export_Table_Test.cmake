@@ -121,7 +121,7 @@ endforeach()
 
 set(marked)
 foreach(layer api common ORBE_Controller/src Unified_PSB_Demux/src)
-    file(GLOB headers ${SOURCE_DIR}/${layer}/*.h)
+    file(GLOB_RECURSE headers ${SOURCE_DIR}/${layer}/*.h)
     foreach(header IN LISTS headers)
         file(STRINGS ${header} lines REGEX "ORBE_EXPORT ")
         foreach(line IN LISTS lines)

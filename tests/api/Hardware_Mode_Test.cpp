@@ -1,9 +1,9 @@
 // The exported functions over a back-end that records what reaches the registers.
-#include "Adapter_State.h"
 #include "Fake_ORBE_Controller.h"
 #include "Log_Capture.h"
 #include "NeuropixAPI.h"
 #include "Waiter_Guard.h"
+#include "adapter/Adapter_State.h"
 
 #include <gtest/gtest.h>
 

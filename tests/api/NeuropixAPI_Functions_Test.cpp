@@ -98,12 +98,12 @@ TEST_F(Function_Page, NamesEveryFunctionOnce) {
 TEST_F(Function_Page, TellsTheKinds) {
     Names fixed{
 #define NP_FIXED_ANSWER(type, name, parameters, written, ...) #name,
-#include "NeuropixAPI_dummy_info.inc"
+#include "api/NeuropixAPI_dummy_info.inc"
     };
     EXPECT_EQ(sorted(sections()["Fixed answer"]), sorted(fixed));
     Names logged{
 #define NP_LOGGED_ONLY(type, name, parameters, result, ...) #name,
-#include "NeuropixAPI_unused.inc"
+#include "api/NeuropixAPI_unused.inc"
     };
     for (const char* const name :
          {"arm", "closePort", "closeProbe", "dbg_getlevel", "dbg_getversion_datetime", "dbg_setlevel",

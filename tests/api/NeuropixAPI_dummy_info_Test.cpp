@@ -32,12 +32,12 @@ const Expected_Call expected_calls[] = {
     TEST_F(Fixed_Answers, name) {                                                                            \
         expect_call(#name, &Neuropixels::name, expected_calls);                                              \
     }
-#include "NeuropixAPI_dummy_info.inc"
+#include "api/NeuropixAPI_dummy_info.inc"
 
 TEST_F(Fixed_Answers, AreAllExpected) {
 #define NP_FIXED_ANSWER(type, name, parameters, written, ...) #name,
     expect_rows(expected_calls, {
-#include "NeuropixAPI_dummy_info.inc"
+#include "api/NeuropixAPI_dummy_info.inc"
                                 });
 }
 

@@ -1,6 +1,6 @@
 // Results, errors and the API version as texts.
-#include "Last_Error.h"
 #include "Logged_Call_Fixture.h"
+#include "adapter/Last_Error.h"
 
 #include <gtest/gtest.h>
 #include <loguru.hpp>

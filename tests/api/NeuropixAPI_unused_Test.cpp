@@ -73,19 +73,19 @@ const Expected_Call expected_twin_calls[] = {
     TEST_F(Logged_Twins, name) {                                                                             \
         expect_call(#name, &::name, expected_twin_calls);                                                    \
     }
-#include "NeuropixAPI_unused.inc"
+#include "api/NeuropixAPI_unused.inc"
 
 TEST_F(Unused, AreAllExpected) {
 #define NP_LOGGED_ONLY(type, name, parameters, result, ...) #name,
     expect_rows(expected_calls, {
-#include "NeuropixAPI_unused.inc"
+#include "api/NeuropixAPI_unused.inc"
                                 });
 }
 
 TEST_F(Logged_Twins, AreAllExpected) {
 #define NP_LOGGED_TWIN(name, parameters, ...) #name,
     expect_rows(expected_twin_calls, {
-#include "NeuropixAPI_unused.inc"
+#include "api/NeuropixAPI_unused.inc"
                                      });
 }
 

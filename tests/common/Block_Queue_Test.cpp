@@ -1,4 +1,4 @@
-#include "Block_Queue.h"
+#include "common/Block_Queue.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "Copy_Text.h"
+#include "common/Copy_Text.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "Parse_Number.h"
+#include "common/Parse_Number.h"
 
 #include <gtest/gtest.h>
 

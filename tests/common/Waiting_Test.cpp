@@ -1,4 +1,4 @@
-#include "Waiting.h"
+#include "common/Waiting.h"
 
 #include <gtest/gtest.h>
 

@@ -3,9 +3,9 @@
 // An input is the file.
 #include "Fuzz_Target.h"
 
-#include "NP_Probe_Config_Reader.h"
 #include "Printed_Output.h"
 #include "Require.h"
+#include "probe_link/NP_Probe_Config_Reader.h"
 
 #include <array>
 #include <fstream>

@@ -5,10 +5,10 @@
 // there are 960 behind the header, so that whole files need not be whole inputs.
 #include "Fuzz_Target.h"
 
-#include "C_L2_CH_Gain_Fix_Filter.h"
 #include "Printed_Output.h"
 #include "Recording_Listeners.h"
 #include "Require.h"
+#include "gain/C_L2_CH_Gain_Fix_Filter.h"
 
 #include <algorithm>
 #include <array>

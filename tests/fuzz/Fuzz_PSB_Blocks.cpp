@@ -6,12 +6,12 @@
 #include "Fuzz_Target.h"
 
 #include "Byte_Reader.h"
-#include "CP_L1_ADC_TO_Channel.h"
-#include "NP_PSB_Raw_Data_Demuxer.h"
 #include "NP_Reference_Decoder.h"
 #include "Printed_Output.h"
 #include "Recording_Listeners.h"
 #include "Require.h"
+#include "probe/CP_L1_ADC_TO_Channel.h"
+#include "probe/NP_PSB_Raw_Data_Demuxer.h"
 
 #include <memory>
 #include <vector>

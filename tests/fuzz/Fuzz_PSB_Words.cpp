@@ -7,11 +7,11 @@
 #include "Fuzz_Target.h"
 
 #include "Byte_Reader.h"
-#include "NP_PSB_Raw_Data_Demuxer.h"
 #include "Printed_Output.h"
 #include "Recording_Listeners.h"
 #include "Require.h"
 #include "Word_Serial_Reference.h"
+#include "probe/NP_PSB_Raw_Data_Demuxer.h"
 
 #include <algorithm>
 #include <sstream>

@@ -8,10 +8,10 @@
 #include "Byte_Reader.h"
 #include "Demux_Streams.h"
 #include "Printed_Output.h"
-#include "RHD_Frame_Reader.h"
-#include "RHD_Word_Fifo.h"
 #include "Recording_Listeners.h"
 #include "Require.h"
+#include "rhd/RHD_Frame_Reader.h"
+#include "rhd/RHD_Word_Fifo.h"
 
 #include <algorithm>
 #include <array>

@@ -8,13 +8,13 @@
 
 #include "Anomaly_Lines.h"
 #include "Byte_Reader.h"
-#include "C_Async_PSB_And_RHD_Demux.h"
 #include "Demux_Streams.h"
 #include "Log_Capture.h"
 #include "Mux_Reference.h"
 #include "Printed_Output.h"
 #include "Recording_Listeners.h"
 #include "Require.h"
+#include "rows/C_Async_PSB_And_RHD_Demux.h"
 
 #include <algorithm>
 #include <array>

@@ -1,10 +1,10 @@
 // A host's run in hardware mode, on the back-end of the Linux driver.
-#include "Adapter_State.h"
 #include "Folder_Controller.h"
 #include "Host_Road.h"
 #include "Host_Road_Files.h"
 #include "Stand_In_Devices.h"
 #include "Waiter_Guard.h"
+#include "adapter/Adapter_State.h"
 
 #include <gtest/gtest.h>
 

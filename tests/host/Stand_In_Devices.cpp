@@ -1,6 +1,6 @@
 #include "Stand_In_Devices.h"
 
-#include "FPGA_Register_Map.h"
+#include "fpga/FPGA_Register_Map.h"
 
 #include <fcntl.h>
 #include <poll.h>

@@ -1,6 +1,6 @@
 #include "Waiter_Guard.h"
 
-#include "Waiting.h"
+#include "common/Waiting.h"
 
 #include <algorithm>
 #include <thread>

@@ -1,8 +1,8 @@
 #include "Calibration_Generator.h"
 
-#include "C_L2_CH_Gain_Fix_Filter.h"
-#include "M_NP_Probe_Config.h"
-#include "NP_Probe_Config_Reader.h"
+#include "gain/C_L2_CH_Gain_Fix_Filter.h"
+#include "probe_link/M_NP_Probe_Config.h"
+#include "probe_link/NP_Probe_Config_Reader.h"
 
 #include <gtest/gtest.h>
 

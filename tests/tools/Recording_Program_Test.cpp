@@ -1,8 +1,8 @@
 // Runs orbe-recording as a user does, in the test's working directory.
 #include "Program_Run.h"
 
-#include "C_ORBE_Controller_Library.h"
 #include "Waiter_Guard.h"
+#include "controller/C_ORBE_Controller_Library.h"
 
 #include <gtest/gtest.h>
 

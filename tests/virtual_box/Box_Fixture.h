@@ -7,8 +7,8 @@
 #include "Printed.h"
 #include "Waiter_Guard.h"
 
-#include <Adapter_State.h>
 #include <NeuropixAPI.h>
+#include <adapter/Adapter_State.h>
 
 #include <gtest/gtest.h>
 

@@ -6,7 +6,7 @@
 #include "Printed.h"
 #include "Waiter_Guard.h"
 
-#include <C_ORBE_Controller_Library.h>
+#include <controller/C_ORBE_Controller_Library.h>
 #include <loguru.hpp>
 
 #include <gtest/gtest.h>

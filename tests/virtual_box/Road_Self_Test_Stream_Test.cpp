@@ -3,9 +3,9 @@
 #include "Box_Fixture.h"
 #include "Stream_Check.h"
 
-#include "C_ORBE_Controller_Library.h"
-#include "PSB_Self_Test.h"
-#include "Signal_Self_Test.h"
+#include "controller/C_ORBE_Controller_Library.h"
+#include "controller/PSB_Self_Test.h"
+#include "controller/Signal_Self_Test.h"
 
 #include <gtest/gtest.h>
 

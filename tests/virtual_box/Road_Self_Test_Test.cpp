@@ -1,7 +1,7 @@
 // The self tests and EEPROM dumps of a port, in hardware mode and in simulation.
 #include "Box_Fixture.h"
 
-#include "C_ORBE_Controller_Library.h"
+#include "controller/C_ORBE_Controller_Library.h"
 
 #include <gtest/gtest.h>
 

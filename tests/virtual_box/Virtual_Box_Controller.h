@@ -5,7 +5,7 @@
 
 #include "Virtual_Box.h"
 
-#include <A_ORBE_Controller.h>
+#include <connection/A_ORBE_Controller.h>
 
 #include <memory>
 #include <string>

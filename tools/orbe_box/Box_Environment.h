@@ -2,7 +2,7 @@
 // Tests put a modelled box and a written answer in their places.
 #pragma once
 
-#include "C_ORBE_Controller_Library.h"
+#include "controller/C_ORBE_Controller_Library.h"
 
 #include <functional>
 #include <istream>

@@ -1,13 +1,13 @@
 #include "Flash_Command.h"
 
-#include "Configuration_Flash.h"
 #include "Exit_Codes.h"
-#include "FPGA_Register_Map.h"
 #include "Interrupt.h"
 #include "Opened_Box.h"
 #include "Progress_Bar.h"
 #include "Question.h"
-#include "SPI_Flash_Programmer.h"
+#include "flash/Configuration_Flash.h"
+#include "flash/SPI_Flash_Programmer.h"
+#include "fpga/FPGA_Register_Map.h"
 
 #include <array>
 #include <cstdio>

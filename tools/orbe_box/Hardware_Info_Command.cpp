@@ -2,9 +2,9 @@
 
 #include "Exit_Codes.h"
 #include "Interrupt.h"
-#include "ORBE_HW_Info.h"
 #include "Opened_Box.h"
 #include "Question.h"
+#include "flash/ORBE_HW_Info.h"
 
 #include <cctype>
 #include <charconv>

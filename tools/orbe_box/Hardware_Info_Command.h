@@ -2,7 +2,7 @@
 #pragma once
 
 #include "Bench.h"
-#include "ORBE_HW_Info.h"
+#include "flash/ORBE_HW_Info.h"
 
 #include <CLI/CLI.hpp>
 

@@ -1,8 +1,8 @@
 #include "Info_Command.h"
 
 #include "Exit_Codes.h"
-#include "Headstage_Devices.h"
 #include "Opened_Box.h"
+#include "probe_link/Headstage_Devices.h"
 
 #include <array>
 #include <cstdio>

@@ -1,6 +1,6 @@
 #include "Self_Test.h"
 
-#include "Waiting.h"
+#include "common/Waiting.h"
 
 #include <chrono>
 

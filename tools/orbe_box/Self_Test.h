@@ -1,7 +1,7 @@
 // Program orbe-box. The self tests of a port, by name.
 #pragma once
 
-#include "C_ORBE_Controller_Library.h"
+#include "controller/C_ORBE_Controller_Library.h"
 
 #include <array>
 #include <string>

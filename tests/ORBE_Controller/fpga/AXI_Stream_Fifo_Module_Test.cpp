@@ -1,4 +1,4 @@
-#include "AXI_Stream_Fifo_Module.h"
+#include "fpga/AXI_Stream_Fifo_Module.h"
 
 #include "Printed.h"
 #include "Register_Recorder.h"

@@ -1,4 +1,4 @@
-#include "Foreign_HW_ICAP_Module.h"
+#include "fpga/Foreign_HW_ICAP_Module.h"
 
 #include "Printed.h"
 #include "Register_Recorder.h"

@@ -1,4 +1,4 @@
-#include "GPIO_Module.h"
+#include "fpga/GPIO_Module.h"
 
 #include "Printed.h"
 #include "Register_Recorder.h"

@@ -1,4 +1,4 @@
-#include "HW_ICAP_Module.h"
+#include "fpga/HW_ICAP_Module.h"
 
 #include "Printed.h"
 #include "Register_Recorder.h"

@@ -1,4 +1,4 @@
-#include "Okelly_Adapter_Module.h"
+#include "fpga/Okelly_Adapter_Module.h"
 
 #include "Printed.h"
 #include "Register_Recorder.h"

@@ -1,4 +1,4 @@
-#include "SPI_Module.h"
+#include "fpga/SPI_Module.h"
 
 #include "Printed.h"
 #include "Register_Recorder.h"

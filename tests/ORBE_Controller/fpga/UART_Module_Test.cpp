@@ -1,4 +1,4 @@
-#include "UART_Module.h"
+#include "fpga/UART_Module.h"
 
 #include "Printed.h"
 #include "Register_Recorder.h"

@@ -1,4 +1,4 @@
-#include "XADC_Module.h"
+#include "fpga/XADC_Module.h"
 
 #include "Printed.h"
 #include "Register_Recorder.h"

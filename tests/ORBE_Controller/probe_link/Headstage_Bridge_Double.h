@@ -2,7 +2,7 @@
 // answers from one register map a device, keeps every frame it was sent, and fails where it is told to.
 #pragma once
 
-#include "I_MemMapped_AXI.h"
+#include "fpga/I_MemMapped_AXI.h"
 
 #include <array>
 #include <chrono>

@@ -1,8 +1,8 @@
-#include "M_I2C_Over_GSML.h"
+#include "probe_link/M_I2C_Over_GSML.h"
 
-#include "CP_Sim_ORBE_Controller.h"
 #include "Log_Capture.h"
 #include "Probe_Link_Fixture.h"
+#include "back_ends/CP_Sim_ORBE_Controller.h"
 
 #include <gtest/gtest.h>
 

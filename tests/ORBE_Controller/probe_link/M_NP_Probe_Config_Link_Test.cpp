@@ -1,11 +1,11 @@
 // What the probe configuration does on the link: uploads, register reads and the PRBS test.
-#include "M_NP_Probe_Config.h"
+#include "probe_link/M_NP_Probe_Config.h"
 
-#include "ADC_Calibration.h"
 #include "Expected_Chains.h"
 #include "Log_Capture.h"
-#include "M_I2C_Over_GSML.h"
 #include "Probe_Link_Fixture.h"
+#include "probe_link/ADC_Calibration.h"
+#include "probe_link/M_I2C_Over_GSML.h"
 
 #include <gtest/gtest.h>
 

@@ -1,9 +1,9 @@
 // The setters and the images of the probe configuration; nothing here touches the link.
-#include "M_NP_Probe_Config.h"
+#include "probe_link/M_NP_Probe_Config.h"
 
-#include "ADC_Calibration.h"
 #include "Expected_Chains.h"
 #include "Log_Capture.h"
+#include "probe_link/ADC_Calibration.h"
 
 #include <gtest/gtest.h>
 

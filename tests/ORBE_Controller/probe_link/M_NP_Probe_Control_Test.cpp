@@ -1,9 +1,9 @@
-#include "M_NP_Probe_Control.h"
+#include "probe_link/M_NP_Probe_Control.h"
 
 #include "Expected_Chains.h"
 #include "Log_Capture.h"
-#include "M_I2C_Over_GSML.h"
 #include "Probe_Link_Fixture.h"
+#include "probe_link/M_I2C_Over_GSML.h"
 
 #include <gtest/gtest.h>
 

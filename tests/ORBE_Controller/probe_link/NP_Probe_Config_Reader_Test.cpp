@@ -1,4 +1,4 @@
-#include "NP_Probe_Config_Reader.h"
+#include "probe_link/NP_Probe_Config_Reader.h"
 
 #include <gtest/gtest.h>
 

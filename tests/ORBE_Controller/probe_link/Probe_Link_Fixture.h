@@ -2,8 +2,8 @@
 #pragma once
 
 #include "Headstage_Bridge_Double.h"
-#include "UART_Module.h"
-#include "Waiting.h"
+#include "common/Waiting.h"
+#include "fpga/UART_Module.h"
 
 #include <gtest/gtest.h>
 #include <loguru.hpp>

@@ -1,4 +1,4 @@
-#include "Shift_Register_Image.h"
+#include "probe_link/Shift_Register_Image.h"
 
 #include <gtest/gtest.h>
 

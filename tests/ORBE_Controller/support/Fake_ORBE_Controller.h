@@ -2,8 +2,8 @@
 // has queued, with the real modules on top. May be used from several threads.
 #pragma once
 
-#include "A_ORBE_Controller.h"
 #include "Register_Recorder.h"
+#include "connection/A_ORBE_Controller.h"
 
 #include <cstdint>
 #include <deque>

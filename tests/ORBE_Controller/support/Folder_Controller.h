@@ -2,7 +2,7 @@
 // system's.
 #pragma once
 
-#include "CP_Linux_ORBE_Controller.h"
+#include "back_ends/CP_Linux_ORBE_Controller.h"
 
 #include <string>
 

@@ -2,7 +2,7 @@
 // used from several threads.
 #pragma once
 
-#include "I_MemMapped_AXI.h"
+#include "fpga/I_MemMapped_AXI.h"
 
 #include <cstdint>
 #include <deque>

@@ -2,8 +2,8 @@
 #pragma once
 
 #include "Box_Environment.h"
-#include "CP_Win_ORBE_Controller.h"
 #include "Printed.h"
+#include "back_ends/CP_Win_ORBE_Controller.h"
 
 #include <gtest/gtest.h>
 

@@ -1,8 +1,8 @@
 // Reading the stream, on the stand-in driver.
-#include "CP_Win_ORBE_Controller.h"
+#include "back_ends/CP_Win_ORBE_Controller.h"
 
 #include "Back_End_Fixture.h"
-#include "Windows_Api.h"
+#include "back_ends/Windows_Api.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
 // Opening, registers and closing, on the stand-in driver.
-#include "CP_Win_ORBE_Controller.h"
+#include "back_ends/CP_Win_ORBE_Controller.h"
 
 #include "Back_End_Fixture.h"
 

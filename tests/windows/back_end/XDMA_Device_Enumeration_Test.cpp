@@ -1,5 +1,5 @@
 // The enumeration against a system that lists what the test says and fails where the test says.
-#include "XDMA_Device_Enumeration.h"
+#include "back_ends/XDMA_Device_Enumeration.h"
 
 #include "Printed.h"
 

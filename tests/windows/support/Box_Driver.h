@@ -4,8 +4,8 @@
 #pragma once
 
 #include "Box_Control.h"
-#include "Device_Handle.h"
 #include "Service.h"
+#include "back_ends/Device_Handle.h"
 
 #include <cstdint>
 #include <filesystem>

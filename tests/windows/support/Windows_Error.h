@@ -1,7 +1,7 @@
 // Test support, Windows. Turns a failed system call into an exception.
 #pragma once
 
-#include "Windows_Api.h"
+#include "back_ends/Windows_Api.h"
 
 namespace Pelgar::ORBE::test {
 

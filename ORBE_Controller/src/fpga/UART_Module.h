@@ -1,0 +1,26 @@
+// Layer: device controller. The byte channel to the headstage bridge of the port that the configurator has
+// routed it to. Called on the host's threads; `receive` blocks in steps of 1 ms.
+#pragma once
+
+#include "fpga/A_FPGA_Module.h"
+
+namespace Pelgar::ORBE {
+
+class ORBE_EXPORT UART_Module : public A_FPGA_Module {
+public:
+    // `axi` must outlive the module.
+    UART_Module(I_MemMapped_AXI* axi, std::uint32_t base_address);
+
+    // Reads `count` bytes into `out`. The budget of `timeout_ms` is renewed with every byte; when it runs out
+    // std::runtime_error("UART_Module recv timeout") is thrown and the bytes read so far stay in `out`.
+    void receive(std::uint8_t* out, std::uint32_t count, std::uint32_t timeout_ms);
+
+    // Writes `count` modulo 256 bytes into the transmit FIFO.
+    void send(const std::uint8_t* data, std::uint32_t count);
+
+    // The status register. Bits that tell of an error are reported on standard error, and nothing else comes
+    // of them: a damaged byte shows in the answer of the bridge.
+    std::uint32_t read_status() const;
+};
+
+} // namespace Pelgar::ORBE

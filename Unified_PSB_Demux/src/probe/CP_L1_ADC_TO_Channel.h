@@ -1,0 +1,52 @@
+// Layer: demultiplexer. Sorts the ADC frames of one probe into channel order and delivers complete sets of AP
+// and LFP band values. Called on the NP worker thread of the port; the listener and the resynchronisation
+// come from other threads.
+#pragma once
+
+#include "common/Export.h"
+#include "common/Listener_Slot.h"
+#include "common/Relaxed.h"
+#include "probe/I_L1_Demux_ADC_Results.h"
+#include "probe/I_L2_Demux_CH_Results.h"
+
+#include <cstdint>
+#include <memory>
+
+namespace Pelgar::ORBE::demux {
+
+class ORBE_EXPORT CP_L1_ADC_TO_Channel : public I_L1_Demux_ADC_Results {
+public:
+    // Takes one ADC frame: 32 samples, an unused value and the two halves of a 20-bit frame counter. Delivers
+    // 384 AP values after the twelfth AP frame of a super frame and 384 LFP values every twelve super frames,
+    // on the calling thread. Every sample lands where the frame's own counter puts it, so a lost frame shifts
+    // nothing; channels of frames that never came keep their values from before. Never allocates in a healthy
+    // stream; takes one lock a super frame, to reach the listener.
+    void publish_adc_data(const std::uint16_t (&adc)[adc_frame_length]) override;
+
+    // Starts the upper part of the 32-bit frame counter anew. Any thread.
+    void reset_and_resync_counters() override;
+
+    // The destination of the channel values, held weakly. Any thread.
+    void set_l2_ch_result_listener(std::weak_ptr<I_L2_Demux_CH_Results> listener);
+    std::weak_ptr<I_L2_Demux_CH_Results> get_l2_ch_result_listener() const;
+
+    // Frames taken in since construction. Any thread.
+    std::uint32_t get_frame_count() const { return m_frame_count; }
+
+private:
+    std::uint32_t follow_frame_counter(std::uint16_t high_word, std::uint16_t low_word);
+    void publish_ap();
+    void publish_lp();
+
+    Relaxed<std::uint32_t> m_frame_count{0};
+    std::uint16_t m_ap_ch_data[channel_count] = {};
+    std::uint16_t m_lp_ch_data[channel_count] = {};
+    std::uint32_t m_prev_two_part_counter = 0xFFFFFFFF;
+    Listener_Slot<I_L2_Demux_CH_Results> m_l2_ch_result_listener;
+    // Counts the wraps of the 20-bit counter.
+    Relaxed<std::uint16_t> m_three_word_counter_high_part{0};
+    std::uint32_t m_prev_dw_counter = 0xFFFFFFFF;
+    std::uint16_t m_prev_counter_high_10 = 0;
+};
+
+} // namespace Pelgar::ORBE::demux

@@ -1,0 +1,77 @@
+// Layer: demultiplexer. The box's RHD stream: a FIFO of words that the main demux thread fills, and the RHD
+// worker thread that reads frames from it. The listener is called on the worker's thread.
+#pragma once
+
+#include "common/Listener_Slot.h"
+#include "rhd/I_RHD_Frame_Listener.h"
+#include "rhd/RHD_Frame_Reader.h"
+#include "rhd/RHD_Word_Fifo.h"
+
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <string>
+#include <thread>
+
+namespace Pelgar::ORBE::demux {
+
+class C_RHD_Worker_Thread {
+public:
+    C_RHD_Worker_Thread() = default;
+
+    // Ends and joins the thread if it still runs.
+    ~C_RHD_Worker_Thread();
+    C_RHD_Worker_Thread(const C_RHD_Worker_Thread&) = delete;
+    C_RHD_Worker_Thread& operator=(const C_RHD_Worker_Thread&) = delete;
+
+    // Takes an earlier stop back and drops what is queued, so that the thread can be started again. Not while
+    // it runs.
+    void renew() { m_fifo.restart(); }
+
+    // Starts the thread. Not while it runs.
+    void start(std::string name);
+
+    // Appends the payload words of one or more rows and wakes the thread. Allocates while the FIFO grows.
+    void push_row_words(std::span<const std::uint16_t> words) { m_fifo.push_words(words); }
+
+    // Blocks until the frames in the words that were pushed so far have been delivered. Only while the thread
+    // runs.
+    void wait_until_delivered() { m_fifo.wait_until_used(); }
+
+    // Drops the words that no frame has been made of yet, those of a half-read frame among them. Frames and
+    // messages go on as if they had never come. Any thread, while nothing is pushed.
+    void drop_unfinished_frame() { m_fifo.forget_words(); }
+
+    // Sets the stop flag. The thread ends when it has finished the frame it reads; frames that are still
+    // queued are dropped. A thread that waits for words sees the flag after `push_wake_up_words`.
+    void signal_to_stop();
+
+    // Appends enough zero words to finish any frame of the RHD interface. After `signal_to_stop`.
+    void push_wake_up_words();
+
+    // Blocks until the thread has ended.
+    void join();
+
+    // The destination of the frames, held weakly. Any thread.
+    void set_listener(std::weak_ptr<I_RHD_Frame_Listener> listener);
+    std::weak_ptr<I_RHD_Frame_Listener> get_listener() const;
+
+    // The number of data streams in the frames that begin from now on. Any thread.
+    void set_enabled_stream_count(std::uint32_t count) { m_reader.set_enabled_stream_count(count); }
+
+    // Valid frames read since construction. Any thread.
+    std::uint32_t get_valid_frame_count() const { return m_reader.get_valid_frame_count(); }
+
+private:
+    void work();
+    bool read_and_deliver();
+    void deliver(RHD_Frame& frame);
+
+    RHD_Word_Fifo m_fifo;
+    RHD_Frame_Reader m_reader{m_fifo};
+    std::thread m_thread;
+    Listener_Slot<I_RHD_Frame_Listener> m_listener;
+    std::string m_name;
+};
+
+} // namespace Pelgar::ORBE::demux

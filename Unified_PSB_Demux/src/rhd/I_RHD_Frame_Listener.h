@@ -1,0 +1,17 @@
+// Layer: demultiplexer. Receives the frames of the Intan RHD stream. Called on the RHD worker thread.
+#pragma once
+
+#include "common/Export.h"
+#include "rhd/RHD_Frame.h"
+
+namespace Pelgar::ORBE::demux {
+
+class ORBE_EXPORT I_RHD_Frame_Listener {
+public:
+    // One valid frame. It is released after the call.
+    virtual void publish_rhd_frame(RHD_Frame& frame) = 0;
+
+    virtual ~I_RHD_Frame_Listener() = default;
+};
+
+} // namespace Pelgar::ORBE::demux

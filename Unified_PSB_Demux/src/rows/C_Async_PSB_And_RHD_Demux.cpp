@@ -1,0 +1,314 @@
+#include "rows/C_Async_PSB_And_RHD_Demux.h"
+
+#include "common/Checked_Index.h"
+#include "common/Console.h"
+#include "wire/Stream_Anomalies.h"
+
+#include <loguru.hpp>
+
+#include <cstring>
+#include <span>
+#include <stdexcept>
+#include <string>
+#include <utility>
+
+namespace Pelgar::ORBE::demux {
+
+namespace {
+
+// The largest number of elements that each queue ever held, over all demultiplexers of the process.
+std::atomic<std::uint32_t> main_demux_queue_high_water_mark{0};
+std::array<std::atomic<std::uint32_t>, np_port_count> np_queue_high_water_mark{};
+
+// Raises the mark to `count` and tells whether it was lower.
+bool raise(std::atomic<std::uint32_t>& mark, std::uint32_t count) {
+    std::uint32_t highest = mark.load(std::memory_order_relaxed);
+    while (count > highest) {
+        if (mark.compare_exchange_weak(highest, count, std::memory_order_relaxed)) {
+            return true;
+        }
+    }
+    return false;
+}
+
+constexpr std::size_t rows_per_transfer_buffer = transfer_buffer_capacity / mux_row::length;
+// The counter before the first row, so that every stream begins at 0.
+constexpr std::uint8_t counter_before_first_row = 0xFF;
+
+bool has_marker(const std::uint8_t* row) {
+    return (row[mux_row::marker_offset] & mux_row::marker_mask) == mux_row::marker;
+}
+
+bool starts_super_frame(const std::uint8_t* row) {
+    return (row[mux_row::start_flag_offset] & mux_row::start_flag) != 0;
+}
+
+static_assert(np_port_count == mux_row::rhd_stream_id,
+              "the ids of the ports end where the RHD stream's begins");
+
+} // namespace
+
+Async_NP_And_RHD_Demux::Async_NP_And_RHD_Demux() {
+    LOG_SCOPE_F(INFO, "Async_NP_And_RHD_Demux");
+    for (unsigned port = 0; port < np_port_count; ++port) {
+        m_np_block_buffers[port] = std::make_unique<NP_Block_Buffer>();
+        m_np_workers[port] = std::make_unique<C_NP_Worker_Thread>();
+    }
+    m_rhd_worker = std::make_unique<C_RHD_Worker_Thread>();
+    m_rhd_words =
+        std::make_unique_for_overwrite<std::uint16_t[]>(rows_per_transfer_buffer * mux_row::payload_words);
+    m_last_row_counter.fill(counter_before_first_row);
+    m_raw_data_file.open("raw_data.bin", std::ios::binary);
+}
+
+Async_NP_And_RHD_Demux::~Async_NP_And_RHD_Demux() {
+    LOG_SCOPE_F(INFO, "~Async_NP_And_RHD_Demux");
+    m_rhd_worker.reset();
+    for (auto& worker : m_np_workers) {
+        worker.reset();
+    }
+}
+
+void Async_NP_And_RHD_Demux::start_worker_threads() {
+    LOG_SCOPE_F(INFO, "start_worker_threads");
+    if (m_worker_threads_started) {
+        return;
+    }
+    if (m_done) {
+        renew();
+    }
+    for (unsigned port = 0; port < np_port_count; ++port) {
+        m_np_workers[port]->start("NP" + std::to_string(port));
+    }
+    m_rhd_worker->start("RHD");
+    m_worker_threads_started = true;
+}
+
+// Takes back what the poison packet of an earlier run has set.
+void Async_NP_And_RHD_Demux::renew() {
+    m_stop_requested = false;
+    m_done = false;
+    for (const auto& worker : m_np_workers) {
+        worker->renew();
+    }
+    m_rhd_worker->renew();
+}
+
+void Async_NP_And_RHD_Demux::run() {
+    LOG_SCOPE_F(INFO, "run");
+    while (!m_stop_requested || m_main_demux_queue.size() != 0) {
+        process_queue_element();
+    }
+    wait_worker_threads_end();
+    m_done.store(true);
+
+    for (unsigned port = 0; port < np_port_count; ++port) {
+        LOG_F(INFO, "Number of np %d rows processed : %d", port, m_np_rows_processed[port]);
+    }
+    LOG_F(INFO, "Number of rhd rows processed : %d", m_rhd_rows_processed);
+    LOG_F(INFO, "End of main demux thread");
+}
+
+// The element stays in the queue while it is read, and for good when its processing throws.
+void Async_NP_And_RHD_Demux::process_queue_element() {
+    const Main_mux_transfer_buffer_wrapper& buffer = m_main_demux_queue.wait_front();
+    if (m_processed_packet_count == 0) {
+        console::out("Elements in main demux queue: ", m_main_demux_queue.size(),
+                     ", packet size : ", buffer.size, '\n');
+    }
+    ++m_processed_packet_count;
+    if (buffer.size == 0) {
+        LOG_F(INFO, "Async_PSB_And_RHD_Demux : Poison packet received (m_main_demux_queue)");
+        m_stop_requested = true;
+    } else {
+        process_transfer_buffer(buffer);
+    }
+    m_main_demux_queue.pop();
+}
+
+void Async_NP_And_RHD_Demux::process_transfer_buffer(const Main_mux_transfer_buffer_wrapper& buffer) {
+    if (buffer.size < mux_row::length) {
+        throw std::runtime_error("Buffer must contain at least 16 byte");
+    }
+    if (buffer.size % mux_row::length != 0) {
+        console::err("Buffer size incompatible\n");
+    }
+    if (!has_marker(buffer.data)) {
+        console::out("Async_PSB_And_RHD_Demux : Main mux data invalid, discarding data packet\n");
+        return;
+    }
+    split_rows(buffer.data, buffer.size / mux_row::length);
+}
+
+// Routes rows by their stream id, up to the first one without a marker. Everything that the loop counts is
+// kept in locals, which the bytes it writes cannot alias, and stored back behind it.
+void Async_NP_And_RHD_Demux::split_rows(const std::uint8_t* data, std::size_t row_count) {
+    std::array<std::uint8_t, mux_row::stream_id_count> last_counter = m_last_row_counter;
+    std::array<std::uint8_t*, np_port_count> block;
+    std::array<std::uint32_t, np_port_count> fill;
+    for (unsigned port = 0; port < np_port_count; ++port) {
+        block[port] = m_np_block_buffers[port]->data;
+        fill[port] = m_np_block_buffers[port]->fill;
+    }
+    std::array<std::uint32_t, np_port_count> np_rows{};
+    std::uint16_t* const rhd_words = m_rhd_words.get();
+    std::size_t rhd_rows = 0;
+
+    std::size_t row_number = 0;
+    for (; row_number < row_count; ++row_number) {
+        const std::uint8_t* const row = data + row_number * mux_row::length;
+        if (!has_marker(row)) [[unlikely]] {
+            break;
+        }
+        const unsigned stream_id = row[mux_row::marker_offset] & mux_row::stream_id_mask;
+        const std::uint8_t counter = row[mux_row::counter_offset];
+        if (static_cast<std::uint8_t>(last_counter[stream_id] + 1) != counter) [[unlikely]] {
+            anomaly::row_counter_discontinuity(stream_id,
+                                               m_total_row_index + static_cast<std::uint32_t>(row_number),
+                                               last_counter[stream_id], counter);
+        }
+        last_counter[stream_id] = counter;
+
+        if (stream_id < np_port_count) {
+            if (fill[stream_id] == np_block_capacity) [[unlikely]] {
+                m_np_block_buffers[stream_id]->fill = fill[stream_id];
+                hand_over_block(stream_id);
+                fill[stream_id] = 0;
+            }
+            if (fill[stream_id] != 0 || starts_super_frame(row)) [[likely]] {
+                std::memcpy(block[stream_id] + fill[stream_id], row + mux_row::payload_offset,
+                            mux_row::payload_length);
+                fill[stream_id] += mux_row::payload_length;
+                ++np_rows[stream_id];
+            } else {
+                anomaly::row_discarded(stream_id);
+            }
+        } else if (stream_id == mux_row::rhd_stream_id) {
+            std::memcpy(rhd_words + rhd_rows * mux_row::payload_words, row + mux_row::payload_offset,
+                        mux_row::payload_length);
+            ++rhd_rows;
+        } else {
+            anomaly::unknown_stream_id(stream_id);
+        }
+    }
+
+    m_last_row_counter = last_counter;
+    for (unsigned port = 0; port < np_port_count; ++port) {
+        m_np_block_buffers[port]->fill = fill[port];
+        m_np_rows_processed[port] += np_rows[port];
+    }
+    m_total_row_index += static_cast<std::uint32_t>(row_number);
+    if (rhd_rows != 0) {
+        m_rhd_worker->push_row_words({rhd_words, rhd_rows * mux_row::payload_words});
+        m_rhd_rows_processed += static_cast<std::uint32_t>(rhd_rows);
+    }
+}
+
+void Async_NP_And_RHD_Demux::hand_over_block(unsigned port) {
+    const auto count = static_cast<std::uint32_t>(m_np_workers[port]->push_block(*m_np_block_buffers[port]));
+    if (raise(np_queue_high_water_mark[port], count)) {
+        console::out("NP worker ", port, " element count high_water_mark : ", count, '\n');
+    }
+}
+
+void Async_NP_And_RHD_Demux::push_xfer_buffer_to_queue(const Main_mux_transfer_buffer_wrapper& buffer) {
+    const auto count = static_cast<std::uint32_t>(m_main_demux_queue.push_unbounded(buffer));
+    if (raise(main_demux_queue_high_water_mark, count)) {
+        console::out("main_demux_queue_high_water_mark : ", count, '\n');
+    }
+}
+
+void Async_NP_And_RHD_Demux::drop_front_xfer_buffer() {
+    m_main_demux_queue.pop();
+}
+
+void Async_NP_And_RHD_Demux::poison_queue() {
+    LOG_SCOPE_F(INFO, "poison_queue");
+    push_xfer_buffer_to_queue(*std::make_unique<Main_mux_transfer_buffer_wrapper>());
+}
+
+// A transfer leaves the queue when its rows are sorted, a block when it is decoded, an RHD word when the
+// frame before it is delivered.
+void Async_NP_And_RHD_Demux::wait_until_delivered() {
+    m_main_demux_queue.wait_until_consumed();
+    for (const auto& worker : m_np_workers) {
+        worker->wait_until_decoded();
+    }
+    m_rhd_worker->wait_until_delivered();
+}
+
+void Async_NP_And_RHD_Demux::drop_unfinished_blocks() {
+    for (const auto& block : m_np_block_buffers) {
+        block->fill = 0;
+    }
+    m_rhd_worker->drop_unfinished_frame();
+}
+
+void Async_NP_And_RHD_Demux::signal_to_resync() {
+    LOG_SCOPE_F(INFO, "signal_to_resync");
+    for (const auto& worker : m_np_workers) {
+        worker->resync();
+    }
+}
+
+void Async_NP_And_RHD_Demux::set_L2_CH_Results_Listener(std::weak_ptr<I_L2_Demux_CH_Results> listener,
+                                                        unsigned int np_index) {
+    if (np_index >= np_port_count) {
+        throw std::runtime_error(
+            "illegal np demux index inside Async_PSB_And_RHD_Demux::set_L2_CH_Results_Listener");
+    }
+    m_np_workers[np_index]->set_l2_listener(listener);
+}
+
+std::weak_ptr<I_L2_Demux_CH_Results>
+Async_NP_And_RHD_Demux::get_L2_CH_Results_Listener(unsigned int np_index) const {
+    return checked_at(m_np_workers, np_index)->get_l2_listener();
+}
+
+void Async_NP_And_RHD_Demux::set_RHD_Results_Listener(std::weak_ptr<I_RHD_Frame_Listener> listener) {
+    m_rhd_worker->set_listener(std::move(listener));
+}
+
+std::weak_ptr<I_RHD_Frame_Listener> Async_NP_And_RHD_Demux::get_RHD_Results_Listener() const {
+    return m_rhd_worker->get_listener();
+}
+
+void Async_NP_And_RHD_Demux::set_enabled_RHD_stream_count(unsigned int count) {
+    m_rhd_worker->set_enabled_stream_count(count);
+}
+
+void Async_NP_And_RHD_Demux::wait_worker_threads_end() {
+    if (!m_worker_threads_started) {
+        LOG_F(INFO, "m_worker_threads already not started");
+        return;
+    }
+    for (const auto& worker : m_np_workers) {
+        worker->poison_queue();
+    }
+    m_rhd_worker->signal_to_stop();
+    m_rhd_worker->push_wake_up_words();
+
+    LOG_F(INFO, "Joining with the threads");
+    LOG_F(INFO, "Joining with RHD worker");
+    m_rhd_worker->join();
+    LOG_F(INFO, "Joining with NP workers");
+    for (const auto& worker : m_np_workers) {
+        worker->join();
+    }
+    LOG_F(INFO, "Main demux worker threads done");
+    m_worker_threads_started = false;
+}
+
+std::uint32_t Async_NP_And_RHD_Demux::get_total_processed_SF_count() const {
+    std::uint32_t total = 0;
+    for (const auto& worker : m_np_workers) {
+        total += worker->get_sync_pattern_count();
+    }
+    return total;
+}
+
+std::uint32_t Async_NP_And_RHD_Demux::get_total_processed_RHD_frame_count() const {
+    return m_rhd_worker->get_valid_frame_count();
+}
+
+} // namespace Pelgar::ORBE::demux

@@ -1,0 +1,113 @@
+// Layer: demultiplexer. First stage of the data path: takes whole transfer buffers from the pump thread and,
+// on the main demux thread, splits them into 16-byte rows and routes the rows to four NP workers and one RHD
+// worker. The host's threads set it up and take it down.
+#pragma once
+
+#include "common/Block_Queue.h"
+#include "common/Export.h"
+#include "common/Relaxed.h"
+#include "probe/C_NP_Worker_Thread.h"
+#include "probe/I_L2_Demux_CH_Results.h"
+#include "rhd/C_RHD_Worker_Thread.h"
+#include "rhd/I_RHD_Frame_Listener.h"
+#include "wire/Main_mux_transfer_buffer_wrapper.h"
+#include "wire/Mux_Row_Format.h"
+#include "wire/NP_Block_Buffer.h"
+
+#include <array>
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <fstream>
+#include <memory>
+
+namespace Pelgar::ORBE::demux {
+
+inline constexpr unsigned np_port_count = 4;
+
+class ORBE_EXPORT Async_NP_And_RHD_Demux {
+public:
+    Async_NP_And_RHD_Demux();
+    ~Async_NP_And_RHD_Demux();
+    Async_NP_And_RHD_Demux(const Async_NP_And_RHD_Demux&) = delete;
+    Async_NP_And_RHD_Demux& operator=(const Async_NP_And_RHD_Demux&) = delete;
+
+    // Starts the four NP workers and the RHD worker, also anew when `run` has finished, for another `run`;
+    // does nothing while they run.
+    void start_worker_threads();
+
+    // Body of the main demux thread: returns after the poison packet, when everything before it is delivered
+    // and the workers are joined. Throws std::runtime_error("Buffer must contain at least 16 byte") for a
+    // transfer buffer of 1 to 15 bytes.
+    void run();
+
+    // Queues a copy of the whole record. Pump thread; never blocks for long, never drops; allocates while the
+    // queue grows.
+    void push_xfer_buffer_to_queue(const Main_mux_transfer_buffer_wrapper& buffer);
+
+    // Removes the transfer buffer that `run` left at the front of the queue when it threw. Call `run` again
+    // to go on with the next one.
+    void drop_front_xfer_buffer();
+
+    // Queues the record of size 0 that ends `run`.
+    void poison_queue();
+
+    // Blocks until the channel values of all whole blocks, and the RHD frames, in the transfers pushed so far
+    // have reached their listeners. Only while `run` does.
+    void wait_until_delivered();
+
+    // Forgets the super frames of each port that do not fill a block yet, and the RHD frame of which only a
+    // part has come, so that nothing of a run that has ended reaches the listeners of the next one. After
+    // `wait_until_delivered`, while nothing is pushed.
+    void drop_unfinished_blocks();
+
+    // Tells the stages behind the port queues that the stream starts anew. Any thread.
+    void signal_to_resync();
+
+    // Port index 0..3. The setter throws std::runtime_error for another one, the getter std::out_of_range.
+    void set_L2_CH_Results_Listener(std::weak_ptr<I_L2_Demux_CH_Results> listener, unsigned int np_index);
+    std::weak_ptr<I_L2_Demux_CH_Results> get_L2_CH_Results_Listener(unsigned int np_index) const;
+
+    void set_RHD_Results_Listener(std::weak_ptr<I_RHD_Frame_Listener> listener);
+    std::weak_ptr<I_RHD_Frame_Listener> get_RHD_Results_Listener() const;
+
+    // The number of RHD data streams in every frame from now on. Any thread.
+    void set_enabled_RHD_stream_count(unsigned int count);
+
+    // Poisons, wakes and joins the workers. Called by `run` when it ends; a second call does nothing.
+    void wait_worker_threads_end();
+
+    // Whether `run` has finished. Any thread.
+    bool is_done() const { return m_done.load(); }
+
+    std::uint32_t get_total_processed_SF_count() const;
+    std::uint32_t get_total_processed_RHD_frame_count() const;
+
+private:
+    void renew();
+    void process_queue_element();
+    void process_transfer_buffer(const Main_mux_transfer_buffer_wrapper& buffer);
+    void split_rows(const std::uint8_t* data, std::size_t row_count);
+    void hand_over_block(unsigned port);
+
+    Block_Queue<Main_mux_transfer_buffer_wrapper> m_main_demux_queue;
+    std::array<std::unique_ptr<C_NP_Worker_Thread>, np_port_count> m_np_workers;
+    std::unique_ptr<C_RHD_Worker_Thread> m_rhd_worker;
+    Relaxed<bool> m_worker_threads_started{false};
+    // The block of each port that is being filled.
+    std::array<std::unique_ptr<NP_Block_Buffer>, np_port_count> m_np_block_buffers;
+    bool m_stop_requested = false;
+    // The last row counter of each stream id.
+    std::array<std::uint8_t, mux_row::stream_id_count> m_last_row_counter;
+    // Created in the working directory, and left empty, whenever a demultiplexer is made.
+    std::ofstream m_raw_data_file;
+    std::uint32_t m_processed_packet_count = 0;
+    std::array<std::uint32_t, np_port_count> m_np_rows_processed{};
+    std::uint32_t m_rhd_rows_processed = 0;
+    std::uint32_t m_total_row_index = 0;
+    std::atomic<bool> m_done{false};
+    // The RHD words of one transfer buffer, which go to the worker in one operation.
+    std::unique_ptr<std::uint16_t[]> m_rhd_words;
+};
+
+} // namespace Pelgar::ORBE::demux

@@ -1,0 +1,56 @@
+#include "adapter/Pump_Thread.h"
+
+#include "adapter/Adapter_State.h"
+#include "adapter/Thread_Priority.h"
+
+#include <exception>
+#include <utility>
+
+namespace Pelgar::ORBE::npoe_adapter {
+
+namespace {
+
+bool pump_once(ORBE_Controller_Library& controller) {
+    try {
+        return controller.pump_data_to_demux();
+    } catch (const std::exception& exception) {
+        LOG_F(ERROR, "main pump thread : %s", exception.what());
+        return false;
+    }
+}
+
+void run_pump(const std::shared_ptr<ORBE_Controller_Library>& controller, int slotID, int portID) {
+    VLOG_F(1, "slotID %d, portID %d : Main pump thread started", slotID, portID);
+    raise_own_thread_priority();
+    while (!g_stop_requested) {
+        if (!pump_once(*controller)) {
+            // The "ended" flag stays clear: stop_acquisition tells a stopped pump from one that broke off.
+            LOG_F(INFO, "error in main pump thread (%d,%d)", slotID, portID);
+            return;
+        }
+    }
+    g_pump_ended = true;
+    LOG_F(INFO, "End of main pump thread (%d,%d)", slotID, portID);
+}
+
+} // namespace
+
+void start_pump_thread(std::shared_ptr<ORBE_Controller_Library> controller, int slotID, int portID) {
+    *g_pump_thread = std::make_unique<std::thread>(run_pump, std::move(controller), slotID, portID);
+}
+
+void disable_streaming(const char* name) {
+    forward_to_controller(name, [](auto& controller) {
+        controller.disable_streaming();
+        return true;
+    });
+}
+
+void join_pump_thread() {
+    if (*g_pump_thread) {
+        (*g_pump_thread)->join();
+        g_pump_thread->reset();
+    }
+}
+
+} // namespace Pelgar::ORBE::npoe_adapter
