@@ -59,8 +59,6 @@ void ORBE_Controller_Library::log_mode() const {
 
 bool ORBE_Controller_Library::open() {
     LOG_SCOPE_F(INFO, "open");
-    // A connection may bring a UART of its own, so that what talks through the old one goes first.
-    release_probe_link();
     bool opened = false;
     try {
         opened = m_controller->open_driver_connection("ORBE_Dext_Driver", true);
@@ -68,6 +66,10 @@ bool ORBE_Controller_Library::open() {
         // Without a mapped register space nothing may touch the streams' registers any more.
         set_error_level(Error_Level::driver_open);
         throw;
+    }
+    // The connection may have brought a UART of its own. What the probes are configured to outlives it.
+    if (m_i2c) {
+        m_i2c->use_uart(&m_controller->uart());
     }
     if (!opened) {
         LOG_F(ERROR, "Open driver failed");
@@ -126,21 +128,12 @@ bool ORBE_Controller_Library::pre_init(bool one_mode) {
         }
     }
 
-    release_probe_link();
     m_i2c = std::make_unique<I2C_Over_GSML_Module>(&m_controller->uart());
     for (std::size_t port = 0; port < port_count; ++port) {
         m_np_probe_control[port] = std::make_unique<NP_Probe_Control_Module>(m_i2c.get());
         m_gain_filters[port] = std::make_shared<C_L2_CH_Gain_Fix_Filter>();
     }
     return true;
-}
-
-// The control modules point to the link module, so they go first.
-void ORBE_Controller_Library::release_probe_link() {
-    for (auto& control : m_np_probe_control) {
-        control.reset();
-    }
-    m_i2c.reset();
 }
 
 void ORBE_Controller_Library::log_fpga_identity() {

@@ -47,7 +47,8 @@ public:
 
     // ---- Lifecycle and FPGA identity. Exceptions of the back-end pass through.
 
-    // Opens the driver connection. False, and the error level, tell that there is no usable box.
+    // Opens the driver connection, also anew; what the ports are configured to stays. False, and the error
+    // level, tell that there is no usable box.
     bool open();
 
     // Whether the FPGA runs the Neuropixels design; when it does not and `switch_allowed`, reboots it into
@@ -212,7 +213,6 @@ private:
     static constexpr std::size_t port_count = demux::np_port_count;
 
     void log_mode() const;
-    void release_probe_link();
     void log_fpga_identity();
     bool check_np_ports_status();
     std::uint8_t np_port_mask() const;

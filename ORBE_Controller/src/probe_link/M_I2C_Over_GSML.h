@@ -17,11 +17,14 @@ public:
     static constexpr std::uint8_t serializer_address = 0x80;
     static constexpr std::uint8_t deserializer_address = 0x90;
 
-    // `uart` must outlive the module.
+    // `uart` must outlive the module, or its use by it.
     explicit I2C_Over_GSML_Module(UART_Module* uart);
     ~I2C_Over_GSML_Module();
     I2C_Over_GSML_Module(const I2C_Over_GSML_Module&) = delete;
     I2C_Over_GSML_Module& operator=(const I2C_Over_GSML_Module&) = delete;
+
+    // Another one from now on, as after the connection to the box was opened anew.
+    void use_uart(UART_Module* uart) { m_uart = uart; }
 
     // Throws std::runtime_error("qbsc_writeI2C ACK error") when the bridge does not acknowledge, unless the
     // caller tolerates that; tolerated errors are counted.

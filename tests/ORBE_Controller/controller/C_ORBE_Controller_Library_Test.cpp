@@ -266,6 +266,41 @@ TEST_F(Pre_Init, MakesOneLinkAndFourControlsAndReplacesThemWhenCalledAgain) {
     EXPECT_EQ(m_log.count("{ ~NP_Probe_Control_Module"), 4);
 }
 
+TEST_F(Pre_Init, ReplacesItsObjectsOneByOne) {
+    EXPECT_TRUE(m_controller->pre_init(true));
+    m_log.clear();
+    EXPECT_TRUE(m_controller->pre_init(true));
+    std::vector<std::string> made;
+    for (const Log_Line& line : m_log.lines()) {
+        if (line.text.find("_Module") != std::string::npos && line.text.starts_with("{ ")) {
+            made.push_back(line.text);
+        }
+    }
+    std::vector<std::string> expected{"{ I2C_Over_GSML_Module", "{ ~I2C_Over_GSML_Module"};
+    for (int port = 0; port < 4; ++port) {
+        expected.insert(expected.end(), {"{ NP_Probe_Control_Module", "{ ~NP_Probe_Control_Module"});
+    }
+    EXPECT_EQ(made, expected);
+}
+
+TEST_F(Pre_Init, OpeningAnewKeepsWhatThePortsAreConfiguredTo) {
+    EXPECT_TRUE(m_controller->pre_init(true));
+    EXPECT_TRUE(m_controller->setGain(2, 100, 3, 5));
+    EXPECT_TRUE(m_controller->open());
+    int ap_gain = 0;
+    int lfp_gain = 0;
+    EXPECT_TRUE(m_controller->getGain(2, 100, &ap_gain, &lfp_gain));
+    EXPECT_EQ(ap_gain, 3);
+}
+
+TEST_F(Pre_Init, ProbeLinkGoesThroughTheUartOfTheConnectionOpenedLast) {
+    ORBE_Controller_Library simulated(true);
+    EXPECT_TRUE(simulated.open());
+    EXPECT_TRUE(simulated.pre_init(true));
+    EXPECT_TRUE(simulated.open()) << "which brings another UART";
+    EXPECT_TRUE(simulated.writeProbeConfiguration(0, false));
+}
+
 TEST_F(Pre_Init, SimulationReadsNoRegister) {
     ORBE_Controller_Library simulated(m_box, true);
     m_log.clear();
