@@ -4,8 +4,7 @@
 #include "Stream_Check.h"
 
 #include "controller/C_ORBE_Controller_Library.h"
-#include "controller/PSB_Self_Test.h"
-#include "controller/Signal_Self_Test.h"
+#include "controller/Self_Test_Functions.h"
 
 #include <gtest/gtest.h>
 

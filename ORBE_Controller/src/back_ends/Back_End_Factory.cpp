@@ -1,5 +1,5 @@
-// Layer: device controller. The factory that `A_ORBE_Controller` declares stands here, beside the kinds that it makes, so
-// that the class itself knows none of them.
+// Layer: device controller. The factory that `A_ORBE_Controller` declares stands here, beside the kinds that
+// it makes, so that the class itself knows none of them.
 #include "back_ends/CP_Sim_ORBE_Controller.h"
 #include "connection/A_ORBE_Controller.h"
 

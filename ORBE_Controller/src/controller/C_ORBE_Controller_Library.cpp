@@ -1,46 +1,21 @@
 #include "controller/C_ORBE_Controller_Library.h"
 
-#include "common/Waiting.h"
-#include "fpga/FPGA_Identity.h"
-#include "resources/Resource_Directory.h"
-
 #include <loguru.hpp>
 
-#include <array>
-#include <chrono>
-#include <cstdio>
 #include <exception>
 #include <utility>
 
 namespace Pelgar::ORBE {
 
-namespace {
-
-using namespace std::chrono_literals;
-
-constexpr int pll_lock_attempts = 5;
-constexpr auto pll_lock_retry_wait = 1000ms;
-constexpr auto fpga_reboot_wait = 10s;
-
-template <typename... Arguments>
-std::string format(const char* pattern, Arguments... arguments) {
-    std::array<char, 32> text{};
-    std::snprintf(text.data(), text.size(), pattern, arguments...);
-    return text.data();
-}
-
-} // namespace
-
-ORBE_Controller_Library::ORBE_Controller_Library(bool simulation)
-    : m_simulation_mode(simulation), m_self_test_directory(default_resource_directory()) {
-    m_controller = A_ORBE_Controller::get_instance(simulation);
+ORBE_Controller_Library::ORBE_Controller_Library(bool simulation) : m_box(simulation) {
+    m_box.attach(A_ORBE_Controller::get_instance(simulation));
     log_mode();
 }
 
 ORBE_Controller_Library::ORBE_Controller_Library(std::shared_ptr<A_ORBE_Controller> controller,
                                                  bool simulation)
-    : m_controller(std::move(controller)), m_simulation_mode(simulation),
-      m_self_test_directory(default_resource_directory()) {
+    : m_box(simulation) {
+    m_box.attach(std::move(controller));
     log_mode();
 }
 
@@ -54,134 +29,31 @@ ORBE_Controller_Library::~ORBE_Controller_Library() {
 }
 
 void ORBE_Controller_Library::log_mode() const {
-    LOG_F(INFO, "ORBE_Controller_Library ctor. (%s)", m_simulation_mode ? "Simulation mode" : "HW mode");
+    LOG_F(INFO, "ORBE_Controller_Library ctor. (%s)", m_box.is_simulation() ? "Simulation mode" : "HW mode");
 }
 
 bool ORBE_Controller_Library::open() {
-    LOG_SCOPE_F(INFO, "open");
-    bool opened = false;
-    try {
-        opened = m_controller->open_driver_connection("ORBE_Dext_Driver", true);
-    } catch (...) {
-        // Without a mapped register space nothing may touch the streams' registers any more.
-        set_error_level(Error_Level::driver_open);
-        throw;
-    }
-    // The connection may have brought a UART of its own. What the probes are configured to outlives it.
-    if (m_i2c) {
-        m_i2c->use_uart(&m_controller->uart());
-    }
-    if (!opened) {
-        LOG_F(ERROR, "Open driver failed");
-        set_error_level(Error_Level::driver_open);
-    }
-    return opened;
+    return m_bring_up.open();
 }
 
 bool ORBE_Controller_Library::check_and_switch_firmware_if_nec(bool switch_allowed) {
-    LOG_SCOPE_F(INFO, "check_and_switch_firmware_if_nec");
-    if (m_simulation_mode) {
-        LOG_F(INFO, "check_and_switch_firmware_if_nec skipped because of simulation mode");
-        return true;
-    }
-    const std::uint32_t signature = m_controller->np_status_gpio().read_second_data();
-    LOG_F(INFO, "FPGA digital_design_signature : %08x\n", signature);
-    if (design_id(signature) == neuropixels_design_id) {
-        LOG_F(INFO, "digital_design_id matched");
-        return true;
-    }
-    if (!switch_allowed) {
-        LOG_F(INFO, "digital_design_id not matched");
-        return false;
-    }
-    LOG_F(INFO, "Switching FPGA design");
-    m_controller->foreign_hw_icap().boot(neuropixels_design_flash_address);
-    m_controller->close_driver_connection();
-    LOG_F(INFO, "Waiting for reboot of the FPGA");
-    wait_for(fpga_reboot_wait);
-    LOG_F(INFO, "Wait end");
-    return open();
+    return m_bring_up.check_and_switch_firmware_if_nec(switch_allowed);
 }
 
 bool ORBE_Controller_Library::icap_boot(unsigned address) {
-    LOG_SCOPE_F(INFO, "icap_boot");
-    return m_controller->hw_icap().boot(address);
+    return m_bring_up.icap_boot(address);
 }
 
 bool ORBE_Controller_Library::pre_init(bool one_mode) {
-    LOG_SCOPE_F(INFO, "pre_init");
-    LOG_F(INFO, "ORBE_Controller_Library::pre_init(), simulation = %d", m_simulation_mode);
-    if (m_simulation_mode) {
-        m_np_port_pll_status = 0x1;
-        m_np_port_count_parameter_from_fpga = 2;
-        LOG_F(INFO, "Simulating pll status : %x", m_np_port_pll_status);
-    } else {
-        log_fpga_identity();
-        ORBE_Configurator& configurator = m_controller->configurator();
-        configurator.reset_configuration();
-        configurator.set_one_mode(one_mode);
-        configurator.set_VLM004_power(true);
-        configurator.assign_port_4_to_np(true);
-        if (!check_np_ports_status()) {
-            LOG_F(WARNING, "check_np_ports_status failed check connector connections");
-            return false;
-        }
-    }
-
-    m_i2c = std::make_unique<I2C_Over_GSML_Module>(&m_controller->uart());
-    for (std::size_t port = 0; port < port_count; ++port) {
-        m_np_probe_control[port] = std::make_unique<NP_Probe_Control_Module>(m_i2c.get());
-        m_gain_filters[port] = std::make_shared<C_L2_CH_Gain_Fix_Filter>();
-    }
-    return true;
-}
-
-void ORBE_Controller_Library::log_fpga_identity() {
-    const Build_Date date = build_date_of(m_controller->build_timestamp_gpio().read_data());
-    LOG_F(INFO, "FPGA design build timestamp : %02d-%02d-%04d\n", date.day, date.month, date.year);
-    const std::uint32_t signature = m_controller->np_status_gpio().read_second_data();
-    LOG_F(INFO, "FPGA digital_design_signature : %08x\n", signature);
-    m_np_port_count_parameter_from_fpga = np_port_count_of(signature);
-    LOG_F(INFO, "NP port_count_parameter_from_fpga : %d\n", m_np_port_count_parameter_from_fpga);
-    LOG_F(INFO, "FPGA efuse_usr : %08x\n", get_fpga_efuse());
-    LOG_F(INFO, "FPGA temperature : %.2f\n", static_cast<double>(get_fpga_temperature()));
-}
-
-bool ORBE_Controller_Library::check_np_ports_status() {
-    LOG_SCOPE_F(INFO, "check_np_ports_status");
-    LOG_F(INFO, "Available NP port count from FPGA : %d", m_np_port_count_parameter_from_fpga);
-    const std::uint8_t mask = np_port_mask();
-    for (int attempt = 0; attempt < pll_lock_attempts; ++attempt) {
-        const std::uint32_t locks = m_controller->np_status_gpio().read_data();
-        m_np_port_pll_status = static_cast<std::uint8_t>(locks & mask);
-        LOG_F(INFO, "Masked pll status : %x", m_np_port_pll_status);
-        ORBE_Configurator::print_np_ports_status(m_np_port_pll_status);
-        if (m_np_port_pll_status != 0) {
-            LOG_F(INFO, "At least one NP Port PLL lock");
-            break;
-        }
-        LOG_F(INFO, "Waiting for NP Port PLL lock");
-        wait_for(pll_lock_retry_wait);
-    }
-    return m_np_port_pll_status != 0;
-}
-
-std::uint8_t ORBE_Controller_Library::np_port_mask() const {
-    const unsigned count = m_np_port_count_parameter_from_fpga;
-    if (count < 1 || count > port_count) {
-        LOG_F(ERROR, "Invalid m_np_port_count_parameter_from_fpga");
-        return 0;
-    }
-    return static_cast<std::uint8_t>((1U << count) - 1U);
+    return m_bring_up.pre_init(one_mode);
 }
 
 std::string ORBE_Controller_Library::get_design_identifier_from_fpga() {
-    return format("%08x", m_controller->np_status_gpio().read_second_data());
+    return m_bring_up.get_design_identifier_from_fpga();
 }
 
 std::string ORBE_Controller_Library::get_design_build_date() {
-    const Build_Date date = build_date_of(m_controller->build_timestamp_gpio().read_data());
-    return format("%02u-%02u-%04u", date.day, date.month, date.year);
+    return m_bring_up.get_design_build_date();
 }
 
 std::string ORBE_Controller_Library::get_library_version() const {
@@ -189,35 +61,220 @@ std::string ORBE_Controller_Library::get_library_version() const {
 }
 
 float ORBE_Controller_Library::get_fpga_temperature() const {
-    return m_controller->xadc().get_temperature();
+    return m_bring_up.get_fpga_temperature();
 }
 
 unsigned ORBE_Controller_Library::get_fpga_efuse() const {
-    return m_controller->efuse_gpio().read_data();
+    return m_bring_up.get_fpga_efuse();
 }
 
 unsigned char ORBE_Controller_Library::get_np_port_count_from_fpga_signature() const {
-    return m_np_port_count_parameter_from_fpga;
+    return m_bring_up.locks().port_count();
 }
 
 unsigned char ORBE_Controller_Library::get_cached_np_port_status() const {
-    return m_np_port_pll_status;
+    return m_bring_up.locks().cached_status();
 }
 
 bool ORBE_Controller_Library::is_in_simulation_mode() const {
-    return m_simulation_mode;
+    return m_box.is_simulation();
 }
 
 Error_Level ORBE_Controller_Library::get_current_error_level() const {
-    return m_current_error_level;
+    return m_box.error_level();
 }
 
-void ORBE_Controller_Library::set_error_level(Error_Level level) {
-    m_current_error_level = level;
+bool ORBE_Controller_Library::probe_init_part_1(unsigned port) {
+    return m_probe_bring_up.probe_init_part_1(port);
 }
 
-bool ORBE_Controller_Library::is_healthy() const {
-    return m_current_error_level == Error_Level::healthy;
+bool ORBE_Controller_Library::probe_init_part_2(unsigned port, E_ORBE_Init_Config init_config) {
+    return m_probe_bring_up.probe_init_part_2(port, init_config);
+}
+
+bool ORBE_Controller_Library::writeProbeConfiguration(unsigned port, bool readcheck) {
+    return m_probe_bring_up.writeProbeConfiguration(port, readcheck);
+}
+
+bool ORBE_Controller_Library::selectElectrode(unsigned port, int channel, int /*shank*/, int bank) {
+    return m_probe_settings.selectElectrode(port, channel, bank);
+}
+
+bool ORBE_Controller_Library::setGain(unsigned port, int channel, int ap_gain, int lfp_gain) {
+    return m_probe_settings.setGain(port, channel, ap_gain, lfp_gain);
+}
+
+bool ORBE_Controller_Library::getGain(unsigned port, int channel, int* ap_gain, int* lfp_gain) {
+    return m_probe_settings.getGain(port, channel, ap_gain, lfp_gain);
+}
+
+bool ORBE_Controller_Library::setReference(unsigned port, int channel, int /*shank*/, int reference,
+                                           int int_ref_bank) {
+    return m_probe_settings.setReference(port, channel, reference, int_ref_bank);
+}
+
+bool ORBE_Controller_Library::setAPCornerFrequency(unsigned port, int channel, bool disable) {
+    return m_probe_settings.setAPCornerFrequency(port, channel, disable);
+}
+
+void ORBE_Controller_Library::clear_all_electrode_to_bank_assignments(unsigned port) {
+    m_probe_settings.clear_all_electrode_to_bank_assignments(port);
+}
+
+bool ORBE_Controller_Library::setADCCalibration(unsigned port, const char* path) {
+    return m_probe_settings.setADCCalibration(port, path);
+}
+
+bool ORBE_Controller_Library::setGainCalibration(unsigned port, const char* path) {
+    return m_probe_settings.setGainCalibration(port, path);
+}
+
+bool ORBE_Controller_Library::readProbeSN(unsigned port, unsigned long long* sn) {
+    return m_probe_identity.readProbeSN(port, sn);
+}
+
+bool ORBE_Controller_Library::readProbePN(unsigned port, char* buffer, unsigned length) {
+    return m_probe_identity.readProbePN(port, buffer, length);
+}
+
+bool ORBE_Controller_Library::readHSPN(unsigned port, char* buffer, unsigned length) {
+    return m_probe_identity.readHSPN(port, buffer, length);
+}
+
+bool ORBE_Controller_Library::dump_eeprom(unsigned port, const char* path, unsigned count) {
+    return m_probe_identity.dump_eeprom(port, path, count);
+}
+
+bool ORBE_Controller_Library::dump_flex_eeprom(unsigned port, const char* path, unsigned count) {
+    return m_probe_identity.dump_flex_eeprom(port, path, count);
+}
+
+bool ORBE_Controller_Library::dump_hs_eeprom(unsigned port, const char* path, unsigned count) {
+    return m_probe_identity.dump_hs_eeprom(port, path, count);
+}
+
+bool ORBE_Controller_Library::set_bist_signal_mode(unsigned port, bool enable) {
+    return m_self_tests.set_bist_signal_mode(port, enable);
+}
+
+bool ORBE_Controller_Library::bist_start_PBRS(unsigned port) {
+    return m_self_tests.bist_start_PBRS(port);
+}
+
+bool ORBE_Controller_Library::bist_stop_PBRS(unsigned port, int* errors) {
+    return m_self_tests.bist_stop_PBRS(port, errors);
+}
+
+bool ORBE_Controller_Library::bist_Probe_SR(unsigned port) {
+    return m_self_tests.bist_Probe_SR(port);
+}
+
+bool ORBE_Controller_Library::bist_Eeproms(unsigned port) {
+    return m_self_tests.bist_Eeproms(port);
+}
+
+bool ORBE_Controller_Library::bist_IIC(unsigned port) {
+    return m_self_tests.bist_IIC(port);
+}
+
+bool ORBE_Controller_Library::bist_HB(unsigned port) {
+    return m_self_tests.bist_HB(port);
+}
+
+bool ORBE_Controller_Library::bist_PSB(unsigned port) {
+    return m_self_tests.bist_PSB(port);
+}
+
+bool ORBE_Controller_Library::bist_Signal(unsigned port) {
+    return m_self_tests.bist_Signal(port);
+}
+
+void ORBE_Controller_Library::set_self_test_directory(std::string directory) {
+    m_self_tests.set_self_test_directory(std::move(directory));
+}
+
+bool ORBE_Controller_Library::program_flash(const char* path, unsigned address,
+                                            const Flash_Progress_Listener& listener) {
+    return m_flash.program_flash(path, address, listener);
+}
+
+std::unique_ptr<ORBE_HW_Info> ORBE_Controller_Library::read_ORBE_HW_info() {
+    return m_flash.read_ORBE_HW_info();
+}
+
+bool ORBE_Controller_Library::program_ORBE_HW_info(const ORBE_HW_Info& info) {
+    return m_flash.program_ORBE_HW_info(info);
+}
+
+void ORBE_Controller_Library::prepare_for_streaming() {
+    m_stream.prepare_for_streaming();
+}
+
+bool ORBE_Controller_Library::prepare_for_simulation_streaming(const std::string& path) {
+    return m_stream.prepare_for_simulation_streaming(path);
+}
+
+void ORBE_Controller_Library::enable_streaming(bool enable_np, std::initializer_list<unsigned> np_ports,
+                                               bool enable_rhd, std::initializer_list<unsigned> rhd_streams,
+                                               bool soft_trigger) {
+    m_stream.enable_streaming(enable_np, np_ports, enable_rhd, rhd_streams, soft_trigger);
+}
+
+void ORBE_Controller_Library::disable_streaming() {
+    m_stream.disable_streaming();
+}
+
+void ORBE_Controller_Library::disable_data_sources() {
+    m_stream.disable_data_sources();
+}
+
+bool ORBE_Controller_Library::pump_data_to_demux() {
+    return m_stream.pump_data_to_demux();
+}
+
+void ORBE_Controller_Library::wait_until_delivered() {
+    m_stream.wait_until_delivered();
+}
+
+void ORBE_Controller_Library::drop_unfinished_blocks() {
+    m_stream.drop_unfinished_blocks();
+}
+
+void ORBE_Controller_Library::send_soft_trigger() {
+    m_box.modules().configurator().soft_trigger_pulse();
+}
+
+void ORBE_Controller_Library::set_hw_trigger_ttl_source(unsigned char index) {
+    m_box.modules().configurator().set_hw_trigger_ttl_source(index);
+}
+
+void ORBE_Controller_Library::set_ttl_out(unsigned value) {
+    m_box.modules().okelly_adapter().set_ttl_out_value(value);
+}
+
+unsigned ORBE_Controller_Library::get_ttl_in() {
+    return m_box.modules().okelly_adapter().get_ttl_in_value();
+}
+
+void ORBE_Controller_Library::set_NP_aqustion_listener(std::weak_ptr<demux::I_L2_Demux_CH_Results> listener,
+                                                       unsigned port, bool via_gain_filter) {
+    m_stream.set_NP_aqustion_listener(std::move(listener), port, via_gain_filter);
+}
+
+void ORBE_Controller_Library::set_RHD_aqustion_listener(std::weak_ptr<demux::I_RHD_Frame_Listener> listener) {
+    m_stream.set_RHD_aqustion_listener(std::move(listener));
+}
+
+void ORBE_Controller_Library::save_stream_listeners() {
+    m_stream.save_stream_listeners();
+}
+
+void ORBE_Controller_Library::restore_stream_listeners() {
+    m_stream.restore_stream_listeners();
+}
+
+void ORBE_Controller_Library::finalize_stream() {
+    m_stream.finalize_stream();
 }
 
 } // namespace Pelgar::ORBE

@@ -1,36 +1,27 @@
-// Layer: device controller. Owns one ORBE box for as long as a basestation is open: bring-up, FPGA identity,
-// probe bring-up, streaming and the DMA pump. Operations run on the host's threads, `pump_data_to_demux` on
-// the pump thread; several wait in fixed steps, as each says.
+// Layer: device controller. The front of one ORBE box for as long as a basestation is open: bring-up, FPGA
+// identity, probe bring-up, streaming and the DMA pump. Forwards each operation to the part that owns what it
+// needs. Operations run on the host's threads, `pump_data_to_demux` on the pump thread; several wait in fixed
+// steps, as each says.
 #pragma once
 
+#include "bist/Port_Self_Tests.h"
 #include "common/Export.h"
-#include "common/Relaxed.h"
-#include "connection/A_ORBE_Controller.h"
-#include "controller/E_ORBE_Init_Config.h"
-#include "controller/Page_Aligned_Buffer.h"
-#include "flash/Flash_Progress.h"
-#include "flash/ORBE_HW_Info.h"
-#include "gain/C_L2_CH_Gain_Fix_Filter.h"
-#include "probe/I_L2_Demux_CH_Results.h"
-#include "probe_link/M_I2C_Over_GSML.h"
-#include "probe_link/M_NP_Probe_Control.h"
-#include "rhd/I_RHD_Frame_Listener.h"
-#include "rows/C_Async_PSB_And_RHD_Demux.h"
-#include "wire/Main_mux_transfer_buffer_wrapper.h"
+#include "connection/Box_Connection.h"
+#include "controller/Box_Bring_Up.h"
+#include "flash/Box_Flash.h"
+#include "ports/E_ORBE_Init_Config.h"
+#include "ports/Probe_Bring_Up.h"
+#include "ports/Probe_Identity.h"
+#include "ports/Probe_Ports.h"
+#include "ports/Probe_Settings.h"
+#include "streaming/Box_Stream.h"
 
-#include <array>
 #include <cstdint>
-#include <fstream>
-#include <functional>
 #include <initializer_list>
 #include <memory>
 #include <string>
-#include <thread>
 
 namespace Pelgar::ORBE {
-
-// What `m_current_error_level` holds. Above `healthy` the streams' registers are left alone.
-enum class Error_Level : std::int32_t { healthy = 0, probe_link = 1, driver_open = 2, dma_pump = 3 };
 
 class ORBE_EXPORT ORBE_Controller_Library {
 public:
@@ -182,7 +173,7 @@ public:
     bool pump_data_to_demux();
 
     // What was pumped from the box since construction, in bytes modulo 2^32. Any thread.
-    std::uint32_t get_total_bytes_read() const { return m_total_bytes_read; }
+    std::uint32_t get_total_bytes_read() const { return m_stream.get_total_bytes_read(); }
 
     // The first blocks until the channel values of all whole blocks, and the RHD frames, that were pumped so
     // far have reached their listeners; the second forgets what does not fill a block or a frame. Not while
@@ -209,71 +200,23 @@ public:
 
 private:
     friend struct Controller_Test_Peer;
-
-    static constexpr std::size_t port_count = demux::np_port_count;
+    // The two self tests as functions for those who own a controller.
+    friend bool execute_psb_test(ORBE_Controller_Library&, unsigned, const std::string&);
+    friend bool execute_bist_signal_test(ORBE_Controller_Library&, unsigned, const std::string&);
 
     void log_mode() const;
-    void log_fpga_identity();
-    bool check_np_ports_status();
-    std::uint8_t np_port_mask() const;
 
-    void assign_uart(unsigned port);
-    NP_Probe_Control_Module& probe_control(unsigned port);
-    C_L2_CH_Gain_Fix_Filter& gain_filter(unsigned port);
-    bool np_control_init(unsigned port, E_ORBE_Init_Config init_config);
-    bool dump_eeprom_of_device(unsigned port, std::uint8_t device, const char* path, unsigned count);
-    // Runs an operation on a port to which the UART is routed first; an exception is logged under the
-    // operation's name and fails it.
-    bool run_on_port(const char* name, unsigned port, const std::function<bool()>& operation);
-    // The link to the headstages. Throws std::runtime_error before `pre_init`.
-    I2C_Over_GSML_Module& probe_link();
-    bool skips_bist(const char* name) const;
-    // The same as `run_on_port` for a test that needs the stream; fails while streams are enabled.
-    bool run_with_stream(const char* name, unsigned port, const std::function<bool()>& operation);
-
-    void start_main_demux_thread();
-    void stop_main_demux_thread();
-    void run_main_demux();
-    void allocate_transfer_buffer();
-    bool pump_hw_data_to_demux();
-    bool pump_simulation_data_to_demux();
-
-    // Reads away what the driver still holds and releases the receive buffer. Not part of the normal end of a
-    // stream: leaving the driver's buffers alone there is deliberate.
-    void purge_read_buffers();
-
-    void set_error_level(Error_Level level);
-    bool is_healthy() const;
-
-    std::shared_ptr<A_ORBE_Controller> m_controller;
-    demux::Async_NP_And_RHD_Demux m_demux;
-
-    std::thread m_main_demux_thread;
-    bool m_main_demux_thread_started = false;
-    static constexpr std::uint32_t m_page_aligned_recv_buffer_size = demux::transfer_buffer_capacity;
-    Page_Aligned_Buffer m_page_aligned_recv_buffer;
-    std::unique_ptr<demux::Main_mux_transfer_buffer_wrapper> m_xfer_buffer;
-    Relaxed<std::uint32_t> m_total_bytes_read{0};
-    std::uint32_t m_read_counter = 0;
-    std::uint8_t m_pump_print_counter = 0;
-    bool m_prepared_for_streaming = false;
-    Relaxed<bool> m_streams_enabled{false};
-    Relaxed<bool> m_sim_paused{false};
-    std::ifstream m_sim_file;
-
-    Relaxed<Error_Level> m_current_error_level{Error_Level::healthy};
-    bool m_simulation_mode;
-    std::uint8_t m_np_port_count_parameter_from_fpga = 0;
-
-    std::unique_ptr<I2C_Over_GSML_Module> m_i2c;
-    std::array<std::unique_ptr<NP_Probe_Control_Module>, port_count> m_np_probe_control;
-    std::array<std::shared_ptr<C_L2_CH_Gain_Fix_Filter>, port_count> m_gain_filters;
-    std::uint8_t m_np_port_pll_status = 0;
-
-    std::array<std::weak_ptr<demux::I_L2_Demux_CH_Results>, port_count> m_saved_np_listeners;
-    std::weak_ptr<demux::I_RHD_Frame_Listener> m_saved_rhd_listener;
-
-    std::string m_self_test_directory;
+    // Each part has its own state; what a part needs of others it is given here. The back-end outlives all of
+    // them, and the stream the ports, whose gain filters it delivers to.
+    Box_Connection m_box;
+    Box_Stream m_stream{m_box, m_ports};
+    Probe_Ports m_ports{m_box};
+    Box_Bring_Up m_bring_up{m_box, m_ports};
+    Probe_Bring_Up m_probe_bring_up{m_box, m_ports};
+    Probe_Settings m_probe_settings{m_ports};
+    Probe_Identity m_probe_identity{m_box, m_ports};
+    Port_Self_Tests m_self_tests{m_box, m_ports, m_bring_up.locks(), m_probe_bring_up, m_stream};
+    Box_Flash m_flash{m_box};
 };
 
 } // namespace Pelgar::ORBE

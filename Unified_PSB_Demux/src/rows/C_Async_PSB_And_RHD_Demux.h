@@ -23,8 +23,6 @@
 
 namespace Pelgar::ORBE::demux {
 
-inline constexpr unsigned np_port_count = 4;
-
 class ORBE_EXPORT Async_NP_And_RHD_Demux {
 public:
     Async_NP_And_RHD_Demux();

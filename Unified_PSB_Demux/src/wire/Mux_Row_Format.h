@@ -36,3 +36,10 @@ static_assert(payload_offset + payload_length == length);
 static_assert(payload_length == psb::bytes_per_row);
 
 } // namespace Pelgar::ORBE::demux::mux_row
+
+namespace Pelgar::ORBE::demux {
+
+// The probe ports, index 0..3.
+inline constexpr unsigned np_port_count = mux_row::rhd_stream_id;
+
+} // namespace Pelgar::ORBE::demux

@@ -1,5 +1,5 @@
 // The PSB test in simulation mode, on recordings that run through the real data path.
-#include "controller/PSB_Self_Test.h"
+#include "controller/Self_Test_Functions.h"
 
 #include "Self_Test_Fixture.h"
 

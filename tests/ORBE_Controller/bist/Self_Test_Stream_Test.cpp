@@ -1,5 +1,5 @@
 // Lending the stream to a self test, in hardware mode.
-#include "controller/Self_Test_Stream.h"
+#include "bist/Self_Test_Stream.h"
 
 #include "Controller_Fixture.h"
 #include "Self_Test_Fixture.h"
@@ -26,8 +26,13 @@ protected:
     Lent_Stream() {
         EXPECT_TRUE(m_controller->pre_init(true));
         m_controller->set_NP_aqustion_listener(m_host, port, false);
-        m_lent.emplace(*m_controller, port, m_tester);
+        lend();
         m_registers.clear_accesses();
+    }
+
+    void lend() {
+        m_lent.emplace(Controller_Test_Peer::box(*m_controller), Controller_Test_Peer::stream(*m_controller),
+                       port, m_tester);
     }
 
     // One block of the port, through the pump of the test or of the host.
@@ -101,7 +106,7 @@ TEST_F(Lent_Stream, WhatAnAcquisitionLeftIsNotForTheTest) {
     unfinished.resize(std::size_t{1} << 20U);
     m_box->queue_stream_read(unfinished);
     ASSERT_TRUE(m_controller->pump_data_to_demux());
-    m_lent.emplace(*m_controller, port, m_tester);
+    lend();
     stream_one_block([&] { return m_lent->pump(); });
     EXPECT_EQ(m_tester->ap_sets, 1792U) << "one block, and it begins with the test's own data";
     EXPECT_EQ(m_host->ap_sets, 0U);
@@ -139,7 +144,7 @@ TEST_F(Lent_Stream, PreparingThatFailsHalfWayCanBeTriedAgain) {
         EXPECT_EQ(m_log.count("End of main demux thread"), attempt + 1) << "the thread has been joined";
         m_lent.reset();
         m_box->clear_write_error();
-        m_lent.emplace(*m_controller, port, m_tester);
+        lend();
     }
     ASSERT_TRUE(m_lent->prepare(""));
     stream_one_block([&] { return m_lent->pump(); });

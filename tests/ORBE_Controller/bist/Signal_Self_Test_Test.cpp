@@ -1,5 +1,5 @@
 // The signal test in simulation mode, on recordings that run through the real data path.
-#include "controller/Signal_Self_Test.h"
+#include "controller/Self_Test_Functions.h"
 
 #include "Fake_ORBE_Controller.h"
 #include "Self_Test_Fixture.h"

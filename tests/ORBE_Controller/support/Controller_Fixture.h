@@ -16,9 +16,11 @@
 
 namespace Pelgar::ORBE {
 
-// Reaches the operation that the normal end of a stream leaves out.
+// Reaches the parts behind the controller.
 struct Controller_Test_Peer {
-    static void purge_read_buffers(ORBE_Controller_Library& controller) { controller.purge_read_buffers(); }
+    static Box_Connection& box(ORBE_Controller_Library& controller) { return controller.m_box; }
+
+    static Box_Stream& stream(ORBE_Controller_Library& controller) { return controller.m_stream; }
 };
 
 } // namespace Pelgar::ORBE

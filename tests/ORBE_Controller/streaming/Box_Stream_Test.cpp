@@ -234,7 +234,7 @@ TEST_F(Hardware_Pump, FinalizingStopsSourcesJoinsAndReports) {
 
 TEST_F(Hardware_Pump, PurgeReadsOnceAndReleasesTheBuffer) {
     m_box->queue_stream_read(std::vector<std::uint8_t>(4096, 1));
-    Controller_Test_Peer::purge_read_buffers(*m_controller);
+    Controller_Test_Peer::stream(*m_controller).purge_read_buffers();
     EXPECT_EQ(m_log.count(0, " 4096 bytes purged"), 1);
     EXPECT_EQ(m_log.count("m_current_error_level != 0"), 0);
     EXPECT_EQ(m_box->read_calls(), (std::vector<Fake_ORBE_Controller::Read_Call>{{0, false}}));
@@ -244,7 +244,7 @@ TEST_F(Hardware_Pump, PurgeLogsAnErrorLevelAndAnException) {
     m_box->queue_stream_error("c2h transfer failed");
     EXPECT_FALSE(m_controller->pump_data_to_demux());
     m_box->queue_stream_error("c2h transfer failed");
-    Controller_Test_Peer::purge_read_buffers(*m_controller);
+    Controller_Test_Peer::stream(*m_controller).purge_read_buffers();
     EXPECT_EQ(m_log.count(0, "m_current_error_level != 0"), 1);
     EXPECT_EQ(m_log.count(-1, "purge_read_buffers exception catched : c2h transfer failed"), 1);
 }

@@ -14,13 +14,14 @@
 
 namespace Pelgar::ORBE {
 
-class ORBE_Controller_Library;
+class Box_Connection;
+class Box_Stream;
 
 class Self_Test_Stream {
 public:
     // Clears the data path of what an earlier acquisition has left, saves the listeners, and sets `listener`
     // for the port and ones that do nothing for the others and for the RHD stream.
-    Self_Test_Stream(ORBE_Controller_Library& controller, unsigned port,
+    Self_Test_Stream(const Box_Connection& box, Box_Stream& stream, unsigned port,
                      const std::shared_ptr<demux::I_L2_Demux_CH_Results>& listener);
 
     // Stops the stream and gives the listeners back if that has not been done.
@@ -47,7 +48,8 @@ public:
     void restore_listeners();
 
 private:
-    ORBE_Controller_Library& m_controller;
+    const Box_Connection& m_box;
+    Box_Stream& m_stream;
     unsigned m_port;
     std::shared_ptr<demux::CP_L2_CH_Results_Null_Writer> m_null_writer;
     std::shared_ptr<demux::RHD_Frame_Null_listener> m_rhd_null_listener;

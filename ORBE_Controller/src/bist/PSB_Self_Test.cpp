@@ -1,8 +1,9 @@
-#include "controller/PSB_Self_Test.h"
+#include "bist/PSB_Self_Test.h"
 
+#include "bist/Self_Test_Stream.h"
 #include "common/Console.h"
-#include "controller/C_ORBE_Controller_Library.h"
-#include "controller/Self_Test_Stream.h"
+#include "connection/Box_Connection.h"
+#include "ports/Probe_Bring_Up.h"
 #include "self_test/PSB_L2_Tester.h"
 
 #include <cstdint>
@@ -19,12 +20,13 @@ constexpr std::uint32_t most_failures = 9;
 
 } // namespace
 
-bool execute_psb_test(ORBE_Controller_Library& controller, unsigned port, const std::string& directory) {
-    if (!controller.probe_init_part_2(port, E_ORBE_Init_Config::psb_test)) {
+bool run_psb_test(const Box_Connection& box, Probe_Bring_Up& bring_up, Box_Stream& box_stream, unsigned port,
+                  const std::string& directory) {
+    if (!bring_up.probe_init_part_2(port, E_ORBE_Init_Config::psb_test)) {
         return false;
     }
     const auto tester = std::make_shared<PSB_L2_Tester>();
-    Self_Test_Stream stream(controller, port, tester);
+    Self_Test_Stream stream(box, box_stream, port, tester);
     if (!stream.prepare(directory + '/' + recording_name)) {
         return false;
     }

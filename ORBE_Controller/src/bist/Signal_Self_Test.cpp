@@ -1,8 +1,9 @@
-#include "controller/Signal_Self_Test.h"
+#include "bist/Signal_Self_Test.h"
 
+#include "bist/Self_Test_Stream.h"
 #include "common/Console.h"
-#include "controller/C_ORBE_Controller_Library.h"
-#include "controller/Self_Test_Stream.h"
+#include "connection/Box_Connection.h"
+#include "ports/Probe_Bring_Up.h"
 #include "self_test/Frequency_Check.h"
 #include "self_test/L2_Sample_Accumulator.h"
 
@@ -76,19 +77,20 @@ bool run_trials(Self_Test_Stream& stream, L2_Sample_Accumulator& samples, bool b
     return false;
 }
 
-bool run_test(ORBE_Controller_Library& controller, unsigned port, const std::string& directory) {
-    if (!controller.probe_init_part_2(port, E_ORBE_Init_Config::pixel_test)) {
+bool run_test(const Box_Connection& box, Probe_Bring_Up& bring_up, Box_Stream& box_stream, unsigned port,
+              const std::string& directory) {
+    if (!bring_up.probe_init_part_2(port, E_ORBE_Init_Config::pixel_test)) {
         return false;
     }
     const auto samples = std::make_shared<L2_Sample_Accumulator>();
-    Self_Test_Stream stream(controller, port, samples);
+    Self_Test_Stream stream(box, box_stream, port, samples);
     if (!stream.prepare(directory + '/' + recording_name)) {
         console::err("Prep error\n");
         return false;
     }
     // Also in simulation mode, where an earlier stop has paused the recording.
     stream.enable();
-    const bool passed = run_trials(stream, *samples, controller.is_in_simulation_mode());
+    const bool passed = run_trials(stream, *samples, box.is_simulation());
     stream.stop();
     stream.restore_listeners();
     return passed;
@@ -96,10 +98,10 @@ bool run_test(ORBE_Controller_Library& controller, unsigned port, const std::str
 
 } // namespace
 
-bool execute_bist_signal_test(ORBE_Controller_Library& controller, unsigned port,
-                              const std::string& directory) {
+bool run_signal_test(const Box_Connection& box, Probe_Bring_Up& bring_up, Box_Stream& box_stream,
+                     unsigned port, const std::string& directory) {
     try {
-        return run_test(controller, port, directory);
+        return run_test(box, bring_up, box_stream, port, directory);
     } catch (const std::exception& exception) {
         console::err("Exception catched at execute_bist_signal_test : ", exception.what(), '\n');
         return false;

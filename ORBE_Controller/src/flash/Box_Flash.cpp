@@ -1,6 +1,6 @@
-// The configuration flash of the box: designs and the hardware record.
-#include "controller/C_ORBE_Controller_Library.h"
+#include "flash/Box_Flash.h"
 
+#include "connection/Box_Connection.h"
 #include "flash/Configuration_Flash.h"
 #include "flash/SPI_Flash_Programmer.h"
 
@@ -24,17 +24,16 @@ std::string read_hw_info_page(SPI_Flash_Programmer& programmer) {
 
 } // namespace
 
-bool ORBE_Controller_Library::program_flash(const char* path, unsigned address,
-                                            const Flash_Progress_Listener& listener) {
+bool Box_Flash::program_flash(const char* path, unsigned address, const Flash_Progress_Listener& listener) {
     LOG_SCOPE_F(INFO, "program_flash");
     LOG_F(INFO, "path : %s, address : %08x", path != nullptr ? path : "(none)", address);
-    SPI_Flash_Programmer programmer(&m_controller->spi());
+    SPI_Flash_Programmer programmer(&m_box.modules().spi());
     return programmer.program_flash(path, address, listener);
 }
 
-std::unique_ptr<ORBE_HW_Info> ORBE_Controller_Library::read_ORBE_HW_info() {
+std::unique_ptr<ORBE_HW_Info> Box_Flash::read_ORBE_HW_info() {
     LOG_SCOPE_F(INFO, "read_ORBE_HW_info");
-    SPI_Flash_Programmer programmer(&m_controller->spi());
+    SPI_Flash_Programmer programmer(&m_box.modules().spi());
     const std::string page = read_hw_info_page(programmer);
     if (page.empty()) {
         return nullptr;
@@ -44,9 +43,9 @@ std::unique_ptr<ORBE_HW_Info> ORBE_Controller_Library::read_ORBE_HW_info() {
     return info;
 }
 
-bool ORBE_Controller_Library::program_ORBE_HW_info(const ORBE_HW_Info& info) {
+bool Box_Flash::program_ORBE_HW_info(const ORBE_HW_Info& info) {
     LOG_SCOPE_F(INFO, "program_ORBE_HW_info");
-    SPI_Flash_Programmer programmer(&m_controller->spi());
+    SPI_Flash_Programmer programmer(&m_box.modules().spi());
     std::string page = read_hw_info_page(programmer);
     if (page.empty()) {
         return false;

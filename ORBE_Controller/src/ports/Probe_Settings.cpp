@@ -1,0 +1,56 @@
+#include "ports/Probe_Settings.h"
+
+#include "ports/Probe_Ports.h"
+
+#include <loguru.hpp>
+
+namespace Pelgar::ORBE {
+
+bool Probe_Settings::selectElectrode(unsigned port, int channel, int bank) {
+    return m_ports.at(port).select_electrode(channel, bank);
+}
+
+bool Probe_Settings::setGain(unsigned port, int channel, int ap_gain, int lfp_gain) {
+    return m_ports.at(port).set_gain(channel, ap_gain, lfp_gain);
+}
+
+bool Probe_Settings::getGain(unsigned port, int channel, int* ap_gain, int* lfp_gain) {
+    return m_ports.at(port).get_gain(channel, ap_gain, lfp_gain);
+}
+
+bool Probe_Settings::setReference(unsigned port, int channel, int reference, int int_ref_bank) {
+    return m_ports.at(port).set_reference(channel, reference, int_ref_bank);
+}
+
+bool Probe_Settings::setAPCornerFrequency(unsigned port, int channel, bool disable) {
+    return m_ports.at(port).set_ap_corner_frequency(channel, disable);
+}
+
+void Probe_Settings::clear_all_electrode_to_bank_assignments(unsigned port) {
+    LOG_SCOPE_F(INFO, "clear_all_electrode_to_bank_assignments");
+    LOG_F(INFO, "Clearing all channel to pixel assignments.");
+    m_ports.run_on_port("clear_all_electrode_to_bank_assignments", port, [&] {
+        m_ports.at(port).clear_electrodes();
+        return true;
+    });
+}
+
+bool Probe_Settings::setADCCalibration(unsigned port, const char* path) {
+    LOG_SCOPE_F(INFO, "setADCCalibration");
+    const bool loaded = m_ports.run_on_port("setADCCalibration", port,
+                                            [&] { return m_ports.at(port).load_adc_calibration(path); });
+    if (loaded) {
+        LOG_F(INFO, "ADC Calibration loaded");
+    } else {
+        LOG_F(ERROR, "ADC Calibration load error");
+    }
+    return loaded;
+}
+
+bool Probe_Settings::setGainCalibration(unsigned port, const char* path) {
+    LOG_SCOPE_F(INFO, "setGainCalibration");
+    return m_ports.run_on_port("setGainCalibration", port,
+                               [&] { return m_ports.at(port).load_gain_calibration(path); });
+}
+
+} // namespace Pelgar::ORBE

@@ -1,0 +1,170 @@
+#include "streaming/Box_Stream.h"
+
+#include "common/Console.h"
+#include "connection/Box_Connection.h"
+#include "ports/Probe_Ports.h"
+
+#include <loguru.hpp>
+
+#include <exception>
+#include <set>
+#include <stdexcept>
+#include <utility>
+
+namespace Pelgar::ORBE {
+
+namespace {
+
+// Written to the TTL outputs on every start of the RHD stream.
+constexpr std::uint32_t rhd_start_ttl_pattern = 0x12345678;
+
+} // namespace
+
+Box_Stream::Box_Stream(Box_Connection& box, Probe_Ports& ports)
+    : m_box(box), m_ports(ports), m_dma_pump(box, m_demux_thread.demux()),
+      m_recording_pump(m_demux_thread.demux()) {}
+
+void Box_Stream::prepare_for_streaming() {
+    LOG_SCOPE_F(INFO, "prepare_for_streaming");
+    if (m_prepared_for_streaming) {
+        LOG_F(INFO, "Already prepard for streaming");
+        return;
+    }
+    m_dma_pump.allocate_receive_buffer();
+    m_demux_thread.start();
+    try {
+        LOG_F(INFO, "Worker thread started");
+        m_dma_pump.prepare();
+    } catch (...) {
+        // A second try starts a thread of its own.
+        m_demux_thread.stop();
+        throw;
+    }
+    m_prepared_for_streaming = true;
+}
+
+bool Box_Stream::prepare_for_simulation_streaming(const std::string& path) {
+    LOG_SCOPE_F(INFO, "prepare_for_simulation_streaming");
+    if (m_prepared_for_streaming) {
+        console::out("Alread prepard for streaming (simulation)\n");
+        return true;
+    }
+    if (!m_recording_pump.open(path)) {
+        return false;
+    }
+    m_demux_thread.start();
+    console::out("Simulation worker thread started\n");
+    m_prepared_for_streaming = true;
+    return true;
+}
+
+void Box_Stream::enable_streaming(bool enable_np, std::initializer_list<unsigned> np_ports, bool enable_rhd,
+                                  std::initializer_list<unsigned> rhd_streams, bool soft_trigger) {
+    LOG_SCOPE_F(INFO, "enable_streaming");
+    if (!m_box.is_simulation()) {
+        enable_box_sources(enable_np, np_ports, enable_rhd, rhd_streams, soft_trigger);
+    } else if (enable_np || enable_rhd) {
+        m_recording_pump.resume();
+        console::out("resume streaming (simulation)\n");
+    } else {
+        console::out("Enable stream incorrect request (simulation)\n");
+    }
+    m_demux_thread.demux().set_enabled_RHD_stream_count(static_cast<unsigned>(rhd_streams.size()));
+    m_streams_enabled = m_streams_enabled || enable_np || enable_rhd;
+}
+
+void Box_Stream::enable_box_sources(bool enable_np, std::initializer_list<unsigned> np_ports, bool enable_rhd,
+                                    std::initializer_list<unsigned> rhd_streams, bool soft_trigger) {
+    if (enable_np) {
+        m_demux_thread.demux().signal_to_resync();
+        ORBE_Configurator& configurator = m_box.modules().configurator();
+        configurator.enable_np_streams(np_ports);
+        if (soft_trigger) {
+            configurator.soft_trigger_pulse();
+        }
+    }
+    if (enable_rhd) {
+        Okelly_Adapter_Module& rhd = m_box.modules().okelly_adapter();
+        rhd.set_continous_mode(true);
+        rhd.enable_streams(std::set<unsigned>(rhd_streams));
+        rhd.set_ttl_out_value(rhd_start_ttl_pattern);
+        rhd.trigger_fsm();
+    }
+}
+
+void Box_Stream::disable_streaming() {
+    LOG_SCOPE_F(INFO, "disable_streaming");
+    m_streams_enabled = false;
+    if (m_box.is_simulation()) {
+        console::out("disable_streaming in simulation mode\n");
+        console::out("pause streaming (simulation)\n");
+        m_recording_pump.pause();
+        return;
+    }
+    if (!m_box.is_healthy()) {
+        LOG_F(WARNING, "Skipping commands for disabling streams ( m_current_error_level > 0 )");
+        return;
+    }
+    m_box.modules().configurator().enable_np_streams({});
+    m_box.modules().okelly_adapter().enable_streams({});
+}
+
+void Box_Stream::disable_data_sources() {
+    LOG_SCOPE_F(INFO, "disable_data_sources");
+    if (m_box.is_healthy()) {
+        m_box.modules().data_stream().disable_data_source();
+        m_box.modules().okelly_adapter().set_continous_mode(false);
+    }
+}
+
+bool Box_Stream::pump_data_to_demux() {
+    const bool simulation = m_box.is_simulation();
+    if (!(simulation ? m_recording_pump.is_prepared() : m_dma_pump.is_prepared())) {
+        LOG_F(ERROR, "pump_data_to_demux before streaming was prepared");
+        return false;
+    }
+    return simulation ? m_recording_pump.pump() : m_dma_pump.pump();
+}
+
+void Box_Stream::set_NP_aqustion_listener(std::weak_ptr<demux::I_L2_Demux_CH_Results> listener, unsigned port,
+                                          bool via_gain_filter) {
+    LOG_SCOPE_F(INFO, "set_NP_aqustion_listener");
+    if (via_gain_filter) {
+        if (!m_ports.is_made(port)) {
+            throw std::runtime_error("set_NP_aqustion_listener before pre_init");
+        }
+        const auto& filter = m_ports.at(port).gain_filter();
+        filter->set_listener(std::move(listener));
+        listener = filter;
+    }
+    m_demux_thread.demux().set_L2_CH_Results_Listener(std::move(listener), port);
+}
+
+void Box_Stream::set_RHD_aqustion_listener(std::weak_ptr<demux::I_RHD_Frame_Listener> listener) {
+    LOG_SCOPE_F(INFO, "set_RHD_aqustion_listener");
+    m_demux_thread.demux().set_RHD_Results_Listener(std::move(listener));
+}
+
+void Box_Stream::finalize_stream() {
+    LOG_SCOPE_F(INFO, "finalize_stream");
+    std::exception_ptr failure;
+    if (m_box.is_healthy()) {
+        try {
+            disable_data_sources();
+            LOG_F(INFO, "Purge on exit disabled");
+        } catch (...) {
+            // The threads are joined whatever the registers do.
+            failure = std::current_exception();
+        }
+    }
+    m_demux_thread.stop();
+    demux::Async_NP_And_RHD_Demux& demux = m_demux_thread.demux();
+    LOG_F(INFO, "Read issue counter : %d", m_dma_pump.read_count());
+    LOG_F(INFO, "Total processed SF counter : %d", demux.get_total_processed_SF_count());
+    LOG_F(INFO, "Total processed RHD frames : %d", demux.get_total_processed_RHD_frame_count());
+    if (failure) {
+        std::rethrow_exception(failure);
+    }
+}
+
+} // namespace Pelgar::ORBE

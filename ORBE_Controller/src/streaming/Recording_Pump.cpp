@@ -1,0 +1,48 @@
+#include "streaming/Recording_Pump.h"
+
+#include "common/Console.h"
+#include "common/Host_Path.h"
+#include "common/Waiting.h"
+#include "rows/C_Async_PSB_And_RHD_Demux.h"
+
+#include <chrono>
+
+namespace Pelgar::ORBE {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr auto simulation_pump_wait = 10ms;
+
+} // namespace
+
+bool Recording_Pump::open(const std::string& path) {
+    if (!opens_as_directory(path.c_str())) {
+        m_sim_file.open(path, std::ios::binary);
+    }
+    if (!m_sim_file.is_open()) {
+        console::out("Sim file open error : ", path);
+        return false;
+    }
+    console::out("Sim file opened : ", path, "\n");
+    m_xfer_buffer = std::make_unique<demux::Main_mux_transfer_buffer_wrapper>();
+    return true;
+}
+
+bool Recording_Pump::pump() {
+    m_sim_file.read(reinterpret_cast<char*>(m_xfer_buffer->data), demux::transfer_buffer_capacity);
+    if (!m_sim_file) {
+        m_sim_file.clear();
+        m_sim_file.seekg(0);
+        return false;
+    }
+    m_xfer_buffer->size = demux::transfer_buffer_capacity;
+    if (!m_sim_paused) {
+        m_demux.push_xfer_buffer_to_queue(*m_xfer_buffer);
+    }
+    wait_for(simulation_pump_wait);
+    return true;
+}
+
+} // namespace Pelgar::ORBE
