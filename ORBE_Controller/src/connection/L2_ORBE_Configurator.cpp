@@ -69,11 +69,11 @@ void ORBE_Configurator::assign_port_4_to_np(bool on) {
 }
 
 void ORBE_Configurator::set_hw_trigger_ttl_source(unsigned ttl_input_index) {
-    if (ttl_input_index > configuration::ttl_source_largest_index) {
+    const unsigned written = ttl_input_index & configuration::ttl_source_written_bits;
+    if (written != ttl_input_index) {
         console::err("ttl_input_index > 7 truncating\n");
     }
-    replace_bits(configuration::ttl_source_mask, (ttl_input_index & configuration::ttl_source_written_bits)
-                                                     << configuration::ttl_source_shift);
+    replace_bits(configuration::ttl_source_mask, written << configuration::ttl_source_shift);
 }
 
 bool ORBE_Configurator::print_np_ports_status(unsigned status) {

@@ -1,6 +1,6 @@
 // Layer: device controller. The box-wide switches of the design, which all live in one configuration
-// register. Called on the host's threads, one at a time: the read-modify-write sequences are not locked.
-// Never blocks.
+// register. Called on any of the host's threads; blocks only while another one reads, changes and writes the
+// register.
 #pragma once
 
 #include "common/Export.h"
@@ -43,7 +43,8 @@ public:
     // Whether port 4 serves a Neuropixels probe.
     void assign_port_4_to_np(bool on);
 
-    // Selects the TTL input that triggers the acquisition. Only the two low bits of the index count.
+    // Selects the TTL input that triggers the acquisition, 0 to 3. Of a larger index only the two low bits
+    // count, and a message says so.
     void set_hw_trigger_ttl_source(unsigned ttl_input_index);
 
     // Logs which NP ports have locked to their probe's clock (bit i: port index i) and returns whether any

@@ -43,7 +43,6 @@ inline constexpr std::uint32_t soft_trigger = 1U << 9;
 inline constexpr std::uint32_t port_4_to_np = 1U << 10;
 inline constexpr std::uint32_t ttl_source_mask = 0x0000'3800;
 inline constexpr unsigned ttl_source_shift = 11;
-inline constexpr unsigned ttl_source_largest_index = 7;
 // Three bits are set aside for the TTL source, two of them are ever written: four inputs can be selected.
 inline constexpr unsigned ttl_source_written_bits = 0x3;
 } // namespace configuration

@@ -162,22 +162,34 @@ TEST_F(ORBEConfigurator, TTLSourceClearsThreeBitsAndWritesTwo) {
                       change(0xFFFF'FFFF, expected[index]))
                 << "index " << index;
         }
-        EXPECT_EQ(accesses_of(0x3800, [&] { m_configurator.set_hw_trigger_ttl_source(6); }),
-                  change(0x3800, 0x1000));
+    });
+    EXPECT_EQ(printed.out, "");
+}
+
+TEST_F(ORBEConfigurator, TTLSourceThatTruncationLeavesAloneIsNotTold) {
+    const auto printed = printed_by([&] {
+        for (unsigned index = 0; index < 4; ++index) {
+            m_configurator.set_hw_trigger_ttl_source(index);
+        }
     });
     EXPECT_EQ(printed.err, "");
     EXPECT_EQ(printed.out, "");
 }
 
-TEST_F(ORBEConfigurator, TTLSourceAboveSevenIsTruncatedAndTold) {
-    const auto printed = printed_by([&] {
-        EXPECT_EQ(accesses_of(0x3800, [&] { m_configurator.set_hw_trigger_ttl_source(8); }),
-                  change(0x3800, 0x0));
-        EXPECT_EQ(accesses_of(0x0, [&] { m_configurator.set_hw_trigger_ttl_source(0xFFFF'FFFF); }),
-                  change(0x0, 0x1800));
-    });
-    EXPECT_EQ(printed.err, "ttl_input_index > 7 truncating\nttl_input_index > 7 truncating\n");
-    EXPECT_EQ(printed.out, "");
+TEST_F(ORBEConfigurator, TTLSourceThatTruncationChangesIsTold) {
+    const auto expect_told = [&](unsigned index, std::uint32_t before, std::uint32_t after) {
+        const auto printed = printed_by([&] {
+            EXPECT_EQ(accesses_of(before, [&] { m_configurator.set_hw_trigger_ttl_source(index); }),
+                      change(before, after));
+        });
+        EXPECT_EQ(printed.err, "ttl_input_index > 7 truncating\n") << "index " << index;
+        EXPECT_EQ(printed.out, "");
+    };
+    expect_told(4, 0x3800, 0x0);
+    expect_told(6, 0x3800, 0x1000);
+    expect_told(7, 0x0, 0x1800);
+    expect_told(8, 0x3800, 0x0);
+    expect_told(0xFFFF'FFFF, 0x0, 0x1800);
 }
 
 TEST_F(ORBEConfigurator, PortStatusIsLoggedLineByLine) {
