@@ -60,9 +60,14 @@ std::ifstream open_image(const char* path) {
     return file;
 }
 
+// Throws for what has no end to be measured at, such as a pipe.
 std::uint64_t size_of(std::istream& file) {
     file.seekg(0, std::ios::end);
-    return static_cast<std::uint64_t>(file.tellg());
+    const std::streamoff size = file.tellg();
+    if (size < 0) {
+        throw std::runtime_error("file has no size");
+    }
+    return static_cast<std::uint64_t>(size);
 }
 
 // Behind the last address the flash would count on from its beginning, where the design lies that the box
