@@ -96,6 +96,7 @@ std::int32_t NP_Probe_Control_Module::setTestSignal(bool on) {
 }
 
 std::int32_t NP_Probe_Control_Module::set_cal_mode(std::uint32_t mode) {
+    const std::uint8_t kept = read(asic::cal_mod) & asic::cal_mod_kept;
     std::uint8_t selection = 0;
     switch (mode) {
     case 0:
@@ -113,7 +114,6 @@ std::int32_t NP_Probe_Control_Module::set_cal_mode(std::uint32_t mode) {
         LOG_F(ERROR, "invalid parameter mode: %i", mode);
         return -1;
     }
-    const std::uint8_t kept = read(asic::cal_mod) & asic::cal_mod_kept;
     write(asic::cal_mod, with(kept, selection));
     return 0;
 }

@@ -42,7 +42,8 @@ public:
     // Switches the headstage's test signal oscillator. Always 0.
     std::int32_t setTestSignal(bool on);
 
-    // Selects where the calibration signal is fed in: 0, 1, 3, or 2 for nowhere. -1 for any other mode.
+    // Selects where the calibration signal is fed in: 0, 1, 3, or 2 for nowhere. -1 for any other mode, which
+    // writes nothing.
     std::int32_t set_cal_mode(std::uint32_t mode);
 
     void configure_serializer(bool on);
