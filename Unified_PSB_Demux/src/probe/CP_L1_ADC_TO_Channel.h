@@ -19,8 +19,9 @@ public:
     // Takes one ADC frame: 32 samples, an unused value and the two halves of a 20-bit frame counter. Delivers
     // 384 AP values after the twelfth AP frame of a super frame and 384 LFP values every twelve super frames,
     // on the calling thread. Every sample lands where the frame's own counter puts it, so a lost frame shifts
-    // nothing; channels of frames that never came keep their values from before. Never allocates in a healthy
-    // stream; takes one lock a super frame, to reach the listener.
+    // nothing; channels of frames that never came hold what the listener has left there, which is the value
+    // from before only as long as the listener changes none. Never allocates in a healthy stream; takes one
+    // lock a super frame, to reach the listener.
     void publish_adc_data(const std::uint16_t (&adc)[adc_frame_length]) override;
 
     // Starts the upper part of the 32-bit frame counter anew. Any thread.

@@ -275,26 +275,62 @@ TEST_F(CP_L1_ADC_TO_Channel_Test, ResyncAfterTheRollOverMakesTheNextFrameADwDisc
 }
 
 // The receiver may change the values in place; what it changed shows up only where no new value came.
-TEST(CP_L1_ADC_TO_Channel_In_Place, TheSetIsRefilledAfterTheListenerChangedIt) {
+class CP_L1_ADC_TO_Channel_In_Place : public CP_L1_ADC_TO_Channel_Test {
+protected:
     struct Changing_Listener : Recording_L2_Listener {
         void publish_ap_ch_data(std::uint16_t (&values)[channel_count]) override {
             Recording_L2_Listener::publish_ap_ch_data(values);
-            std::fill(std::begin(values), std::end(values), std::uint16_t{0xFFFF});
+            for (std::uint16_t& value : values) {
+                value = changed(value);
+            }
         }
     };
 
-    const auto listener = std::make_shared<Changing_Listener>();
-    CP_L1_ADC_TO_Channel stage;
-    stage.set_l2_ch_result_listener(listener);
-    for (std::uint32_t counter = 0; counter < 26; ++counter) {
-        const Adc_Frame frame = numbered_frame(counter);
-        std::uint16_t adc[adc_frame_length];
-        std::copy(frame.begin(), frame.end(), adc);
-        stage.publish_adc_data(adc);
+    static std::uint16_t changed(std::uint16_t value) { return static_cast<std::uint16_t>(value + 0x4000); }
+
+    CP_L1_ADC_TO_Channel_In_Place() { m_stage.set_l2_ch_result_listener(m_changing_listener); }
+
+    void publish_numbered(std::uint32_t first, std::uint32_t last) {
+        captured_output([&] {
+            for (std::uint32_t counter = first; counter <= last; ++counter) {
+                publish(numbered_frame(counter));
+            }
+        });
     }
-    ASSERT_EQ(listener->sets.size(), 2U);
-    for (const std::uint16_t value : listener->sets[1].values) {
-        EXPECT_NE(value, 0xFFFF);
+
+    // What the frame of `counter` brings for the channel.
+    static std::uint16_t brought(std::uint32_t counter, std::uint32_t channel) {
+        return numbered_frame(counter)[2 * (channel / 24) + channel % 2];
+    }
+
+    std::shared_ptr<Changing_Listener> m_changing_listener = std::make_shared<Changing_Listener>();
+};
+
+TEST_F(CP_L1_ADC_TO_Channel_In_Place, TheSetIsRefilledAfterTheListenerChangedIt) {
+    publish_numbered(0, 25);
+    ASSERT_EQ(m_changing_listener->sets.size(), 2U);
+    for (std::uint32_t channel = 0; channel < channel_count; ++channel) {
+        const std::uint32_t phase = 1 + channel % 24 / 2;
+        EXPECT_EQ(m_changing_listener->sets[1].values[channel], brought(13 + phase, channel)) << channel;
+    }
+}
+
+TEST_F(CP_L1_ADC_TO_Channel_In_Place, ValuesOfLostFramesAreChangedOnceMoreAtEveryDelivery) {
+    publish_numbered(0, 12);
+    for (const std::uint32_t super_frame : {1U, 2U}) {
+        publish_numbered(13 * super_frame + 7, 13 * super_frame + 12);
+    }
+    ASSERT_EQ(m_changing_listener->sets.size(), 3U);
+    for (std::uint32_t channel = 0; channel < channel_count; ++channel) {
+        const std::uint32_t phase = 1 + channel % 24 / 2;
+        const std::uint16_t left_over = brought(phase, channel);
+        const bool lost = phase < 7;
+        EXPECT_EQ(m_changing_listener->sets[1].values[channel],
+                  lost ? changed(left_over) : brought(13 + phase, channel))
+            << channel;
+        EXPECT_EQ(m_changing_listener->sets[2].values[channel],
+                  lost ? changed(changed(left_over)) : brought(26 + phase, channel))
+            << channel;
     }
 }
 
