@@ -4,6 +4,7 @@
 
 #include "adapter/Adapter_State.h"
 #include "adapter/File_Switch.h"
+#include "adapter/Fork_Guard.h"
 #include "adapter/Last_Error.h"
 #include "adapter/Module_Pin.h"
 #include "adapter/Pump_Thread.h"
@@ -134,6 +135,12 @@ NP_ErrorCode openBS(int slotID) {
     LOG_SCOPE_F(INFO, "openBS");
     LOG_F(INFO, "slotID : %d", slotID);
     keep_last_errors();
+    guard_forks();
+    if (basestation_is_a_parents()) {
+        // Opening would reset the box under the process that streams from it.
+        LOG_F(ERROR, "openBS : %s", why_there_is_no_basestation());
+        return open_failed;
+    }
     if (current_controller()) {
         LOG_F(INFO, "Warning re initalizing library. slotID : %d", slotID);
     }

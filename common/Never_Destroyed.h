@@ -15,6 +15,10 @@ public:
     Never_Destroyed(const Never_Destroyed&) = delete;
     Never_Destroyed& operator=(const Never_Destroyed&) = delete;
 
+    // Makes a new object in the place of the old one, which is not torn down either. For a process that has
+    // nobody left who could be using the old one.
+    void begin_anew() { ::new (static_cast<void*>(m_storage)) T(); }
+
     T& operator*() { return *std::launder(reinterpret_cast<T*>(m_storage)); }
 
     T* operator->() { return &**this; }

@@ -1,5 +1,6 @@
 #include "adapter/Adapter_State.h"
 
+#include "adapter/Fork_Guard.h"
 #include "common/Checked_Index.h"
 
 namespace Pelgar::ORBE::npoe_adapter {
@@ -23,6 +24,11 @@ Never_Destroyed<Controller_Factory> g_controller_factory;
 std::shared_ptr<ORBE_Controller_Library> current_controller() {
     const std::lock_guard lock(*g_objects_mutex);
     return *g_controller;
+}
+
+const char* why_there_is_no_basestation() {
+    return basestation_is_a_parents() ? "the basestation is open in the process that this one was forked from"
+                                      : "no basestation is open";
 }
 
 std::shared_ptr<NP_Converter> current_np_converter(int portID) {

@@ -67,6 +67,9 @@ std::shared_ptr<ORBE_Controller_Library> current_controller();
 std::shared_ptr<NP_Converter> current_np_converter(int portID);
 std::shared_ptr<RHD_Converter> current_rhd_converter();
 
+// Says why `current_controller` is empty, for people.
+const char* why_there_is_no_basestation();
+
 // Carries out `operation` (controller -> bool) for the entry point `name`. No open basestation and a
 // std::runtime_error from below are logged and answered as failures.
 template <typename Operation>
@@ -74,7 +77,7 @@ Neuropixels::NP_ErrorCode forward_to_controller(const char* name, Operation oper
     keep_last_errors();
     const auto controller = current_controller();
     if (!controller) {
-        LOG_F(ERROR, "%s : no basestation is open", name);
+        LOG_F(ERROR, "%s : %s", name, why_there_is_no_basestation());
         return Neuropixels::FAILED;
     }
     if (controller->get_current_error_level() == Error_Level::driver_open) {
@@ -95,6 +98,12 @@ template <typename Operation>
 Neuropixels::NP_ErrorCode forward_over_i2c(const char* name, Operation operation) {
     const std::lock_guard lock(*g_i2c_mutex);
     return forward_to_controller(name, operation);
+}
+
+// What an output pointer of the host, which may be null, leads to before the call.
+template <typename T>
+T read_from_host(const T* source) {
+    return source == nullptr ? T{} : *source;
 }
 
 // Writes through an output pointer of the host, which may be null.

@@ -10,6 +10,10 @@
 #include <string>
 #include <utility>
 
+#if !defined(_WIN32)
+#include <pthread.h>
+#endif
+
 namespace loguru::detail {
 
 namespace {
@@ -26,6 +30,30 @@ std::string indentation_of(Verbosity verbosity) {
 }
 
 } // namespace
+
+Log_Router::Log_Router() {
+#if !defined(_WIN32)
+    pthread_atfork(wait_before_fork, go_on_in_parent, go_on_in_child);
+#endif
+}
+
+#if !defined(_WIN32)
+
+void Log_Router::wait_before_fork() {
+    instance().m_mutex.lock();
+}
+
+void Log_Router::go_on_in_parent() {
+    instance().m_mutex.unlock();
+}
+
+void Log_Router::go_on_in_child() {
+    // The system has given the thread another number, under which it cannot hand the lock back: it takes a
+    // new one.
+    std::construct_at(&instance().m_mutex);
+}
+
+#endif
 
 Log_Router& Log_Router::instance() {
     static Pelgar::ORBE::Never_Destroyed<Log_Router> router;

@@ -14,6 +14,10 @@ namespace loguru::detail {
 
 class Log_Router {
 public:
+    Log_Router();
+    Log_Router(const Log_Router&) = delete;
+    Log_Router& operator=(const Log_Router&) = delete;
+
     // The one of the process. It is never destroyed, because threads may log until the process has ended.
     static Log_Router& instance();
 
@@ -32,6 +36,14 @@ public:
 private:
     void deliver_locked(const Log_Record& record);
     void update_cutoff() noexcept;
+
+#if !defined(_WIN32)
+    // A process is forked between two records, so that the new one, in which no other thread goes on, has
+    // whole listeners and a lock that is free.
+    static void wait_before_fork();
+    static void go_on_in_parent();
+    static void go_on_in_child();
+#endif
 
     // Recursive, so that a callback may add and remove listeners.
     std::recursive_mutex m_mutex;

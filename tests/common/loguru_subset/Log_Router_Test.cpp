@@ -4,11 +4,17 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <memory>
 #include <stdexcept>
 #include <string>
 #include <thread>
 #include <vector>
+
+#if defined(__linux__)
+#include <sys/wait.h>
+#include <unistd.h>
+#endif
 
 namespace {
 
@@ -140,5 +146,36 @@ TEST_F(Router, ListenersComeAndGoWhileOthersLog) {
     deliver("nobody listens");
     EXPECT_EQ(g_received.size(), received);
 }
+
+#if defined(__linux__)
+TEST_F(Router, ProcessThatIsForkedWhileAThreadLogsCanLogItself) {
+    add("one", m_a, [](void* /*user_data*/, const Message& /*message*/) {});
+    std::atomic<bool> enough{false};
+    std::thread logging([&] {
+        while (!enough) {
+            deliver("text");
+        }
+    });
+    constexpr int forks = 100;
+    constexpr unsigned patience_s = 20;
+    for (int i = 0; i < forks; ++i) {
+        const pid_t child = fork();
+        ASSERT_NE(child, -1);
+        if (child == 0) {
+            alarm(patience_s); // ends a process that hangs
+            deliver("text");
+            _exit(0);
+        }
+        int status = -1;
+        EXPECT_EQ(waitpid(child, &status, 0), child);
+        if (status != 0) {
+            ADD_FAILURE() << "the forked process ended with status " << status;
+            break;
+        }
+    }
+    enough = true;
+    logging.join();
+}
+#endif
 
 } // namespace
