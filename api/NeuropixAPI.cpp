@@ -8,6 +8,7 @@
 #include "adapter/Last_Error.h"
 #include "adapter/Module_Pin.h"
 #include "adapter/Pump_Thread.h"
+#include "adapter/Raw_Data_File.h"
 
 #include <loguru.hpp>
 
@@ -144,11 +145,12 @@ NP_ErrorCode openBS(int slotID) {
     if (current_controller()) {
         LOG_F(INFO, "Warning re initalizing library. slotID : %d", slotID);
     }
-    const bool simulation = probe_file_switch(simulation_switch).present;
+    const File_Switch simulation = probe_file_switch(simulation_switch);
     pin_own_module();
+    keep_raw_data_file(simulation.first_line);
     try {
         end_acquisition();
-        exchange_controller(make_controller_or_none(simulation));
+        exchange_controller(make_controller_or_none(simulation.present));
         if (!bring_up(*current_controller())) {
             return open_failed;
         }

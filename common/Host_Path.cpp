@@ -1,6 +1,8 @@
 #include "common/Host_Path.h"
 
-#if !defined(_WIN32)
+#if defined(_WIN32)
+#include <windows.h>
+#else
 #include <filesystem>
 #include <system_error>
 #endif
@@ -14,11 +16,40 @@ bool opens_as_directory(const char* /*path*/) {
     return false;
 }
 
+namespace {
+
+// Answers whether there is such a file.
+bool identify(const char* path, BY_HANDLE_FILE_INFORMATION& identity) {
+    const HANDLE file = CreateFileA(path, 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                                    OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (file == INVALID_HANDLE_VALUE) {
+        return false;
+    }
+    const bool identified = GetFileInformationByHandle(file, &identity) != FALSE;
+    CloseHandle(file);
+    return identified;
+}
+
+} // namespace
+
+bool is_same_file(const char* left, const char* right) {
+    BY_HANDLE_FILE_INFORMATION one{};
+    BY_HANDLE_FILE_INFORMATION other{};
+    return identify(left, one) && identify(right, other) &&
+           one.dwVolumeSerialNumber == other.dwVolumeSerialNumber &&
+           one.nFileIndexHigh == other.nFileIndexHigh && one.nFileIndexLow == other.nFileIndexLow;
+}
+
 #else
 
 bool opens_as_directory(const char* path) {
     std::error_code no_such_file;
     return std::filesystem::is_directory(path, no_such_file);
+}
+
+bool is_same_file(const char* left, const char* right) {
+    std::error_code no_such_file;
+    return std::filesystem::equivalent(left, right, no_such_file);
 }
 
 #endif

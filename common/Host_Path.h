@@ -9,4 +9,7 @@ namespace Pelgar::ORBE {
 // read only.
 bool opens_as_directory(const char* path);
 
+// Whether both names lead to one file. False when either leads to none.
+bool is_same_file(const char* left, const char* right);
+
 } // namespace Pelgar::ORBE

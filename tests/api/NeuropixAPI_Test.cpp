@@ -182,6 +182,30 @@ TEST_F(Opening, OpeningAgainWhileThePumpRunsEndsThePumpAndWakesReaders) {
     EXPECT_TRUE(*g_pump_thread);
 }
 
+TEST_F(Opening, RecordingOfTheNameThatOpeningMakesIsPlayedAndLeftAlone) {
+    const std::string content(mebibyte, 'r');
+    std::ofstream("raw_data.bin", std::ios::binary) << content;
+    select_simulation("raw_data.bin");
+    EXPECT_EQ(openBS(0), SUCCESS);
+    EXPECT_TRUE(current_controller()->pump_data_to_demux()) << "there is a whole transfer to play";
+    EXPECT_FALSE(current_controller()->pump_data_to_demux());
+    EXPECT_EQ(closeBS(0), SUCCESS);
+    EXPECT_EQ(content_of("raw_data.bin"), content);
+}
+
+TEST_F(Opening, AnotherFileOfThatNameIsKeptUnderItsDate) {
+    std::ofstream("raw_data.bin", std::ios::binary) << "a day's work";
+    open_simulation(mebibyte);
+    EXPECT_EQ(content_of("raw_data.bin"), "");
+    std::string kept;
+    for (const auto& entry : std::filesystem::directory_iterator(".")) {
+        const std::string name = entry.path().filename().string();
+        kept = name.starts_with("raw_data_") ? name : kept;
+    }
+    EXPECT_EQ(content_of(kept.c_str()), "a day's work");
+    EXPECT_EQ(m_log.count(-1, "raw_data.bin was not empty and is kept as " + kept), 1);
+}
+
 class Bad_Recording : public API_Fixture {
 protected:
     // Opens the recording and expects it to be refused with the one message that names it.

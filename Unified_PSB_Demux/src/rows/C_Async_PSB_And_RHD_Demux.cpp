@@ -58,7 +58,8 @@ Async_NP_And_RHD_Demux::Async_NP_And_RHD_Demux() {
     m_rhd_words =
         std::make_unique_for_overwrite<std::uint16_t[]>(rows_per_transfer_buffer * mux_row::payload_words);
     m_last_row_counter.fill(counter_before_first_row);
-    m_raw_data_file.open("raw_data.bin", std::ios::binary);
+    // Whatever is in the file stays in it.
+    m_raw_data_file.open(raw_data_file_name, std::ios::binary | std::ios::app);
 }
 
 Async_NP_And_RHD_Demux::~Async_NP_And_RHD_Demux() {

@@ -23,6 +23,9 @@
 
 namespace Pelgar::ORBE::demux {
 
+// Made in the working directory whenever a demultiplexer is, where there is none.
+inline constexpr const char* raw_data_file_name = "raw_data.bin";
+
 class ORBE_EXPORT Async_NP_And_RHD_Demux {
 public:
     Async_NP_And_RHD_Demux();
@@ -97,7 +100,7 @@ private:
     bool m_stop_requested = false;
     // The last row counter of each stream id.
     std::array<std::uint8_t, mux_row::stream_id_count> m_last_row_counter;
-    // Created in the working directory, and left empty, whenever a demultiplexer is made.
+    // Nothing is written into it.
     std::ofstream m_raw_data_file;
     std::uint32_t m_processed_packet_count = 0;
     std::array<std::uint32_t, np_port_count> m_np_rows_processed{};

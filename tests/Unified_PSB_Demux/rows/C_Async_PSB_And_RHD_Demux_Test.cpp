@@ -483,7 +483,7 @@ TEST(Demux_Life, ConstructorAndDestructorOpenTheirScopes) {
     EXPECT_TRUE(log.has_scope(0, "~Async_NP_And_RHD_Demux"));
 }
 
-TEST(Demux_Life, RawDataFileIsCreatedOrTruncatedAndLeftEmpty) {
+TEST(Demux_Life, RawDataFileIsCreatedAndLeftEmpty) {
     for (int round = 0; round < 2; ++round) {
         captured_output([] {
             const Async_NP_And_RHD_Demux demux;
@@ -491,8 +491,15 @@ TEST(Demux_Life, RawDataFileIsCreatedOrTruncatedAndLeftEmpty) {
             EXPECT_EQ(std::filesystem::file_size("raw_data.bin"), 0U);
         });
         EXPECT_EQ(std::filesystem::file_size("raw_data.bin"), 0U);
-        std::ofstream("raw_data.bin") << "from before";
     }
+}
+
+TEST(Demux_Life, RawDataFileIsNeverEmptied) {
+    std::ofstream("raw_data.bin") << "from before";
+    captured_output([] { const Async_NP_And_RHD_Demux demux; });
+    std::string content;
+    std::getline(std::ifstream("raw_data.bin"), content);
+    EXPECT_EQ(content, "from before");
 }
 
 TEST(Demux_Life, WorkersStartInOrderUnderTheirNames) {
