@@ -117,6 +117,14 @@ std::string four_times(const std::string& text) {
 
 class Opening : public API_Fixture {};
 
+TEST_F(Opening, RecordingsNameIsTakenWithoutWhatNobodySees) {
+    const std::string path = write_recording_without_rows(mebibyte);
+    for (const std::string& line : {path + " ", path + "\t\r", "\xEF\xBB\xBF" + path}) {
+        select_simulation(line);
+        EXPECT_EQ(openBS(0), SUCCESS) << line;
+    }
+}
+
 TEST_F(Opening, SwitchFileSelectsSimulation) {
     open_simulation();
     ASSERT_TRUE(current_controller());

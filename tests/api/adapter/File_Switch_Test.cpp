@@ -6,6 +6,7 @@
 #include <fstream>
 #include <sstream>
 #include <string>
+#include <string_view>
 
 namespace {
 
@@ -41,9 +42,41 @@ TEST(FileSwitch, EmptyFileIsPresent) {
     EXPECT_EQ(found.first_line, "");
 }
 
+// The first line of a switch file with exactly these bytes in it.
+std::string first_line_of(std::string_view bytes) {
+    std::ofstream("A_SWITCH", std::ios::binary | std::ios::trunc) << bytes;
+    return probe_file_switch("A_SWITCH").first_line;
+}
+
 TEST(FileSwitch, CarriageReturnDoesNotBelongToTheLine) {
-    std::ofstream("CRLF_SWITCH", std::ios::binary) << "2\r\n";
-    EXPECT_EQ(probe_file_switch("CRLF_SWITCH").first_line, "2");
+    EXPECT_EQ(first_line_of("2\r\n"), "2");
+}
+
+TEST(FileSwitch, BlanksAtTheEndDoNotBelongToTheLine) {
+    EXPECT_EQ(first_line_of("a recording.bin \t \r\nsecond line\n"), "a recording.bin");
+    EXPECT_EQ(first_line_of("a recording.bin  "), "a recording.bin");
+    EXPECT_EQ(first_line_of(" \t\r\n"), "");
+    EXPECT_EQ(first_line_of(" a recording.bin"), " a recording.bin") << "those at the beginning do";
+}
+
+TEST(FileSwitch, ByteOrderMarkDoesNotBelongToTheLine) {
+    EXPECT_EQ(first_line_of("\xEF\xBB\xBF"
+                            "a recording.bin\r\n"),
+              "a recording.bin");
+    EXPECT_EQ(first_line_of("\xEF\xBB\xBF"), "");
+    EXPECT_EQ(first_line_of("\xEF\xBB"), "\xEF\xBB") << "a piece of one is no mark";
+}
+
+TEST(FileSwitch, TextOfTwoBytesACharacterIsReadAsFarAsItIsAscii) {
+    using namespace std::string_view_literals;
+    EXPECT_EQ(first_line_of("\xFF\xFE"
+                            "a\0.\0b\0i\0n\0\r\0\n\0x\0"sv),
+              "a.bin");
+    EXPECT_EQ(first_line_of("\xFE\xFF\0a\0.\0b\0\r\0\n\0x"sv), "a.b");
+    EXPECT_EQ(first_line_of("\xFF\xFE"
+                            "a\0\xE4\0b\x01"sv),
+              "a??");
+    EXPECT_EQ(first_line_of("\xFF\xFE"sv), "");
 }
 
 TEST(FileSwitch, EveryProbeLeavesTheMarkerFile) {
