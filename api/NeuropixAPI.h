@@ -652,7 +652,7 @@ NP_EXPORT NP_ErrorCode ADC_getPacketFifoStatus(int slotID, int* packetsAvailable
 NP_EXPORT NP_ErrorCode bistBS(int slotID);
 // Whether the port's link is locked.
 NP_EXPORT NP_ErrorCode bistHB(int slotID, int portID, int dockID);
-// Pseudo-random bits over the port's link; stopping writes the number of wrong ones.
+// Pseudo-random bits over the port's link; stopping writes the number of wrong ones, 0 when it fails.
 NP_EXPORT NP_ErrorCode bistStartPRBS(int slotID, int portID);
 NP_EXPORT NP_ErrorCode bistStopPRBS(int slotID, int portID, int* prbs_err);
 // Writes two patterns into a register of the probe and reads them back.

@@ -15,10 +15,10 @@ using namespace Neuropixels;
 #define NP_ADDITION(result, name, parameters, arguments)
 #include "NeuropixAPI_Functions.inc"
 
-#define NP_LOGGED_TWIN(name, parameters, ...)                                                                \
-    NP_ErrorCode name parameters {                                                                           \
+#define NP_LOGGED_TWIN(type, name, parameters, ...)                                                          \
+    type name parameters {                                                                                   \
         VLOG_SCOPE_F(1, #name);                                                                              \
         VLOG_F(1, __VA_ARGS__);                                                                              \
-        return SUCCESS;                                                                                      \
+        return static_cast<type>(SUCCESS);                                                                   \
     }
 #include "api/NeuropixAPI_unused.inc"

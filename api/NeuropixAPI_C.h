@@ -5,10 +5,11 @@
 //     extern "C" Neuropixels::NP_ErrorCode np_openBS(int slotID);
 //
 // Two things to know:
-// - np_getFlexVersion, np_getHSVersion, np_readFlexPN, np_readHSSN, np_readProbePN, np_setEmissionSite,
-//   np_setHSLed and np_setOpticalCalibration call nothing: they are logged, write nothing and return 0.
-// - The global np_dbg_setlevel is the twin of Neuropixels::dbg_setlevel and another function than
-//   Neuropixels::np_dbg_setlevel.
+// - np_dbg_setlevel, np_getFlexVersion, np_getHSVersion, np_readFlexPN, np_readHSSN, np_readProbePN,
+//   np_setEmissionSite, np_setHSLed and np_setOpticalCalibration call nothing: they are logged, write nothing
+//   and return 0, the first of them nothing.
+// - The global np_dbg_setlevel has the place of a twin of Neuropixels::dbg_setlevel, but logs the level as
+//   Neuropixels::np_dbg_setlevel does.
 //
 // A twin throws what its function throws: an exception is neither held back nor turned into a result. A host
 // that is to catch it needs two things:

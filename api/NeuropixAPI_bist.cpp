@@ -68,9 +68,7 @@ NP_ErrorCode bistStopPRBS(int /*slotID*/, int portID, int* prbs_err) {
     const auto result = forward_over_i2c("bistStopPRBS", [&](auto& controller) {
         return controller.bist_stop_PBRS(port_index(portID), &errors);
     });
-    if (result == SUCCESS) {
-        write_to_host(prbs_err, errors);
-    }
+    write_to_host(prbs_err, errors);
     return result;
 }
 

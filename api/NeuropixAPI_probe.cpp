@@ -157,16 +157,15 @@ NP_ErrorCode setAPCornerFrequency(int slotID, int portID, int dockID, int channe
 NP_ErrorCode getGain(int /*slotID*/, int portID, int /*dockID*/, int channel, int* APgainselect,
                      int* LFPgainselect) {
     LOG_SCOPE_F(INFO, "getGain");
-    int ap_gain = 0;
-    int lfp_gain = 0;
+    // A call that fails leaves the host's numbers alone, and they are what is logged.
+    int ap_gain = read_from_host(APgainselect);
+    int lfp_gain = read_from_host(LFPgainselect);
     const auto result = forward_over_i2c("getGain", [&](auto& controller) {
         return controller.getGain(port_index(portID), channel, &ap_gain, &lfp_gain);
     });
     LOG_F(INFO, "portID : %d, APgainselect : %d, LFPgainselect : %d", portID, ap_gain, lfp_gain);
-    if (result == SUCCESS) {
-        write_to_host(APgainselect, ap_gain);
-        write_to_host(LFPgainselect, lfp_gain);
-    }
+    write_to_host(APgainselect, ap_gain);
+    write_to_host(LFPgainselect, lfp_gain);
     return result;
 }
 
@@ -237,7 +236,7 @@ NP_ErrorCode readProbeSN(int slotID, int portID, int /*dockID*/, uint64_t* sn) {
     LOG_SCOPE_F(INFO, "readProbeSN");
     LOG_F(INFO, "slotID : %d, portID : %d", slotID, portID);
     return forward_over_i2c("readProbeSN", [&](auto& controller) {
-        unsigned long long number = sn == nullptr ? 0 : *sn;
+        unsigned long long number = read_from_host(sn);
         const bool read = controller.readProbeSN(port_index(portID), &number);
         write_to_host(sn, static_cast<uint64_t>(number));
         return read;

@@ -87,9 +87,9 @@ TEST_F(C_Twins, ThrowWhatTheirFunctionsThrow) {
     EXPECT_THROW(np_getElectrodeDataFifoState(0, 0, 0, &number, &number), std::out_of_range);
 }
 
-TEST_F(C_Twins, DebugLevelHasATwinThatIsAnotherThanTheBoxsAddition) {
+TEST_F(C_Twins, DebugLevelIsLoggedUnderBothNames) {
     ::np_dbg_setlevel(4);
-    EXPECT_EQ(logged_lines(), scope_with_line("dbg_setlevel", "dbg_setlevel"));
+    EXPECT_EQ(logged_lines(), scope_with_line("np_dbg_setlevel", "4"));
     m_log.clear();
     Neuropixels::np_dbg_setlevel(4);
     EXPECT_EQ(logged_lines(), scope_with_line("np_dbg_setlevel", "4"));

@@ -144,8 +144,18 @@ TEST_F(Probe_Setup, GainsAreAnsweredAsTheConfigurationKeepsThem) {
     EXPECT_EQ(m_log.count(0, "portID : 1, APgainselect : 3, LFPgainselect : 3"), 1);
     EXPECT_EQ(getGain(0, 2, 0, 20, &ap, nullptr), SUCCESS);
     EXPECT_EQ(ap, 0) << "every port has its own";
+}
+
+TEST_F(Probe_Setup, GainsThatCannotBeAnsweredLeaveAndLogTheHostsNumbers) {
+    int ap = 41;
+    int lfp = -42;
     EXPECT_EQ(getGain(0, 1, 0, 384, &ap, &lfp), FAILED);
-    EXPECT_EQ(lfp, 3) << "a failure writes nothing";
+    EXPECT_EQ(m_log.count(0, "portID : 1, APgainselect : 41, LFPgainselect : -42"), 1);
+    EXPECT_EQ(closeBS(0), SUCCESS);
+    EXPECT_EQ(getGain(0, 3, 0, 0, &ap, nullptr), FAILED);
+    EXPECT_EQ(m_log.count(0, "portID : 3, APgainselect : 41, LFPgainselect : 0"), 1);
+    EXPECT_EQ(ap, 41);
+    EXPECT_EQ(lfp, -42);
 }
 
 TEST_F(Probe_Setup, RejectedValuesFail) {

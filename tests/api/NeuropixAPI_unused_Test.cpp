@@ -59,17 +59,22 @@ const Expected_Call expected_calls[] = {
 };
 
 const Expected_Call expected_twin_calls[] = {
-    {"np_getFlexVersion", "22", "-, -", "0"}, {"np_getHSVersion", "22", "-, -", "0"},
-    {"np_readFlexPN", "22", "-", "0"},        {"np_readHSSN", "22", "-", "0"},
-    {"np_readProbePN", "22", "-", "0"},       {"np_setEmissionSite", "22", "", "0"},
-    {"np_setHSLed", "22", "", "0"},           {"np_setOpticalCalibration", "22", "", "0"},
+    {"np_dbg_setlevel", "11", "", ""},
+    {"np_getFlexVersion", "22", "-, -", "0"},
+    {"np_getHSVersion", "22", "-, -", "0"},
+    {"np_readFlexPN", "22", "-", "0"},
+    {"np_readHSSN", "22", "-", "0"},
+    {"np_readProbePN", "22", "-", "0"},
+    {"np_setEmissionSite", "22", "", "0"},
+    {"np_setHSLed", "22", "", "0"},
+    {"np_setOpticalCalibration", "22", "", "0"},
 };
 
 #define NP_LOGGED_ONLY(type, name, parameters, result, ...)                                                  \
     TEST_F(Unused, name) {                                                                                   \
         expect_call(#name, &Neuropixels::name, expected_calls);                                              \
     }
-#define NP_LOGGED_TWIN(name, parameters, ...)                                                                \
+#define NP_LOGGED_TWIN(type, name, parameters, ...)                                                          \
     TEST_F(Logged_Twins, name) {                                                                             \
         expect_call(#name, &::name, expected_twin_calls);                                                    \
     }
@@ -83,7 +88,7 @@ TEST_F(Unused, AreAllExpected) {
 }
 
 TEST_F(Logged_Twins, AreAllExpected) {
-#define NP_LOGGED_TWIN(name, parameters, ...) #name,
+#define NP_LOGGED_TWIN(type, name, parameters, ...) #name,
     expect_rows(expected_twin_calls, {
 #include "api/NeuropixAPI_unused.inc"
                                      });
