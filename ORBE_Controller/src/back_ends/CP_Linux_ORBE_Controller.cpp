@@ -1,6 +1,5 @@
 #include "back_ends/CP_Linux_ORBE_Controller.h"
 
-#include "back_ends/Bar_Mapping_Error.h"
 #include "common/Console.h"
 
 #include <sys/mman.h>
@@ -46,15 +45,9 @@ std::vector<std::string> device_names(const std::string& folder) {
     return names;
 }
 
-// Opens the device file in place of what `handle` held, and reports a failure.
-bool open_device(File_Descriptor& handle, const std::string& path) {
-    File_Descriptor opened(path);
-    if (!opened.is_open()) {
-        const int error = errno;
-        console::err("Error opening device, win32 error code: ", error, "\n");
-    }
-    handle = std::move(opened);
-    return handle.is_open();
+// What the system says of a device, for example "Permission denied: /dev/xdma0_user".
+std::string reason_and_device(int error, const std::string& path) {
+    return std::generic_category().message(error) + ": " + path;
 }
 
 } // namespace
@@ -80,14 +73,17 @@ bool CP_Linux_ORBE_Controller::open_driver_connection(const std::string& /*devic
     const std::vector<std::string> names = device_names(m_device_folder);
     console::out("Devices found: ", names.size(), "\n");
     if (names.empty()) {
+        set_open_failure("no device of the XDMA driver in " + m_device_folder);
         return false;
     }
     const std::string device = m_device_folder + "/" + names.back();
-    if (!open_device(m_mm_handle, device + std::string(registers_suffix)) ||
+    const std::string registers = device + std::string(registers_suffix);
+    if (!open_device(m_mm_handle, registers) ||
         !open_device(m_c2h_handle, device + std::string(stream_suffix))) {
         return false;
     }
-    map_bar();
+    map_bar(registers);
+    set_open_failure({});
     return true;
 }
 
@@ -127,7 +123,18 @@ std::uint32_t CP_Linux_ORBE_Controller::read_xdma_register(std::uint32_t /*addre
     return 0;
 }
 
-void CP_Linux_ORBE_Controller::map_bar() {
+// Opens the device file in place of what `handle` held, and reports a failure.
+bool CP_Linux_ORBE_Controller::open_device(File_Descriptor& handle, const std::string& path) {
+    File_Descriptor opened(path);
+    if (!opened.is_open()) {
+        set_open_failure(reason_and_device(errno, path));
+        console::err("Error opening device, ", open_failure(), "\n");
+    }
+    handle = std::move(opened);
+    return handle.is_open();
+}
+
+void CP_Linux_ORBE_Controller::map_bar(const std::string& path) {
     struct stat status {};
 
     std::size_t size = register_space_size;
@@ -136,7 +143,8 @@ void CP_Linux_ORBE_Controller::map_bar() {
     }
     void* mapping = ::mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_SHARED, m_mm_handle.get(), 0);
     if (mapping == MAP_FAILED) {
-        throw std::runtime_error(bar_mapping_error_text(static_cast<std::uint32_t>(errno)));
+        set_open_failure(reason_and_device(errno, path));
+        throw std::runtime_error("Error mapping registers, " + open_failure());
     }
     console::out(size, " sized bar mapped to user space\n");
     unmap_bar();

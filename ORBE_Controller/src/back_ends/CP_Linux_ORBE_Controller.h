@@ -12,9 +12,10 @@
 
 namespace Pelgar::ORBE {
 
-// Failures are told in the same words as on Windows, with errno in the place of the Windows error code, so
-// that who reads them looks for one text on both. The lines that name the platform or the class name Linux:
-// the destructor's, those about the registers of the DMA engine and the one about extended properties.
+// A device that cannot be opened or mapped is named with the system's reason. A failing read is told in the
+// same words as on Windows, with errno in the place of the Windows error code, so that who reads them looks
+// for one text on both. The lines that name the platform or the class name Linux: the destructor's, those
+// about the registers of the DMA engine and the one about extended properties.
 class CP_Linux_ORBE_Controller : public A_ORBE_Controller {
 public:
     // The driver makes its device files in `device_folder`.
@@ -24,8 +25,8 @@ public:
     void write_register(std::uint32_t address, std::uint32_t value) override;
     std::uint32_t read_register(std::uint32_t address) override;
 
-    // Opens the last device of the driver. Throws std::runtime_error (see Bar_Mapping_Error.h) when its
-    // register BAR cannot be mapped.
+    // Opens the last device of the driver, that of the highest number; a link counts as a device. Throws
+    // std::runtime_error when its register BAR cannot be mapped.
     bool open_driver_connection(const std::string& device_name, bool flag) override;
     // The BAR stays mapped until the next connection replaces it.
     void close_driver_connection() override;
@@ -39,7 +40,8 @@ public:
     std::uint32_t read_xdma_register(std::uint32_t address) override;
 
 private:
-    void map_bar();
+    bool open_device(File_Descriptor& handle, const std::string& path);
+    void map_bar(const std::string& path);
     void unmap_bar();
     std::uint32_t read_device(std::uint8_t* buffer, std::uint32_t size) const;
 

@@ -27,15 +27,13 @@ struct Mapped_Bar {
 
 static_assert(sizeof(Mapped_Bar) == 16);
 
-// Opens the device file in place of what `handle` held, and reports a failure.
-bool open_device(Device_Handle& handle, const std::wstring& path) {
-    Device_Handle opened(path);
-    if (!opened.is_open()) {
-        const auto error = static_cast<long>(GetLastError());
-        console::err("Error opening device, win32 error code: ", error, "\n");
+// A device's path is ASCII.
+std::string narrow(const std::wstring& path) {
+    std::string text;
+    for (const wchar_t character : path) {
+        text += character < 0x80 ? static_cast<char>(character) : '?';
     }
-    handle = std::move(opened);
-    return handle.is_open();
+    return text;
 }
 
 } // namespace
@@ -57,6 +55,7 @@ bool CP_Win_ORBE_Controller::open_driver_connection(const std::string& /*device_
     const XDMA_Devices devices = enumerate_xdma_devices();
     console::out("Devices found: ", devices.count, "\n");
     if (devices.count == 0) {
+        set_open_failure("no device of the XDMA driver");
         return false;
     }
     if (!open_device(m_mm_handle, devices.last_path + registers_file) ||
@@ -64,6 +63,7 @@ bool CP_Win_ORBE_Controller::open_driver_connection(const std::string& /*device_
         return false;
     }
     map_bar();
+    set_open_failure({});
     return true;
 }
 
@@ -101,6 +101,18 @@ void CP_Win_ORBE_Controller::write_xdma_register(std::uint32_t /*address*/, std:
 std::uint32_t CP_Win_ORBE_Controller::read_xdma_register(std::uint32_t /*address*/) {
     console::err("Uimplemented function in Windows : read_xdma_register \n");
     return 0;
+}
+
+// Opens the device file in place of what `handle` held, and reports a failure.
+bool CP_Win_ORBE_Controller::open_device(Device_Handle& handle, const std::wstring& path) {
+    Device_Handle opened(path);
+    if (!opened.is_open()) {
+        const auto error = static_cast<long>(GetLastError());
+        console::err("Error opening device, win32 error code: ", error, "\n");
+        set_open_failure("win32 error code " + std::to_string(error) + ": " + narrow(path));
+    }
+    handle = std::move(opened);
+    return handle.is_open();
 }
 
 void CP_Win_ORBE_Controller::map_bar() {

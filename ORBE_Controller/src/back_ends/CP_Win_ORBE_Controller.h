@@ -7,6 +7,8 @@
 #include "back_ends/Device_Handle.h"
 #include "connection/A_ORBE_Controller.h"
 
+#include <string>
+
 namespace Pelgar::ORBE {
 
 class CP_Win_ORBE_Controller final : public A_ORBE_Controller {
@@ -33,6 +35,7 @@ public:
     std::uint32_t read_xdma_register(std::uint32_t address) override;
 
 private:
+    bool open_device(Device_Handle& handle, const std::wstring& path);
     void map_bar();
     std::uint32_t read_device(std::uint8_t* buffer, std::uint32_t size) const;
 

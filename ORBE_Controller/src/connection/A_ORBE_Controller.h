@@ -21,6 +21,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <utility>
 
 namespace Pelgar::ORBE {
 
@@ -39,6 +40,10 @@ public:
     // Connects to the box and returns whether there is one. Every back-end finds its device by itself,
     // whatever the name and the flag.
     virtual bool open_driver_connection(const std::string& device_name, bool flag) = 0;
+
+    // Why the last attempt to connect found no box that can be used, for people: on Linux the system's reason
+    // and the device's name. Empty after one that did.
+    const std::string& open_failure() const { return m_open_failure; }
 
     // Does nothing when there is no connection.
     virtual void close_driver_connection() = 0;
@@ -84,6 +89,8 @@ protected:
     // Makes the UART module at another address than its own, in place of the earlier one.
     void create_uart(std::uint32_t base_address);
 
+    void set_open_failure(std::string reason) { m_open_failure = std::move(reason); }
+
 private:
     std::shared_ptr<SPI_Module> m_spi;
     std::shared_ptr<GPIO_Module> m_np_status_gpio;
@@ -98,6 +105,7 @@ private:
     std::shared_ptr<HW_ICAP_Module> m_hw_icap;
     std::shared_ptr<Foreign_HW_ICAP_Module> m_foreign_hw_icap;
     std::shared_ptr<GPIO_Module> m_efuse_gpio;
+    std::string m_open_failure;
 };
 
 } // namespace Pelgar::ORBE

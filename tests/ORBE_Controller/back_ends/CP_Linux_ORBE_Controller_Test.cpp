@@ -219,7 +219,9 @@ TEST_F(CPLinuxORBEController, RegistersThatCannotBeOpenedAreReported) {
     make_recorded_stream("xdma0", "");
     const auto printed = printed_by([&] { EXPECT_FALSE(open()); });
     EXPECT_EQ(printed.out, "Devices found: 1\n");
-    EXPECT_EQ(printed.err, "Error opening device, win32 error code: 2\n");
+    const std::string reason = "No such file or directory: " + registers_of("xdma0").string();
+    EXPECT_EQ(printed.err, "Error opening device, " + reason + "\n");
+    EXPECT_EQ(m_controller->open_failure(), reason);
     EXPECT_EQ(printed_by([&] { m_controller->close_driver_connection(); }).out, "");
 }
 
@@ -228,16 +230,59 @@ TEST_F(CPLinuxORBEController, StreamThatCannotBeOpenedIsReported) {
     fs::create_directory(stream_of("xdma0"));
     const auto printed = printed_by([&] { EXPECT_FALSE(open()); });
     EXPECT_EQ(printed.out, "Devices found: 1\n");
-    EXPECT_EQ(printed.err, "Error opening device, win32 error code: 21\n");
+    const std::string reason = "Is a directory: " + stream_of("xdma0").string();
+    EXPECT_EQ(printed.err, "Error opening device, " + reason + "\n");
+    EXPECT_EQ(m_controller->open_failure(), reason);
     EXPECT_EQ(printed_by([&] { m_controller->close_driver_connection(); }).out, "Closing mm driver handle\n");
 }
 
-TEST_F(CPLinuxORBEController, RegistersThatCannotBeMappedThrowTheTextAdvancedByErrno) {
-    make_fifo(registers_of("xdma0")); // ENODEV (19)
+TEST_F(CPLinuxORBEController, DeviceThatMayNotBeOpenedIsNamed) {
+    make_device("xdma0");
+    ASSERT_EQ(::chmod(registers_of("xdma0").c_str(), 0), 0);
+    ASSERT_EQ(::chmod(folder().c_str(), 0755), 0);
+    // The superuser may open everything, so the test gives that up for a while.
+    const bool superuser = ::geteuid() == 0;
+    ASSERT_EQ(superuser ? ::seteuid(65534) : 0, 0);
+    const auto printed = printed_by([&] { EXPECT_FALSE(open()); });
+    ASSERT_EQ(superuser ? ::seteuid(0) : 0, 0);
+    const std::string reason = "Permission denied: " + registers_of("xdma0").string();
+    EXPECT_EQ(printed.err, "Error opening device, " + reason + "\n");
+    EXPECT_EQ(m_controller->open_failure(), reason);
+}
+
+TEST_F(CPLinuxORBEController, FailureToOpenIsForgottenAfterASuccess) {
+    EXPECT_FALSE(open());
+    EXPECT_EQ(m_controller->open_failure(), "no device of the XDMA driver in " + folder());
+    make_device("xdma0");
+    EXPECT_TRUE(open());
+    EXPECT_EQ(m_controller->open_failure(), "");
+}
+
+TEST_F(CPLinuxORBEController, LinkOfAHigherNumberChoosesItsDevice) {
+    for (const char* device : {"xdma0", "xdma1"}) {
+        make_registers(device);
+        make_recorded_stream(device, device);
+    }
+    fs::create_symlink(registers_of("xdma0").filename(), registers_of("xdma99"));
+    fs::create_symlink(stream_of("xdma0").filename(), stream_of("xdma99"));
+    EXPECT_TRUE(open());
+    m_controller->write_register(0x0, 1);
+    EXPECT_EQ(word_in_file(registers_of("xdma0"), 0x0), 1U);
+    EXPECT_EQ(word_in_file(registers_of("xdma1"), 0x0), 0U);
+    std::string buffer(5, ' ');
+    m_controller->setup_read(reinterpret_cast<std::uint8_t*>(buffer.data()), 5, 0, 1000);
+    EXPECT_EQ(m_controller->read_stream(0, true), 5U);
+    EXPECT_EQ(buffer, "xdma0");
+}
+
+TEST_F(CPLinuxORBEController, RegistersThatCannotBeMappedThrow) {
+    make_fifo(registers_of("xdma0"));
     make_recorded_stream("xdma0", "");
     std::string text;
     const auto printed = printed_by([&] { text = text_thrown_by<std::runtime_error>([&] { open(); }); });
-    EXPECT_EQ(text, "d!");
+    const std::string reason = "No such device: " + registers_of("xdma0").string();
+    EXPECT_EQ(text, "Error mapping registers, " + reason);
+    EXPECT_EQ(m_controller->open_failure(), reason);
     EXPECT_EQ(printed.out, "Devices found: 1\n");
     EXPECT_EQ(printed.err, "");
     EXPECT_EQ(printed_by([&] { m_controller->close_driver_connection(); }).out,

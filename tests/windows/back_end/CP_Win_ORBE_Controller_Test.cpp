@@ -84,6 +84,8 @@ TEST_F(CPWinORBEController, RegistersThatCannotBeOpenedAreReported) {
     const auto printed = printed_by([&] { EXPECT_FALSE(open()); });
     EXPECT_EQ(printed.out, "Devices found: 1\n");
     EXPECT_EQ(printed.err, "Error opening device, win32 error code: 2\n");
+    EXPECT_TRUE(m_controller->open_failure().starts_with("win32 error code 2: \\\\?\\"));
+    EXPECT_TRUE(m_controller->open_failure().ends_with("\\user"));
     EXPECT_EQ(printed_by([&] { m_controller->close_driver_connection(); }).out, "");
 }
 
@@ -93,6 +95,7 @@ TEST_F(CPWinORBEController, StreamThatCannotBeOpenedIsReported) {
     const auto printed = printed_by([&] { EXPECT_FALSE(open()); });
     EXPECT_EQ(printed.out, "Devices found: 1\n");
     EXPECT_EQ(printed.err, "Error opening device, win32 error code: 2\n");
+    EXPECT_TRUE(m_controller->open_failure().ends_with("\\c2h_0"));
     EXPECT_EQ(printed_by([&] { m_controller->close_driver_connection(); }).out, "Closing mm driver handle\n");
 }
 
