@@ -1,6 +1,7 @@
 #include "Bench_Data.h"
 
-#include "Recording_Generator.h"
+#include "Bench_Stream.h"
+
 #include "wire/Mux_Row_Format.h"
 
 #include <algorithm>
@@ -50,16 +51,11 @@ void split_rows(const std::vector<std::uint8_t>& stream, Bench_Data& data) {
 }
 
 Bench_Data make_data() {
-    recording::Recording_Options options;
-    options.super_frames = block_count_per_port * demux::np_block_super_frame_count;
-    options.rhd_streams = rhd_stream_count;
-    const std::vector<std::uint8_t> stream = recording::make_recording(options);
-
+    const Bench_Stream stream(full_box);
     Bench_Data data;
-    data.stream_bytes = stream.size();
-    data.super_frames_per_port = options.super_frames;
-    cut_into_transfers(stream, data);
-    split_rows(stream, data);
+    data.stream_bytes = stream.bytes().size();
+    cut_into_transfers(stream.bytes(), data);
+    split_rows(stream.bytes(), data);
     return data;
 }
 

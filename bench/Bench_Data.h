@@ -1,4 +1,4 @@
-// Benchmarks: the full box's stream, made once in memory, and the pieces of it that single stages take.
+// Benchmarks: the pieces of the full box's stream that single stages take, made once in memory.
 #pragma once
 
 #include "wire/Main_mux_transfer_buffer_wrapper.h"
@@ -11,16 +11,10 @@
 
 namespace Pelgar::ORBE::bench {
 
-// Four probe ports and 16 RHD data streams at 30 kHz: rows of 16 bytes, as they come out of the driver.
-inline constexpr double full_box_bytes_per_second = 164.6e6;
-inline constexpr unsigned rhd_stream_count = 16;
-inline constexpr std::size_t block_count_per_port = 8;
-
 struct Bench_Data {
     // The whole stream, cut into transfers; the last one is shorter.
     std::vector<std::unique_ptr<demux::Main_mux_transfer_buffer_wrapper>> transfers;
     std::size_t stream_bytes = 0;
-    std::size_t super_frames_per_port = 0;
 
     // What the row split makes of it: the blocks of the first port, and the words of the RHD stream.
     std::vector<std::unique_ptr<demux::NP_Block_Buffer>> np_blocks;

@@ -1,8 +1,14 @@
-// Benchmarks: prints one line a benchmark: stream bytes a second, multiples of the full box, and the share of
-// this run's memory copy, so that figures of different machines and hours can be compared.
+// Benchmarks: prints one line a benchmark: stream bytes a second, nanoseconds a row of 16 bytes, multiples of
+// the full box, and the share of this run's memory copy, so that figures of different machines and hours can
+// be compared.
 #pragma once
 
+#include "Json_Writer.h"
+
 #include <benchmark/benchmark.h>
+
+#include <string>
+#include <vector>
 
 namespace Pelgar::ORBE::bench {
 
@@ -11,8 +17,16 @@ public:
     bool ReportContext(const Context& context) override;
     void ReportRuns(const std::vector<Run>& runs) override;
 
+    // A list of objects, one for each line so far.
+    void write(Json_Writer& json) const;
+
 private:
-    double m_first_rate = 0.0; // that of the memory copy, which runs first
+    struct Rate {
+        std::string name;
+        double bytes_per_second;
+    };
+
+    std::vector<Rate> m_rates; // the first is that of the memory copy
 };
 
 } // namespace Pelgar::ORBE::bench
