@@ -1,6 +1,8 @@
 #include "probe/CP_L1_ADC_TO_Channel.h"
 
 #include "common/Console.h"
+#include "probe/Channel_Map.h"
+#include "probe/Super_Frame.h"
 #include "wire/PSB_Format.h"
 #include "wire/Stream_Anomalies.h"
 
@@ -11,37 +13,28 @@ namespace Pelgar::ORBE::demux {
 
 namespace {
 
-constexpr std::size_t adc_count = 32;
-// Frames that carry one sample of every channel between them.
-constexpr std::size_t slot_count = 12;
-// Two neighbouring ADCs take turns on a run of 24 neighbouring channels: the even ADC on the even channels,
-// the odd ADC on the odd ones. Slot j of a group therefore holds channels 24 m + 2 j and 24 m + 2 j + 1 of
-// pair m.
-constexpr std::size_t adcs_per_run = 2;
-constexpr std::size_t channels_per_run = adcs_per_run * slot_count;
-
-static_assert(channels_per_run * (adc_count / adcs_per_run) == channel_count);
-
-// The frame counter follows the samples as two ten-bit values, the upper one first.
-constexpr std::size_t counter_high_index = 33;
-constexpr std::size_t counter_low_index = 34;
-constexpr unsigned counter_part_bits = 10;
-constexpr unsigned counter_bits = 2 * counter_part_bits;
-constexpr std::uint16_t counter_part_mask = (1U << counter_part_bits) - 1U;
-constexpr std::uint32_t counter_max = (1U << counter_bits) - 1U;
+using channel_map::adcs_per_pair;
+using channel_map::channels_per_pair;
+using channel_map::pair_count;
+using channel_map::slot_count;
+using psb::counter_bits;
+using psb::counter_max;
+using psb::counter_part_bits;
+using psb::counter_part_mask;
 
 void sort_into_channels(const std::uint16_t* adc, std::uint16_t* channels, std::size_t slot) {
-    std::uint16_t* destination = channels + adcs_per_run * slot;
-    for (std::size_t run = 0; run < adc_count / adcs_per_run; ++run) {
-        destination[channels_per_run * run] = adc[adcs_per_run * run];
-        destination[channels_per_run * run + 1] = adc[adcs_per_run * run + 1];
+    std::uint16_t* destination = channels + adcs_per_pair * slot;
+    for (std::size_t pair = 0; pair < pair_count; ++pair) {
+        destination[channels_per_pair * pair] = adc[adcs_per_pair * pair];
+        destination[channels_per_pair * pair + 1] = adc[adcs_per_pair * pair + 1];
     }
 }
 
 } // namespace
 
 void CP_L1_ADC_TO_Channel::publish_adc_data(const std::uint16_t (&adc)[adc_frame_length]) {
-    const std::uint32_t dw_counter = follow_frame_counter(adc[counter_high_index], adc[counter_low_index]);
+    const std::uint32_t dw_counter =
+        follow_frame_counter(adc[psb::counter_high_value], adc[psb::counter_low_value]);
 
     // The first frame of a super frame carries the LFP band, the other twelve the AP band.
     const std::uint32_t phase = dw_counter % psb::frames_per_super_frame;
@@ -61,6 +54,40 @@ void CP_L1_ADC_TO_Channel::publish_adc_data(const std::uint16_t (&adc)[adc_frame
 
     m_prev_dw_counter = dw_counter;
     m_frame_count = m_frame_count + 1;
+}
+
+// The state is brought on in the steps of `publish_adc_data`, as far as a listener that throws can tell.
+bool CP_L1_ADC_TO_Channel::publish_super_frame(const unsigned char* bytes) {
+    constexpr std::uint32_t last_frame = psb::frames_per_super_frame - 1;
+    const std::uint32_t counter = super_frame::frame_counter(bytes, 0);
+    const std::uint32_t high_part = m_three_word_counter_high_part;
+    const std::uint32_t dw_counter = (high_part << counter_bits) | counter;
+    const bool runs_on = counter == m_prev_two_part_counter + 1 && dw_counter == m_prev_dw_counter + 1;
+    const bool begins_super_frame = dw_counter % psb::frames_per_super_frame == 0;
+    const bool wraps = counter + last_frame > counter_max;
+    if (!runs_on || !begins_super_frame || wraps || !super_frame::counts_on(bytes, counter)) {
+        return false;
+    }
+
+    const std::size_t slot = dw_counter / psb::frames_per_super_frame % slot_count;
+    super_frame::sort_lfp(bytes, m_lp_ch_data, slot);
+    remember_counter(counter);
+    if (slot == slot_count - 1) {
+        publish_lp();
+    }
+    super_frame::sort_ap(bytes, m_ap_ch_data);
+    remember_counter(counter + last_frame);
+    m_prev_dw_counter = dw_counter + last_frame - 1;
+    m_frame_count = m_frame_count + last_frame;
+    publish_ap();
+    m_prev_dw_counter = dw_counter + last_frame;
+    m_frame_count = m_frame_count + 1;
+    return true;
+}
+
+void CP_L1_ADC_TO_Channel::remember_counter(std::uint32_t two_part_counter) {
+    m_prev_two_part_counter = two_part_counter;
+    m_prev_counter_high_10 = static_cast<std::uint16_t>(two_part_counter >> counter_part_bits);
 }
 
 // Reports gaps and answers the counter extended to 32 bits.

@@ -24,6 +24,11 @@ public:
     // lock a super frame, to reach the listener.
     void publish_adc_data(const std::uint16_t (&adc)[adc_frame_length]) override;
 
+    // Takes the thirteen frames at once when their counters run on from the frame before and the first one
+    // begins a super frame; delivers what the frames one by one would. Refuses them otherwise, and has then
+    // changed nothing.
+    bool publish_super_frame(const unsigned char* bytes) override;
+
     // Starts the upper part of the 32-bit frame counter anew. Any thread.
     void reset_and_resync_counters() override;
 
@@ -36,6 +41,7 @@ public:
 
 private:
     std::uint32_t follow_frame_counter(std::uint16_t high_word, std::uint16_t low_word);
+    void remember_counter(std::uint32_t two_part_counter);
     void publish_ap();
     void publish_lp();
 

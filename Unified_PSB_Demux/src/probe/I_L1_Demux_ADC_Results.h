@@ -21,6 +21,11 @@ public:
     virtual void reset_and_resync_counters() = 0;
 
     virtual ~I_L1_Demux_ADC_Results() = default;
+
+    // Offers the thirteen frames of a super frame at once: the 910 bytes as they came, whose start flag and
+    // lane tags are as they should be. Who takes them answers true; otherwise they are published frame by
+    // frame.
+    virtual bool publish_super_frame(const unsigned char* /*bytes*/) { return false; }
 };
 
 } // namespace Pelgar::ORBE::demux

@@ -1,6 +1,7 @@
 #include "probe/NP_PSB_Raw_Data_Demuxer.h"
 
 #include "common/Console.h"
+#include "probe/Super_Frame.h"
 #include "wire/Stream_Anomalies.h"
 
 #include <array>
@@ -68,18 +69,30 @@ void NP_PSB_Raw_Data_Demuxer::feed_psb_raw_data_block_buffer(const unsigned char
         anomaly::frame_count_not_whole_super_frames();
     }
 
-    for (std::size_t super_frame = 0; super_frame < super_frame_count; ++super_frame) {
-        std::uint16_t first_word;
-        std::memcpy(&first_word, data, sizeof first_word);
-        if ((first_word & psb::super_frame_start) == 0) [[unlikely]] {
+    const unsigned char* const end = data + byte_count;
+    const unsigned char* last_whole = nullptr;
+    for (; data != end; data += psb::bytes_per_super_frame) {
+        if (super_frame::is_in_order(data) && m_listener.publish_super_frame(data)) [[likely]] {
+            last_whole = data;
+            continue;
+        }
+        if (!super_frame::has_start_flag(data)) [[unlikely]] {
             anomaly::super_frame_align_failure();
-            return;
+            break;
         }
-        for (std::size_t frame = 0; frame < psb::frames_per_super_frame; ++frame) {
-            decode_frame(data);
-            data += psb::bytes_per_frame;
-            m_listener.publish_adc_data(m_adc_frame);
-        }
+        last_whole = nullptr;
+        publish_frames(data);
+    }
+    if (last_whole != nullptr) {
+        // Whatever comes next goes on from the last frame.
+        decode_frame(last_whole + psb::bytes_per_super_frame - psb::bytes_per_frame);
+    }
+}
+
+void NP_PSB_Raw_Data_Demuxer::publish_frames(const unsigned char* super_frame) {
+    for (std::size_t frame = 0; frame < psb::frames_per_super_frame; ++frame) {
+        decode_frame(super_frame + frame * psb::bytes_per_frame);
+        m_listener.publish_adc_data(m_adc_frame);
     }
 }
 

@@ -40,6 +40,7 @@ public:
     std::uint32_t get_frame_count() const { return m_frame_count; }
 
 private:
+    void publish_frames(const unsigned char* super_frame);
     void decode_frame(const unsigned char* data);
     void follow_sync_pattern();
     void store_column();

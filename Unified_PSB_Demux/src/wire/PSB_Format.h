@@ -27,6 +27,14 @@ inline constexpr std::uint16_t super_frame_start = 0x0800;
 // Bits 9-0: the sample.
 inline constexpr std::uint16_t value_mask = 0x03FF;
 
+// The last two of a frame's 35 values are the halves of its counter, the upper one first.
+inline constexpr std::size_t counter_high_value = 33;
+inline constexpr std::size_t counter_low_value = 34;
+inline constexpr unsigned counter_part_bits = 10;
+inline constexpr unsigned counter_bits = 2 * counter_part_bits;
+inline constexpr std::uint16_t counter_part_mask = (1U << counter_part_bits) - 1U;
+inline constexpr std::uint32_t counter_max = (1U << counter_bits) - 1U;
+
 // Words travel least significant byte first and are copied as they lie.
 static_assert(std::endian::native == std::endian::little);
 static_assert(bytes_per_super_frame == 910);

@@ -8,6 +8,7 @@
 
 #include <array>
 #include <atomic>
+#include <bit>
 #include <cmath>
 #include <cstdint>
 #include <filesystem>
@@ -361,6 +362,26 @@ TEST(GainProduct, WholeBlocksEqualSingleProducts) {
     }
     apply_gain(values, factor.data());
     EXPECT_EQ(std::to_array(values), expected);
+}
+
+TEST(GainProduct, WholeBlocksEqualThePlainOnesWhateverTheFactors) {
+    std::mt19937 random(3);
+    std::array<float, 384> factor{};
+    for (int round = 0; round < 2'000; ++round) {
+        std::uint16_t values[384];
+        std::uint16_t expected[384];
+        for (std::size_t i = 0; i < 384; ++i) {
+            expected[i] = values[i] = static_cast<std::uint16_t>(random());
+            // Any bits: numbers of every size, infinities, and what is no number.
+            factor[i] = std::bit_cast<float>(static_cast<std::uint32_t>(random()));
+        }
+        // At the edge of what fits into 32 bits.
+        factor[round % 384] = 32768.0F + static_cast<float>(round % 5 - 2) / 256.0F;
+        values[round % 384] = expected[round % 384] = static_cast<std::uint16_t>(65535 - round % 3);
+        apply_gain(values, factor.data());
+        Pelgar::ORBE::plain::apply_gain(expected, factor.data());
+        ASSERT_EQ(std::to_array(values), std::to_array(expected));
+    }
 }
 
 TEST(GainProduct, ProductsBeyondThirtyTwoBitsAreZero) {
