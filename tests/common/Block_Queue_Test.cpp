@@ -5,10 +5,8 @@
 #include <array>
 #include <atomic>
 #include <cstdint>
-#include <numeric>
-#include <span>
+#include <memory>
 #include <thread>
-#include <vector>
 
 namespace {
 
@@ -82,37 +80,113 @@ TEST(BlockQueue, PushOrDropHoldsOneMoreThanTheLimit) {
     EXPECT_TRUE(queue.push_or_drop(7, 5));
 }
 
-TEST(BlockQueue, RunsOfElementsComeOutInOrderWhateverTheirLengths) {
-    Block_Queue<std::uint16_t, 8> queue;
-    std::uint16_t in = 0;
-    std::uint16_t out = 0;
-    for (std::size_t round = 0; round < 500; ++round) {
-        std::vector<std::uint16_t> run(round % 23);
-        std::iota(run.begin(), run.end(), in);
-        in = static_cast<std::uint16_t>(in + run.size());
-        const std::size_t before = queue.size();
-        ASSERT_EQ(queue.push_unbounded(std::span<const std::uint16_t>(run)), before + run.size());
-        std::vector<std::uint16_t> taken(round % 19);
-        if (!taken.empty() && queue.size() != 0) {
-            const std::size_t available = queue.size();
-            const std::size_t count = queue.wait_take(taken);
-            ASSERT_EQ(count, std::min(available, taken.size()));
-            for (std::size_t i = 0; i < count; ++i) {
-                ASSERT_EQ(taken[i], out++);
+TEST(BlockQueue, ExchangedRecordsKeepTheirPlaceInMemory) {
+    Block_Queue<int> queue;
+    auto record = std::make_unique<int>(7);
+    const int* const given = record.get();
+    EXPECT_EQ(queue.exchange_unbounded(record), 1U);
+    ASSERT_NE(record, nullptr);
+    EXPECT_NE(record.get(), given);
+    EXPECT_EQ(&queue.wait_front(), given);
+    EXPECT_EQ(*given, 7);
+}
+
+TEST(BlockQueue, ExchangeKeepsOrderAmongCopiesAndGivesBackNothingThatIsQueued) {
+    Block_Queue<int> queue;
+    auto record = std::make_unique<int>();
+    int in = 0;
+    int out = 0;
+    for (int round = 0; round < 300; ++round) {
+        for (int i = 0; i < 1 + round % 9; ++i) {
+            if ((round + i) % 3 == 0) {
+                queue.push_unbounded(in++);
+            } else {
+                *record = in++;
+                queue.exchange_unbounded(record);
             }
+            *record = -1;
+        }
+        while (queue.size() > static_cast<std::size_t>(round % 4)) {
+            ASSERT_EQ(queue.wait_front(), out++);
+            queue.pop();
         }
     }
 }
 
-TEST(BlockQueue, WaitTakeBlocksUntilThereIsSomething) {
-    Block_Queue<std::uint16_t, 8> queue;
-    std::array<std::uint16_t, 4> taken{};
-    std::size_t count = 0;
-    std::thread consumer([&] { count = queue.wait_take(taken); });
-    queue.push_unbounded(std::uint16_t{42});
+// A producer may look back at the record it gave before the last exchange until the next one.
+TEST(BlockQueue, TheRecordGivenLastIsNotTheOneThatComesBack) {
+    Block_Queue<int> queue;
+    auto record = std::make_unique<int>();
+    for (int i = 0; i < 100; ++i) {
+        *record = i;
+        const int* const given = record.get();
+        queue.exchange_unbounded(record);
+        EXPECT_NE(record.get(), given);
+        if (i % 3 != 0) {
+            queue.pop();
+        }
+        *record = -1;
+        EXPECT_EQ(*given, i);
+    }
+}
+
+TEST(BlockQueue, ExchangeOrDropLeavesTheRecordWhenTheQueueIsFull) {
+    Block_Queue<int> queue;
+    auto record = std::make_unique<int>();
+    for (int i = 0; i < 6; ++i) {
+        *record = i;
+        EXPECT_TRUE(queue.exchange_or_drop(record, 5));
+    }
+    *record = 6;
+    const int* const kept = record.get();
+    EXPECT_FALSE(queue.exchange_or_drop(record, 5));
+    EXPECT_EQ(record.get(), kept);
+    EXPECT_EQ(*record, 6);
+    EXPECT_EQ(queue.size(), 6U);
+}
+
+// The producer waits inside the burst for what the consumer does: it is woken although the burst goes on.
+TEST(BlockQueue, InABurstAWaiterIsWokenWhenWhatItWantsIsThere) {
+    for (const std::size_t wanted : {1U, 3U}) {
+        Block_Queue<int> queue;
+        std::atomic<bool> woken{false};
+        std::thread consumer([&] {
+            EXPECT_NE(queue.wait_front_or_exit(wanted), nullptr);
+            woken = true;
+        });
+        queue.begin_burst();
+        for (std::size_t i = 0; i < wanted; ++i) {
+            queue.push_unbounded(1);
+        }
+        while (!woken) {
+            std::this_thread::yield();
+        }
+        queue.end_burst();
+        consumer.join();
+    }
+}
+
+TEST(BlockQueue, AtTheEndOfABurstAWaiterIsWokenForLessThanItWants) {
+    Block_Queue<int> queue;
+    for (int round = 0; round < 200; ++round) {
+        std::thread consumer([&] {
+            EXPECT_NE(queue.wait_front_or_exit(100), nullptr);
+            queue.pop();
+        });
+        queue.begin_burst();
+        queue.push_unbounded(round);
+        queue.end_burst();
+        consumer.join();
+    }
+    EXPECT_EQ(queue.size(), 0U);
+}
+
+TEST(BlockQueue, ExitWakesAWaiterInABurst) {
+    Block_Queue<int> queue;
+    queue.begin_burst();
+    std::thread consumer([&] { EXPECT_EQ(queue.wait_front_or_exit(100), nullptr); });
+    queue.signal_exit();
     consumer.join();
-    EXPECT_EQ(count, 1U);
-    EXPECT_EQ(taken[0], 42);
 }
 
 TEST(BlockQueue, SignalExitWakesABlockedReader) {

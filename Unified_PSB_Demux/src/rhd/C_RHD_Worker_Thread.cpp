@@ -73,10 +73,9 @@ void C_RHD_Worker_Thread::work() {
 }
 
 bool C_RHD_Worker_Thread::read_and_deliver() {
-    RHD_Frame frame;
-    const bool valid = m_reader.read_frame(frame);
+    const bool valid = m_reader.read_frame(m_frame);
     if (valid) {
-        deliver(frame);
+        deliver(m_frame);
     }
     return valid;
 }

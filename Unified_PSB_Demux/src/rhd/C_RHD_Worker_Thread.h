@@ -7,6 +7,7 @@
 #include "rhd/RHD_Frame_Reader.h"
 #include "rhd/RHD_Word_Fifo.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <span>
@@ -30,6 +31,12 @@ public:
 
     // Starts the thread. Not while it runs.
     void start(std::string name);
+
+    // Where the payload words of the next rows may be put, at most a transfer's; `push_placed_words` hands so
+    // many to the thread and wakes it. Main demux thread; allocates while the FIFO grows.
+    std::uint16_t* place_for_words() { return m_fifo.place(); }
+
+    void push_placed_words(std::size_t count) { m_fifo.push_placed(count); }
 
     // Appends the payload words of one or more rows and wakes the thread. Allocates while the FIFO grows.
     void push_row_words(std::span<const std::uint16_t> words) { m_fifo.push_words(words); }
@@ -69,6 +76,7 @@ private:
 
     RHD_Word_Fifo m_fifo;
     RHD_Frame_Reader m_reader{m_fifo};
+    RHD_Frame m_frame; // kept from frame to frame for its arrays
     std::thread m_thread;
     Listener_Slot<I_RHD_Frame_Listener> m_listener;
     std::string m_name;

@@ -8,7 +8,7 @@ namespace Pelgar::ORBE::demux {
 
 class ORBE_EXPORT I_RHD_Frame_Listener {
 public:
-    // One valid frame. It is released after the call.
+    // One valid frame. It is the listener's for the call only.
     virtual void publish_rhd_frame(RHD_Frame& frame) = 0;
 
     virtual ~I_RHD_Frame_Listener() = default;

@@ -4,14 +4,22 @@
 
 namespace Pelgar::ORBE::demux {
 
-RHD_Word_Fifo::RHD_Word_Fifo() : m_taken(words_per_block) {}
-
 void RHD_Word_Fifo::push_words(std::span<const std::uint16_t> words) {
+    while (!words.empty()) {
+        const std::size_t run = std::min(words.size(), rhd_piece_capacity);
+        std::copy_n(words.begin(), run, place());
+        push_placed(run);
+        words = words.subspan(run);
+    }
+}
+
+void RHD_Word_Fifo::push_placed(std::size_t count) {
+    m_filling->count = count;
     {
         const std::lock_guard lock(m_mutex);
-        m_pushed_count += words.size();
+        m_pushed_count.fetch_add(count);
     }
-    m_queue.push_unbounded(words);
+    m_queue.exchange_unbounded(m_filling);
 }
 
 void RHD_Word_Fifo::wait_until_used() {
@@ -45,40 +53,53 @@ std::uint16_t RHD_Word_Fifo::pop_word() {
 
 void RHD_Word_Fifo::read_words(std::span<std::uint16_t> destination) {
     while (!destination.empty()) {
-        if (m_unread.empty() && !refill()) {
+        const std::span<const std::uint16_t> words = wait_words();
+        if (words.empty()) {
             std::fill(destination.begin(), destination.end(), std::uint16_t{0});
             return;
         }
-        const std::size_t run = std::min(destination.size(), m_unread.size());
-        std::copy_n(m_unread.begin(), run, destination.begin());
-        m_unread = m_unread.subspan(run);
+        const std::size_t run = std::min(destination.size(), words.size());
+        std::copy_n(words.begin(), run, destination.begin());
+        m_unread = words.subspan(run);
         destination = destination.subspan(run);
     }
 }
 
 void RHD_Word_Fifo::skip_words(std::uint64_t count) {
     while (count != 0) {
-        if (m_unread.empty() && !refill()) {
+        const std::span<const std::uint16_t> words = wait_words();
+        if (words.empty()) {
             return;
         }
-        const auto run = static_cast<std::size_t>(std::min<std::uint64_t>(count, m_unread.size()));
-        m_unread = m_unread.subspan(run);
+        const auto run = static_cast<std::size_t>(std::min<std::uint64_t>(count, words.size()));
+        m_unread = words.subspan(run);
         count -= run;
     }
 }
 
-// Takes what is queued, or waits for it. Answers false when the FIFO is empty and no more is to be waited
-// for.
+std::span<const std::uint16_t> RHD_Word_Fifo::wait_words() {
+    while (m_unread.empty() && refill()) {
+    }
+    return m_unread;
+}
+
+// Gives the piece that is used up back and takes up the next one, or waits for it. Answers false when the
+// FIFO is empty and no more is to be waited for.
 bool RHD_Word_Fifo::refill() {
+    if (m_has_piece) {
+        m_queue.pop();
+        m_has_piece = false;
+    }
     report_used();
     if (stop_signalled() && m_queue.size() == 0) {
         return false;
     }
+    const RHD_Word_Piece& piece = m_queue.wait_front();
+    m_has_piece = true;
     const std::uint64_t first = m_taken_count;
-    const auto taken = std::span<const std::uint16_t>(m_taken).first(m_queue.wait_take(m_taken));
-    m_taken_count += taken.size();
+    m_taken_count += piece.count;
     const std::uint64_t valid_from = std::clamp(forgotten(), first, m_taken_count);
-    m_unread = taken.subspan(static_cast<std::size_t>(valid_from - first));
+    m_unread = std::span(piece.words, piece.count).subspan(static_cast<std::size_t>(valid_from - first));
     if (valid_from != first) {
         throw RHD_Words_Forgotten();
     }

@@ -1,16 +1,17 @@
-// Layer: demultiplexer. The words of the RHD stream between the main demux thread, which appends them, and
-// the one reader, which takes all there are under one lock and goes through them without it.
+// Layer: demultiplexer. The words of the RHD stream between the main demux thread, which appends them piece
+// by piece, and the one reader, which reads them where they lie.
 #pragma once
 
 #include "common/Block_Queue.h"
+#include "rhd/RHD_Word_Piece.h"
 
 #include <atomic>
 #include <condition_variable>
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <mutex>
 #include <span>
-#include <vector>
 
 namespace Pelgar::ORBE::demux {
 
@@ -20,11 +21,14 @@ struct RHD_Words_Forgotten {};
 
 class RHD_Word_Fifo {
 public:
-    RHD_Word_Fifo();
-
-    // Appends the words in order in one locked operation and wakes the reader. Never drops; allocates while
-    // the queue grows.
+    // Appends the words in order and wakes the reader. Never drops; allocates while the queue grows.
     void push_words(std::span<const std::uint16_t> words);
+
+    // Where the next words may be put without being copied again: room for `rhd_piece_capacity` of them. They
+    // belong to the reader after `push_placed`, which tells their number. One thread puts words into a FIFO.
+    std::uint16_t* place() { return m_filling->words; }
+
+    void push_placed(std::size_t count);
 
     // From now on an empty FIFO reads as zeros and does not block. A reader that is blocked already sees it
     // after the next push. Any thread.
@@ -53,26 +57,33 @@ public:
     // Passes over the next words. Reader only; blocks and throws like `read_words`.
     void skip_words(std::uint64_t count);
 
+    // The next words, as many as lie together: some, unless the FIFO is stopped and empty. They stay where
+    // they are until they are read or skipped. Reader only; blocks while the FIFO is empty. Throws
+    // RHD_Words_Forgotten.
+    std::span<const std::uint16_t> wait_words();
+
     // Words that have not been read yet. Reader only.
-    std::size_t size() const { return m_queue.size() + m_unread.size(); }
+    std::size_t size() const {
+        return static_cast<std::size_t>(m_pushed_count.load() - m_taken_count) + m_unread.size();
+    }
 
 private:
-    static constexpr std::size_t words_per_block = 16'384;
-
     bool refill();
     void report_used();
     std::uint64_t forgotten() const;
 
-    Block_Queue<std::uint16_t, words_per_block> m_queue;
-    std::vector<std::uint16_t> m_taken;
+    Block_Queue<RHD_Word_Piece> m_queue;
+    std::unique_ptr<RHD_Word_Piece> m_filling = std::make_unique_for_overwrite<RHD_Word_Piece>();
+    // What the reader has not read of the piece at the front of the queue, which it took up last.
     std::span<const std::uint16_t> m_unread;
+    bool m_has_piece = false;
+    std::uint64_t m_taken_count = 0; // words of the pieces that the reader has taken up
     // Set with release, read with acquire: whoever sees it sees every word that was pushed before it.
     std::atomic<bool> m_stop{false};
-    std::uint64_t m_taken_count = 0; // words that the reader has taken out of the queue
+    std::atomic<std::uint64_t> m_pushed_count{0}; // counted under the mutex
 
-    mutable std::mutex m_mutex; // guards the counts below
+    mutable std::mutex m_mutex; // guards the counts
     std::condition_variable m_used_up;
-    std::uint64_t m_pushed_count = 0;
     std::uint64_t m_used_count = 0;
     // The words up to this one, counted from the first that was ever pushed, are not for the reader any more.
     std::uint64_t m_forgotten_count = 0;

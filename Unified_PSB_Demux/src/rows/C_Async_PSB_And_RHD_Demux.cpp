@@ -31,7 +31,6 @@ bool raise(std::atomic<std::uint32_t>& mark, std::uint32_t count) {
     return false;
 }
 
-constexpr std::size_t rows_per_transfer_buffer = transfer_buffer_capacity / mux_row::length;
 // The counter before the first row, so that every stream begins at 0.
 constexpr std::uint8_t counter_before_first_row = 0xFF;
 
@@ -55,8 +54,6 @@ Async_NP_And_RHD_Demux::Async_NP_And_RHD_Demux() {
         m_np_workers[port] = std::make_unique<C_NP_Worker_Thread>();
     }
     m_rhd_worker = std::make_unique<C_RHD_Worker_Thread>();
-    m_rhd_words =
-        std::make_unique_for_overwrite<std::uint16_t[]>(rows_per_transfer_buffer * mux_row::payload_words);
     m_last_row_counter.fill(counter_before_first_row);
     // Whatever is in the file stays in it.
     m_raw_data_file.open(raw_data_file_name, std::ios::binary | std::ios::app);
@@ -152,7 +149,7 @@ void Async_NP_And_RHD_Demux::split_rows(const std::uint8_t* data, std::size_t ro
         fill[port] = m_np_block_buffers[port]->fill;
     }
     std::array<std::uint32_t, np_port_count> np_rows{};
-    std::uint16_t* const rhd_words = m_rhd_words.get();
+    std::uint16_t* const rhd_words = m_rhd_worker->place_for_words();
     std::size_t rhd_rows = 0;
 
     std::size_t row_number = 0;
@@ -200,7 +197,7 @@ void Async_NP_And_RHD_Demux::split_rows(const std::uint8_t* data, std::size_t ro
     }
     m_total_row_index += static_cast<std::uint32_t>(row_number);
     if (rhd_rows != 0) {
-        m_rhd_worker->push_row_words({rhd_words, rhd_rows * mux_row::payload_words});
+        m_rhd_worker->push_placed_words(rhd_rows * mux_row::payload_words);
         m_rhd_rows_processed += static_cast<std::uint32_t>(rhd_rows);
     }
 }

@@ -107,8 +107,6 @@ private:
     std::uint32_t m_rhd_rows_processed = 0;
     std::uint32_t m_total_row_index = 0;
     std::atomic<bool> m_done{false};
-    // The RHD words of one transfer buffer, which go to the worker in one operation.
-    std::unique_ptr<std::uint16_t[]> m_rhd_words;
 };
 
 } // namespace Pelgar::ORBE::demux
