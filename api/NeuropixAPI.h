@@ -6,6 +6,11 @@
 // recording cannot be brought up. Functions under "Not supported" are there so that a host that imports them
 // starts: they are logged, write nothing and answer NOTSUPPORTED (0xFE). Null output pointers are skipped.
 //
+// Seven functions throw std::out_of_range("invalid array<T, N> subscript") for a port outside 1..4:
+// selectElectrode, setGain, getGain, setReference, setAPCornerFrequency, readElectrodeData and
+// getElectrodeDataFifoState. start_acquisition throws std::system_error when the system has no thread to give.
+// Nothing else throws but std::bad_alloc. A caller that cannot catch, such as one in C, ends by an exception.
+//
 // NeuropixAPI_Functions.inc lists all functions; NeuropixAPI_C.h declares them once more for hosts that look
 // them up by their plain names.
 #pragma once
@@ -583,14 +588,16 @@ NP_EXPORT NP_ErrorCode start_acquisition(int slotID, int portID);
 // start_acquisition that is under way is over. Returns 0.
 NP_EXPORT NP_ErrorCode stop_acquisition(int slotID, int portID);
 
-// Copies `requestedAmount` packets of the port, blocking until they are there; returns 0 with fewer in
-// `*actualAmount` only when acquisition is stopped or the basestation closed. Throws std::out_of_range
-// ("invalid array<T, N> subscript") for a port outside 1..4 when `requestedAmount` is not 0.
+// Copies `requestedAmount` packets of the port, blocking until they are there. Returns 0; with fewer in
+// `*actualAmount` when the basestation is closed, or when the next packet is there and acquisition has been
+// stopped. Stopping alone does not wake a call that waits: closeBS does. Answers with none at once while no
+// basestation is open. Throws std::out_of_range("invalid array<T, N> subscript") for a port outside 1..4 when
+// `requestedAmount` is not 0.
 NP_EXPORT NP_ErrorCode readElectrodeData(int slotID, int portID, int dockID, electrodePacket* packets,
                                          int* actualAmount, int requestedAmount);
 
-// Packets waiting in the port's queue, and 500 minus that number (-1 when the queue is full to the brim).
-// Throws std::out_of_range("invalid array<T, N> subscript") for a port outside 1..4.
+// Packets waiting in the port's queue, and 500 minus that number (-1 when the queue is full to the brim); 0 and
+// 500 while no basestation is open. Throws std::out_of_range("invalid array<T, N> subscript") for a port outside 1..4.
 NP_EXPORT NP_ErrorCode getElectrodeDataFifoState(int slotID, int portID, int dockID, int* packetsAvailable,
                                                  int* headroom);
 
@@ -614,9 +621,10 @@ NP_EXPORT NP_ErrorCode unpackData(const np_packet_t* packet, int16_t* data, int 
 // ---- Auxiliary I/O --------------------------------------------------------------------------------------
 
 // Copies `packetCount` packets of the RHD headstage's auxiliary inputs, blocking until they are there: twelve
-// int16 a packet, of which the first eight are the ADC samples of one 30 kHz frame and the rest 0. When
-// acquisition is stopped or the basestation closed `*packetsRead` is 0 and the buffers hold nothing of use.
-// `channelCount` is not looked at. Returns 0.
+// int16 a packet, of which the first eight are the ADC samples of one 30 kHz frame and the rest 0. When the
+// basestation is closed, or the next packet is there and acquisition has been stopped, `*packetsRead` is 0 and
+// the buffers hold nothing of use. Stopping alone does not wake a call that waits: closeBS does. `channelCount`
+// is not looked at. Returns 0.
 NP_EXPORT NP_ErrorCode ADC_readPackets(int slotID, PacketInfo* packetInfo, int16_t* data, int channelCount,
                                        int packetCount, int* packetsRead);
 
