@@ -64,6 +64,10 @@ file(APPEND ${OUTPUT_DIR}/house/upper/Table.cpp "  #  include \"Table.h\"\n")
 expect_wall("An include that names no room" "upper/Table.cpp includes \"Table.h\", which names no room")
 
 lay_out_house()
+file(APPEND ${OUTPUT_DIR}/house/lower/Floor.cpp "#include <upper/Table.h>\n")
+expect_wall("An include in brackets" "lower/Floor.cpp includes a room's file in brackets: #include <upper/Table.h>")
+
+lay_out_house()
 file(WRITE ${OUTPUT_DIR}/house/lower/NeuropixAPI.h "#pragma once\n")
 file(APPEND ${OUTPUT_DIR}/house/lower/Floor.cpp "#include \"NeuropixAPI.h\"\n")
 expect_wall("An include of the published API"

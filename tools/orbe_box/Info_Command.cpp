@@ -2,7 +2,7 @@
 
 #include "Exit_Codes.h"
 #include "Opened_Box.h"
-#include "probe_link/Headstage_Devices.h"
+#include "probe_link/EEPROM_Layout.h"
 
 #include <array>
 #include <cstdio>

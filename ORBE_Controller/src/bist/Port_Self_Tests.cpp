@@ -5,7 +5,7 @@
 #include "connection/Box_Connection.h"
 #include "ports/NP_Port_Locks.h"
 #include "ports/Probe_Ports.h"
-#include "probe_link/Headstage_Devices.h"
+#include "probe_link/EEPROM_Layout.h"
 #include "probe_link/NP_Probe_Registers.h"
 #include "resources/Resource_Directory.h"
 #include "streaming/Box_Stream.h"
@@ -25,7 +25,7 @@ constexpr std::array<std::uint8_t, 2> register_patterns{0x55, 0xAA};
 
 } // namespace
 
-Port_Self_Tests::Port_Self_Tests(Box_Connection& box, Probe_Ports& ports, const NP_Port_Locks& locks,
+Port_Self_Tests::Port_Self_Tests(const Box_Connection& box, Probe_Ports& ports, const NP_Port_Locks& locks,
                                  Probe_Bring_Up& bring_up, Box_Stream& stream)
     : m_box(box), m_ports(ports), m_locks(locks), m_bring_up(bring_up), m_stream(stream),
       m_self_test_directory(default_resource_directory()) {}

@@ -18,33 +18,22 @@ class Probe_Ports;
 class Port_Self_Tests {
 public:
     // All of them must outlive the object.
-    Port_Self_Tests(Box_Connection& box, Probe_Ports& ports, const NP_Port_Locks& locks,
+    Port_Self_Tests(const Box_Connection& box, Probe_Ports& ports, const NP_Port_Locks& locks,
                     Probe_Bring_Up& bring_up, Box_Stream& stream);
 
-    // The test signal into the pixels, or back to recording.
+    // What these do is said with the operations of the same names in `ORBE_Controller_Library`.
     bool set_bist_signal_mode(unsigned port, bool enable);
-    // Pseudo-random bits over the headstage's link; `*errors` is the number of wrong ones.
     bool bist_start_PBRS(unsigned port);
     bool bist_stop_PBRS(unsigned port, int* errors);
-    // Uploads the configuration and has the probe check it.
     bool bist_Probe_SR(unsigned port);
-    // Reads the first 16 bytes of both EEPROMs twice and compares.
     bool bist_Eeproms(unsigned port);
-    // Writes two patterns into a test register of the probe, reads them back and restores the register.
     bool bist_IIC(unsigned port);
-    // Whether the port's link is locked now.
     bool bist_HB(unsigned port);
-    // Whether the probe's test pattern arrives on all channels, and whether the test signal is seen on all of
-    // them. Both take the stream for themselves and fail while streams are enabled; they leave the probe in
-    // its test mode and, unless the error level is raised, the streams off. In simulation mode they judge a
-    // recording.
     bool bist_PSB(unsigned port);
     bool bist_Signal(unsigned port);
-    // Where those two find their recordings when no stream has been prepared yet; at first the build's
-    // resource directory.
     void set_self_test_directory(std::string directory);
 
-    // The last two whatever the streams do, with the recordings of another directory (PSB_Self_Test.h,
+    // `bist_PSB` and `bist_Signal` whatever the streams do, with the recordings of another directory (PSB_Self_Test.h,
     // Signal_Self_Test.h).
     bool execute_psb_test(unsigned port, const std::string& directory);
     bool execute_bist_signal_test(unsigned port, const std::string& directory);
@@ -54,7 +43,7 @@ private:
     // Runs a test that needs the stream on the port; fails while streams are enabled.
     bool run_with_stream(const char* name, unsigned port, const std::function<bool()>& operation);
 
-    Box_Connection& m_box;
+    const Box_Connection& m_box;
     Probe_Ports& m_ports;
     const NP_Port_Locks& m_locks;
     Probe_Bring_Up& m_bring_up;

@@ -2,6 +2,8 @@
 
 #include "connection/Box_Connection.h"
 #include "streaming/Box_Stream.h"
+#include "wire/Main_mux_transfer_buffer_wrapper.h"
+#include "wire/Mux_Row_Format.h"
 
 #include <loguru.hpp>
 

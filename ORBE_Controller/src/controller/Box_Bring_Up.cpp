@@ -2,6 +2,7 @@
 
 #include "common/Waiting.h"
 #include "connection/Box_Connection.h"
+#include "flash/Configuration_Flash.h"
 #include "fpga/FPGA_Identity.h"
 #include "ports/Probe_Ports.h"
 
@@ -52,7 +53,7 @@ bool Box_Bring_Up::check_and_switch_firmware_if_nec(bool switch_allowed) {
         return false;
     }
     LOG_F(INFO, "Switching FPGA design");
-    m_box.modules().foreign_hw_icap().boot(neuropixels_design_flash_address);
+    m_box.modules().foreign_hw_icap().boot(configuration_flash::neuropixels_design_address);
     m_box.close();
     LOG_F(INFO, "Waiting for reboot of the FPGA");
     wait_for(fpga_reboot_wait);

@@ -1,7 +1,7 @@
 // Layer: device controller. The front of one ORBE box for as long as a basestation is open: bring-up, FPGA
-// identity, probe bring-up, streaming and the DMA pump. Forwards each operation to the part that owns what it
-// needs. Operations run on the host's threads, `pump_data_to_demux` on the pump thread; several wait in fixed
-// steps, as each says.
+// identity, probe bring-up, self tests, flash, streaming and the DMA pump. Hands each operation to the part
+// that owns what it needs. Operations run on the host's threads, `pump_data_to_demux` on the pump thread;
+// several wait in fixed steps, as each says.
 #pragma once
 
 #include "bist/Port_Self_Tests.h"
@@ -14,6 +14,8 @@
 #include "ports/Probe_Identity.h"
 #include "ports/Probe_Ports.h"
 #include "ports/Probe_Settings.h"
+#include "probe/I_L2_Demux_CH_Results.h"
+#include "rhd/I_RHD_Frame_Listener.h"
 #include "streaming/Box_Stream.h"
 
 #include <cstdint>
@@ -206,8 +208,8 @@ private:
 
     void log_mode() const;
 
-    // Each part has its own state; what a part needs of others it is given here. The back-end outlives all of
-    // them, and the stream the ports, whose gain filters it delivers to.
+    // Each part has its own state; what a part needs of others it is given here. They are released in reverse
+    // order: the probe link first, then the demultiplexer, the back-end last.
     Box_Connection m_box;
     Box_Stream m_stream{m_box, m_ports};
     Probe_Ports m_ports{m_box};

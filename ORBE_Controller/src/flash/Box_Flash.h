@@ -15,21 +15,15 @@ class Box_Connection;
 class Box_Flash {
 public:
     // `box` must outlive the object.
-    explicit Box_Flash(Box_Connection& box) : m_box(box) {}
+    explicit Box_Flash(const Box_Connection& box) : m_box(box) {}
 
-    // Erases as many 64 KiB sectors from byte `address`, the beginning of one, as the file takes and writes
-    // the file's whole pieces of 16 bytes, over the hardware record too. False, with the flash left as it
-    // was, for a file that cannot be opened or would run past the end of the flash.
+    // What these do is said with the operations of the same names in `ORBE_Controller_Library`.
     bool program_flash(const char* path, unsigned address, const Flash_Progress_Listener& listener);
-
-    // The record; nothing when the flash cannot be read.
     std::unique_ptr<ORBE_HW_Info> read_ORBE_HW_info();
-
-    // Replaces the record. Of its sector the first 256 bytes survive, the record's own place apart.
     bool program_ORBE_HW_info(const ORBE_HW_Info& info);
 
 private:
-    Box_Connection& m_box;
+    const Box_Connection& m_box;
 };
 
 } // namespace Pelgar::ORBE

@@ -28,6 +28,9 @@ inline constexpr std::uint32_t size = 0x100'0000;
 inline constexpr std::uint32_t sector_size = 0x1'0000;
 inline constexpr std::uint32_t page_size = 0x100;
 
+// The design that serves Neuropixels probes begins here.
+inline constexpr std::uint32_t neuropixels_design_address = 0xB0'0000;
+
 // The hardware record begins the last sector.
 inline constexpr std::uint32_t hw_info_address = 0xFF'0000;
 

@@ -1,5 +1,5 @@
-// Layer: device controller. Erases, writes and reads the configuration flash over the SPI module. The
-// controller makes one for each call, on the host's thread; polls, and waits in steps of 1000 ms where it
+// Layer: device controller. Erases, writes and reads the configuration flash over the SPI module. `Box_Flash`
+// makes one for each call, on the host's thread; polls, and waits in steps of 1000 ms where it
 // says so. Progress and failures are printed.
 #pragma once
 

@@ -13,8 +13,6 @@ inline constexpr unsigned signature_np_port_count_shift = 4;
 
 // "NP" in ASCII: the design that serves Neuropixels probes.
 inline constexpr std::uint32_t neuropixels_design_id = 0x4E50;
-// Where that design begins in the configuration flash.
-inline constexpr std::uint32_t neuropixels_design_flash_address = 0x00B00000;
 
 constexpr std::uint32_t design_id(std::uint32_t signature) {
     return signature >> signature_design_id_shift;

@@ -3,7 +3,7 @@
 #include "common/Waiting.h"
 #include "connection/Box_Connection.h"
 #include "fpga/FPGA_Identity.h"
-#include "ports/Probe_Ports.h"
+#include "wire/Mux_Row_Format.h"
 
 #include <loguru.hpp>
 
@@ -56,7 +56,7 @@ bool NP_Port_Locks::is_locked_now(unsigned port) const {
 
 std::uint8_t NP_Port_Locks::port_mask() const {
     const unsigned count = m_np_port_count_parameter_from_fpga;
-    if (count < 1 || count > probe_port_count) {
+    if (count < 1 || count > demux::np_port_count) {
         LOG_F(ERROR, "Invalid m_np_port_count_parameter_from_fpga");
         return 0;
     }

@@ -11,7 +11,7 @@ class Box_Connection;
 class NP_Port_Locks {
 public:
     // `box` must outlive the object.
-    explicit NP_Port_Locks(Box_Connection& box) : m_box(box) {}
+    explicit NP_Port_Locks(const Box_Connection& box) : m_box(box) {}
 
     // Takes the number of ports from the FPGA design's signature word.
     void set_port_count_from_signature(std::uint32_t signature);
@@ -35,7 +35,7 @@ public:
 private:
     std::uint8_t port_mask() const;
 
-    Box_Connection& m_box;
+    const Box_Connection& m_box;
     std::uint8_t m_np_port_count_parameter_from_fpga = 0;
     std::uint8_t m_np_port_pll_status = 0;
 };

@@ -15,14 +15,9 @@ public:
     // Both must outlive the object.
     Probe_Bring_Up(Box_Connection& box, Probe_Ports& ports) : m_box(box), m_ports(ports) {}
 
-    // Checks the serializer and deserializer of the port's headstage and starts the serializer. A link error
-    // raises the error level.
+    // What these do is said with the operations of the same names in `ORBE_Controller_Library`.
     bool probe_init_part_1(unsigned port);
-
-    // Initialises the probe. A link error raises the error level.
     bool probe_init_part_2(unsigned port, E_ORBE_Init_Config init_config);
-
-    // Shifts the port's configuration into the probe, twice and checked when `readcheck`.
     bool writeProbeConfiguration(unsigned port, bool readcheck);
 
 private:

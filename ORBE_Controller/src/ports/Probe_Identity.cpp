@@ -3,7 +3,7 @@
 #include "common/Copy_Text.h"
 #include "connection/Box_Connection.h"
 #include "ports/Probe_Ports.h"
-#include "probe_link/Headstage_Devices.h"
+#include "probe_link/EEPROM_Layout.h"
 
 #include <loguru.hpp>
 

@@ -13,15 +13,13 @@ class Probe_Ports;
 class Probe_Identity {
 public:
     // Both must outlive the object.
-    Probe_Identity(Box_Connection& box, Probe_Ports& ports) : m_box(box), m_ports(ports) {}
+    Probe_Identity(const Box_Connection& box, Probe_Ports& ports) : m_box(box), m_ports(ports) {}
 
-    // Texts are cut to `length` characters including the closing zero.
+    // What these do is said with the operations of the same names in `ORBE_Controller_Library`.
     bool readProbeSN(unsigned port, unsigned long long* sn);
     bool readProbePN(unsigned port, char* buffer, unsigned length);
     bool readHSPN(unsigned port, char* buffer, unsigned length);
 
-    // Write the first `count` bytes (at most 256) of an EEPROM into a file. The probe's EEPROM lies on its
-    // flex, so that both names mean the same one.
     bool dump_eeprom(unsigned port, const char* path, unsigned count);
     bool dump_flex_eeprom(unsigned port, const char* path, unsigned count);
     bool dump_hs_eeprom(unsigned port, const char* path, unsigned count);
@@ -29,7 +27,7 @@ public:
 private:
     bool dump_eeprom_of_device(unsigned port, std::uint8_t device, const char* path, unsigned count);
 
-    Box_Connection& m_box;
+    const Box_Connection& m_box;
     Probe_Ports& m_ports;
 };
 

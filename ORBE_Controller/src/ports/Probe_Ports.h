@@ -21,7 +21,7 @@ inline constexpr std::size_t probe_port_count = demux::np_port_count;
 class Probe_Ports {
 public:
     // `box` must outlive the object. There is no link and no port yet.
-    explicit Probe_Ports(Box_Connection& box) : m_box(box) {}
+    explicit Probe_Ports(const Box_Connection& box) : m_box(box) {}
 
     // Makes the link and the ports, one by one, in place of earlier ones.
     void make();
@@ -43,12 +43,12 @@ public:
     // Routes the link to a port.
     void assign_uart(unsigned port);
 
-    // Runs an operation on a port to which the link is routed first; an exception is logged under the
-    // operation's name and fails it.
+    // Runs an operation on a port to which the link is routed first (in simulation mode there is nothing to
+    // route); an exception is logged under the operation's name and fails it.
     bool run_on_port(const char* name, unsigned port, const std::function<bool()>& operation);
 
 private:
-    Box_Connection& m_box;
+    const Box_Connection& m_box;
     std::unique_ptr<I2C_Over_GSML_Module> m_i2c;
     std::array<Probe_Port, probe_port_count> m_ports;
 };

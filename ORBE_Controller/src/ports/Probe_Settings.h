@@ -19,7 +19,8 @@ public:
     bool setReference(unsigned port, int channel, int reference, int int_ref_bank);
     bool setAPCornerFrequency(unsigned port, int channel, bool disable);
 
-    // These route the link to the port, and log what is thrown.
+    // These go through `Probe_Ports::run_on_port`, which routes the link to the port and logs what is thrown.
+
     void clear_all_electrode_to_bank_assignments(unsigned port);
     bool setADCCalibration(unsigned port, const char* path);
     bool setGainCalibration(unsigned port, const char* path);

@@ -1,5 +1,5 @@
-// Layer: probe link. The calibration of one of the probe's 32 ADCs, as the probe's calibration file lists it.
-// Plain data.
+// Layer: device controller, probe link. The calibration of one of the probe's 32 ADCs, as the probe's
+// calibration file lists it. Plain data.
 #pragma once
 
 #include <cstdint>

@@ -1,6 +1,6 @@
-// Layer: probe link. Turns I2C register accesses into frames to the headstage bridge on a port's UART. Called
-// on the host's threads, one transaction at a time because answers carry no tag; every transaction blocks
-// until the bridge has answered or the UART's receive budget of 10 ms a byte has run out.
+// Layer: device controller, probe link. Turns I2C register accesses into frames to the headstage bridge on a
+// port's UART. Called on the host's threads, one transaction at a time because answers carry no tag; every
+// transaction blocks until the bridge has answered or the UART's receive budget of 10 ms a byte has run out.
 #pragma once
 
 #include <cstdint>

@@ -1,6 +1,6 @@
-// Layer: probe link. The configuration of one probe: the images of its shift-register chains, edited by
-// checked setters and uploaded over the port's I2C link. Called on the host's threads, one call at a time.
-// Only the upload, the register reads and the PRBS test touch the link and block.
+// Layer: device controller, probe link. The configuration of one probe: the images of its shift-register
+// chains, edited by checked setters and uploaded over the port's I2C link. Called on the host's threads, one
+// call at a time. Only the upload, the register reads and the PRBS test touch the link and block.
 #pragma once
 
 #include "probe_link/NP_Probe_Layout.h"

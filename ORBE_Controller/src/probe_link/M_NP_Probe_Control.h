@@ -1,6 +1,6 @@
-// Layer: probe link. Initialises one port's probe, switches its operating mode and runs the register
-// sequences of its self tests. Called on the host's threads, one call at a time; every operation blocks on
-// the port's I2C link and passes its exceptions on, the probe then being left part-way.
+// Layer: device controller, probe link. Initialises one port's probe, switches its operating mode and runs
+// the register sequences of its self tests. Called on the host's threads, one call at a time; every operation
+// blocks on the port's I2C link and passes its exceptions on, the probe then being left part-way.
 #pragma once
 
 #include "probe_link/M_NP_Probe_Config.h"

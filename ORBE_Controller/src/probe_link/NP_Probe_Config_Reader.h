@@ -1,5 +1,5 @@
-// Layer: probe link. Reads the ADC calibration file that comes with a probe. Called on the host's threads;
-// blocks on the file.
+// Layer: device controller, probe link. Reads the ADC calibration file that comes with a probe. Called on the
+// host's threads; blocks on the file.
 #pragma once
 
 #include "probe_link/ADC_Calibration.h"

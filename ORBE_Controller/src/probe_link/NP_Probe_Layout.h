@@ -1,5 +1,6 @@
-// Layer: probe link. How the shift-register chains of the probe ASIC are laid out: which bit of which chain
-// connects an electrode, selects a reference, holds a gain code or calibrates an ADC. Constants only.
+// Layer: device controller, probe link. How the shift-register chains of the probe ASIC are laid out: which
+// bit of which chain connects an electrode, selects a reference, holds a gain code or calibrates an ADC.
+// Constants only.
 #pragma once
 
 #include <cstddef>

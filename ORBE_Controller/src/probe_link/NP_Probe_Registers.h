@@ -1,5 +1,5 @@
-// Layer: probe link. The registers of the probe ASIC and of the headstage's serializer and deserializer that
-// this layer uses, with their fields. Constants only.
+// Layer: device controller, probe link. The registers of the probe ASIC and of the headstage's serializer and
+// deserializer that this layer uses, with their fields. Constants only.
 #pragma once
 
 #include <cstdint>

@@ -1,5 +1,5 @@
-// Layer: probe link. The memory image of one shift-register chain of the probe ASIC. Edited on the host's
-// threads by the probe configuration; never blocks, never allocates.
+// Layer: device controller, probe link. The memory image of one shift-register chain of the probe ASIC.
+// Edited on the host's threads by the probe configuration; never blocks, never allocates.
 #pragma once
 
 #include "common/Checked_Index.h"

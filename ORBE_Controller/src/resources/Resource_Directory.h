@@ -1,5 +1,5 @@
-// Layer: probe link. Where the library's data files are installed; fixed when the library is built. Any
-// thread; never blocks.
+// Layer: device controller. Where the library's data files are installed; fixed when the library is built.
+// Any thread; never blocks.
 #pragma once
 
 #include "common/Export.h"

@@ -2,6 +2,7 @@
 
 #include "common/Console.h"
 #include "connection/Box_Connection.h"
+#include "fpga/Okelly_Adapter_Module.h"
 #include "ports/Probe_Ports.h"
 
 #include <loguru.hpp>
@@ -119,7 +120,8 @@ void Box_Stream::disable_data_sources() {
 
 bool Box_Stream::pump_data_to_demux() {
     const bool simulation = m_box.is_simulation();
-    if (!(simulation ? m_recording_pump.is_prepared() : m_dma_pump.is_prepared())) {
+    const bool pump_is_prepared = simulation ? m_recording_pump.is_prepared() : m_dma_pump.is_prepared();
+    if (!m_prepared_for_streaming || !pump_is_prepared) {
         LOG_F(ERROR, "pump_data_to_demux before streaming was prepared");
         return false;
     }

@@ -24,15 +24,9 @@ public:
     // Both must outlive the object.
     Box_Stream(Box_Connection& box, Probe_Ports& ports);
 
-    // From the box: allocates the buffers, starts the demultiplexer and hands the receive buffer to the
-    // driver. Lets the exceptions of the back-end through; it can be called again then.
+    // What these do is said with the operations of the same names in `ORBE_Controller_Library`.
     void prepare_for_streaming();
-
-    // From a recorded raw DMA file: opens it and starts the demultiplexer. False when the file cannot be
-    // opened.
     bool prepare_for_simulation_streaming(const std::string& path);
-
-    // Switches data sources on: probe ports by index 0..3 and RHD data streams by number 0..31.
     void enable_streaming(bool enable_np, std::initializer_list<unsigned> np_ports, bool enable_rhd,
                           std::initializer_list<unsigned> rhd_streams, bool soft_trigger);
     void disable_streaming();
@@ -41,23 +35,13 @@ public:
     // Whether sources have been switched on and not off since.
     bool is_enabled() const { return m_streams_enabled; }
 
-    // Moves one buffer into the demultiplexer. False when the read failed or the recording has ended. Pump
-    // thread; blocks in the driver's read, or 10 ms in simulation mode.
     bool pump_data_to_demux();
-
-    // What was pumped from the box since construction, in bytes modulo 2^32. Any thread.
     std::uint32_t get_total_bytes_read() const { return m_dma_pump.total_bytes_read(); }
 
-    // The first blocks until the channel values of all whole blocks, and the RHD frames, that were pumped so
-    // far have reached their listeners; the second forgets what does not fill a block or a frame. Not while
-    // another thread pumps.
     void wait_until_delivered() { m_demux_thread.wait_until_delivered(); }
 
     void drop_unfinished_blocks() { m_demux_thread.demux().drop_unfinished_blocks(); }
 
-    // Routes the channel results of a port (index 0..3), through the port's gain filter when
-    // `via_gain_filter`. Throws std::out_of_range("invalid array<T, N> subscript") or, without the filter,
-    // std::runtime_error for another port. The listener is held weakly.
     void set_NP_aqustion_listener(std::weak_ptr<demux::I_L2_Demux_CH_Results> listener, unsigned port,
                                   bool via_gain_filter);
     void set_RHD_aqustion_listener(std::weak_ptr<demux::I_RHD_Frame_Listener> listener);
@@ -66,7 +50,6 @@ public:
 
     void restore_stream_listeners() { m_saved_listeners.restore(m_demux_thread.demux()); }
 
-    // Stops the sources, ends and joins the demultiplexer and logs what was processed.
     void finalize_stream();
 
     // See `DMA_Pump`.

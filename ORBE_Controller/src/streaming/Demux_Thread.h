@@ -16,7 +16,8 @@ public:
     // cannot be started. Starting a second time without stopping ends the process.
     void start();
 
-    // Ends and joins all of them; logs when there is nothing to end.
+    // Ends and joins all of them; logs when there is nothing to end. Must have been called before the object
+    // ends.
     void stop();
 
     // Blocks until what was pushed so far has reached its listeners; at once when the thread does not run.

@@ -376,7 +376,7 @@ TEST(GainProduct, WholeBlocksEqualThePlainOnesWhateverTheFactors) {
             factor[i] = std::bit_cast<float>(static_cast<std::uint32_t>(random()));
         }
         // At the edge of what fits into 32 bits.
-        factor[round % 384] = 32768.0F + static_cast<float>(round % 5 - 2) / 256.0F;
+        factor[static_cast<std::size_t>(round % 384)] = 32768.0F + static_cast<float>(round % 5 - 2) / 256.0F;
         values[round % 384] = expected[round % 384] = static_cast<std::uint16_t>(65535 - round % 3);
         apply_gain(values, factor.data());
         Pelgar::ORBE::plain::apply_gain(expected, factor.data());

@@ -1,4 +1,5 @@
-// Layer: device controller. The EEPROMs on the probe link and what they hold, by register. Constants only.
+// Layer: device controller, probe link. The EEPROMs on the probe link and what they hold, by register.
+// Constants only.
 #pragma once
 
 #include <cstdint>
