@@ -39,6 +39,10 @@ std::size_t C_NP_Worker_Thread::push_block(const NP_Block_Buffer& block) {
     return m_queue.push_unbounded(block);
 }
 
+std::size_t C_NP_Worker_Thread::exchange_block(std::unique_ptr<NP_Block_Buffer>& block) {
+    return m_queue.exchange_unbounded(block);
+}
+
 void C_NP_Worker_Thread::wait_until_decoded() {
     m_queue.wait_until_consumed();
 }

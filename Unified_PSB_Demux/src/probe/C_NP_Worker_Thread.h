@@ -38,6 +38,9 @@ public:
     // the queue grows.
     std::size_t push_block(const NP_Block_Buffer& block);
 
+    // The same with the block itself, for which the caller gets another one, whatever that holds.
+    std::size_t exchange_block(std::unique_ptr<NP_Block_Buffer>& block);
+
     // Blocks until every block queued so far has been decoded. Only while the thread runs.
     void wait_until_decoded();
 

@@ -2,12 +2,11 @@
 
 #include "common/Checked_Index.h"
 #include "common/Console.h"
-#include "wire/Stream_Anomalies.h"
+#include "rows/High_Water_Mark.h"
+#include "wire/Mux_Row_Format.h"
 
 #include <loguru.hpp>
 
-#include <cstring>
-#include <span>
 #include <stdexcept>
 #include <string>
 #include <utility>
@@ -16,45 +15,18 @@ namespace Pelgar::ORBE::demux {
 
 namespace {
 
-// The largest number of elements that each queue ever held, over all demultiplexers of the process.
-std::atomic<std::uint32_t> main_demux_queue_high_water_mark{0};
-std::array<std::atomic<std::uint32_t>, np_port_count> np_queue_high_water_mark{};
-
-// Raises the mark to `count` and tells whether it was lower.
-bool raise(std::atomic<std::uint32_t>& mark, std::uint32_t count) {
-    std::uint32_t highest = mark.load(std::memory_order_relaxed);
-    while (count > highest) {
-        if (mark.compare_exchange_weak(highest, count, std::memory_order_relaxed)) {
-            return true;
-        }
-    }
-    return false;
-}
-
-// The counter before the first row, so that every stream begins at 0.
-constexpr std::uint8_t counter_before_first_row = 0xFF;
-
-bool has_marker(const std::uint8_t* row) {
-    return (row[mux_row::marker_offset] & mux_row::marker_mask) == mux_row::marker;
-}
-
-bool starts_super_frame(const std::uint8_t* row) {
-    return (row[mux_row::start_flag_offset] & mux_row::start_flag) != 0;
-}
-
-static_assert(np_port_count == mux_row::rhd_stream_id,
-              "the ids of the ports end where the RHD stream's begins");
+// Over all demultiplexers of the process.
+High_Water_Mark main_demux_queue_high_water_mark;
 
 } // namespace
 
 Async_NP_And_RHD_Demux::Async_NP_And_RHD_Demux() {
     LOG_SCOPE_F(INFO, "Async_NP_And_RHD_Demux");
-    for (unsigned port = 0; port < np_port_count; ++port) {
-        m_np_block_buffers[port] = std::make_unique<NP_Block_Buffer>();
-        m_np_workers[port] = std::make_unique<C_NP_Worker_Thread>();
+    for (auto& worker : m_np_workers) {
+        worker = std::make_unique<C_NP_Worker_Thread>();
     }
     m_rhd_worker = std::make_unique<C_RHD_Worker_Thread>();
-    m_last_row_counter.fill(counter_before_first_row);
+    m_row_splitter = std::make_unique<Row_Splitter>(m_np_workers, *m_rhd_worker);
     // Whatever is in the file stays in it.
     m_raw_data_file.open(raw_data_file_name, std::ios::binary | std::ios::app);
 }
@@ -101,9 +73,9 @@ void Async_NP_And_RHD_Demux::run() {
     m_done.store(true);
 
     for (unsigned port = 0; port < np_port_count; ++port) {
-        LOG_F(INFO, "Number of np %d rows processed : %d", port, m_np_rows_processed[port]);
+        LOG_F(INFO, "Number of np %d rows processed : %d", port, m_row_splitter->np_rows(port));
     }
-    LOG_F(INFO, "Number of rhd rows processed : %d", m_rhd_rows_processed);
+    LOG_F(INFO, "Number of rhd rows processed : %d", m_row_splitter->rhd_rows());
     LOG_F(INFO, "End of main demux thread");
 }
 
@@ -131,87 +103,16 @@ void Async_NP_And_RHD_Demux::process_transfer_buffer(const Main_mux_transfer_buf
     if (buffer.size % mux_row::length != 0) {
         console::err("Buffer size incompatible\n");
     }
-    if (!has_marker(buffer.data)) {
+    if (!mux_row::has_marker(buffer.data)) {
         console::out("Async_PSB_And_RHD_Demux : Main mux data invalid, discarding data packet\n");
         return;
     }
-    split_rows(buffer.data, buffer.size / mux_row::length);
-}
-
-// Routes rows by their stream id, up to the first one without a marker. Everything that the loop counts is
-// kept in locals, which the bytes it writes cannot alias, and stored back behind it.
-void Async_NP_And_RHD_Demux::split_rows(const std::uint8_t* data, std::size_t row_count) {
-    std::array<std::uint8_t, mux_row::stream_id_count> last_counter = m_last_row_counter;
-    std::array<std::uint8_t*, np_port_count> block;
-    std::array<std::uint32_t, np_port_count> fill;
-    for (unsigned port = 0; port < np_port_count; ++port) {
-        block[port] = m_np_block_buffers[port]->data;
-        fill[port] = m_np_block_buffers[port]->fill;
-    }
-    std::array<std::uint32_t, np_port_count> np_rows{};
-    std::uint16_t* const rhd_words = m_rhd_worker->place_for_words();
-    std::size_t rhd_rows = 0;
-
-    std::size_t row_number = 0;
-    for (; row_number < row_count; ++row_number) {
-        const std::uint8_t* const row = data + row_number * mux_row::length;
-        if (!has_marker(row)) [[unlikely]] {
-            break;
-        }
-        const unsigned stream_id = row[mux_row::marker_offset] & mux_row::stream_id_mask;
-        const std::uint8_t counter = row[mux_row::counter_offset];
-        if (static_cast<std::uint8_t>(last_counter[stream_id] + 1) != counter) [[unlikely]] {
-            anomaly::row_counter_discontinuity(stream_id,
-                                               m_total_row_index + static_cast<std::uint32_t>(row_number),
-                                               last_counter[stream_id], counter);
-        }
-        last_counter[stream_id] = counter;
-
-        if (stream_id < np_port_count) {
-            if (fill[stream_id] == np_block_capacity) [[unlikely]] {
-                m_np_block_buffers[stream_id]->fill = fill[stream_id];
-                hand_over_block(stream_id);
-                fill[stream_id] = 0;
-            }
-            if (fill[stream_id] != 0 || starts_super_frame(row)) [[likely]] {
-                std::memcpy(block[stream_id] + fill[stream_id], row + mux_row::payload_offset,
-                            mux_row::payload_length);
-                fill[stream_id] += mux_row::payload_length;
-                ++np_rows[stream_id];
-            } else {
-                anomaly::row_discarded(stream_id);
-            }
-        } else if (stream_id == mux_row::rhd_stream_id) {
-            std::memcpy(rhd_words + rhd_rows * mux_row::payload_words, row + mux_row::payload_offset,
-                        mux_row::payload_length);
-            ++rhd_rows;
-        } else {
-            anomaly::unknown_stream_id(stream_id);
-        }
-    }
-
-    m_last_row_counter = last_counter;
-    for (unsigned port = 0; port < np_port_count; ++port) {
-        m_np_block_buffers[port]->fill = fill[port];
-        m_np_rows_processed[port] += np_rows[port];
-    }
-    m_total_row_index += static_cast<std::uint32_t>(row_number);
-    if (rhd_rows != 0) {
-        m_rhd_worker->push_placed_words(rhd_rows * mux_row::payload_words);
-        m_rhd_rows_processed += static_cast<std::uint32_t>(rhd_rows);
-    }
-}
-
-void Async_NP_And_RHD_Demux::hand_over_block(unsigned port) {
-    const auto count = static_cast<std::uint32_t>(m_np_workers[port]->push_block(*m_np_block_buffers[port]));
-    if (raise(np_queue_high_water_mark[port], count)) {
-        console::out("NP worker ", port, " element count high_water_mark : ", count, '\n');
-    }
+    m_row_splitter->split(buffer.data, buffer.size / mux_row::length);
 }
 
 void Async_NP_And_RHD_Demux::push_xfer_buffer_to_queue(const Main_mux_transfer_buffer_wrapper& buffer) {
     const auto count = static_cast<std::uint32_t>(m_main_demux_queue.push_unbounded(buffer));
-    if (raise(main_demux_queue_high_water_mark, count)) {
+    if (main_demux_queue_high_water_mark.raise(count)) {
         console::out("main_demux_queue_high_water_mark : ", count, '\n');
     }
 }
@@ -236,9 +137,7 @@ void Async_NP_And_RHD_Demux::wait_until_delivered() {
 }
 
 void Async_NP_And_RHD_Demux::drop_unfinished_blocks() {
-    for (const auto& block : m_np_block_buffers) {
-        block->fill = 0;
-    }
+    m_row_splitter->drop_unfinished_blocks();
     m_rhd_worker->drop_unfinished_frame();
 }
 

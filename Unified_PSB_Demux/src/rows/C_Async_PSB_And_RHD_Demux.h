@@ -10,11 +10,9 @@
 #include "probe/I_L2_Demux_CH_Results.h"
 #include "rhd/C_RHD_Worker_Thread.h"
 #include "rhd/I_RHD_Frame_Listener.h"
+#include "rows/Row_Splitter.h"
 #include "wire/Main_mux_transfer_buffer_wrapper.h"
-#include "wire/Mux_Row_Format.h"
-#include "wire/NP_Block_Buffer.h"
 
-#include <array>
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
@@ -88,24 +86,16 @@ private:
     void renew();
     void process_queue_element();
     void process_transfer_buffer(const Main_mux_transfer_buffer_wrapper& buffer);
-    void split_rows(const std::uint8_t* data, std::size_t row_count);
-    void hand_over_block(unsigned port);
 
     Block_Queue<Main_mux_transfer_buffer_wrapper> m_main_demux_queue;
-    std::array<std::unique_ptr<C_NP_Worker_Thread>, np_port_count> m_np_workers;
+    NP_Workers m_np_workers;
     std::unique_ptr<C_RHD_Worker_Thread> m_rhd_worker;
+    std::unique_ptr<Row_Splitter> m_row_splitter;
     Relaxed<bool> m_worker_threads_started{false};
-    // The block of each port that is being filled.
-    std::array<std::unique_ptr<NP_Block_Buffer>, np_port_count> m_np_block_buffers;
     bool m_stop_requested = false;
-    // The last row counter of each stream id.
-    std::array<std::uint8_t, mux_row::stream_id_count> m_last_row_counter;
     // Nothing is written into it.
     std::ofstream m_raw_data_file;
     std::uint32_t m_processed_packet_count = 0;
-    std::array<std::uint32_t, np_port_count> m_np_rows_processed{};
-    std::uint32_t m_rhd_rows_processed = 0;
-    std::uint32_t m_total_row_index = 0;
     std::atomic<bool> m_done{false};
 };
 

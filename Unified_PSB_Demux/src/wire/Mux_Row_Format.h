@@ -20,6 +20,10 @@ inline constexpr std::size_t stream_id_count = 16;
 // Stream ids below this one are the probe ports.
 inline constexpr unsigned rhd_stream_id = 4;
 
+inline bool has_marker(const std::uint8_t* row) {
+    return (row[marker_offset] & marker_mask) == marker;
+}
+
 // Byte 1: row counter of the stream, modulo 256.
 inline constexpr std::size_t counter_offset = 1;
 

@@ -36,9 +36,13 @@ struct Stream_Kind {
     std::uint32_t buffers_per_lost_marker;
     // A lost row costs the rest of its block, so that streams with many faults deliver little.
     std::size_t least_channel_sets;
+    // The ports' rows come one by one in turn and the RHD rows behind them, as from the box, but for one in
+    // so many; 0: in any order.
+    std::uint32_t rows_per_lost_turn = 0;
 
     friend void PrintTo(const Stream_Kind& kind, std::ostream* stream) {
-        *stream << kind.rhd_stream_count << " RHD streams";
+        *stream << kind.rhd_stream_count << " RHD streams"
+                << (kind.rows_per_lost_turn != 0 ? ", rows in turn" : "");
     }
 };
 
@@ -53,6 +57,14 @@ public:
     }
 
     std::uint32_t draw(std::uint32_t limit) { return static_cast<std::uint32_t>(m_random() % limit); }
+
+    // The stream whose row comes next in turn.
+    unsigned next_in_turn() {
+        constexpr std::size_t port_rows_a_tick = 4 * 65;
+        const std::size_t rhd_rows_a_tick = (20 + 35 * m_rhd_stream_count) / 7;
+        const std::size_t at = m_row_of_tick++ % (port_rows_a_tick + rhd_rows_a_tick);
+        return at < port_rows_a_tick ? static_cast<unsigned>(at % 4) : 4;
+    }
 
     void append_port_row(Bytes& bytes, unsigned port) {
         std::vector<Row_Payload>& rows = m_port_rows[port];
@@ -130,6 +142,7 @@ private:
     std::array<std::vector<Row_Payload>, 4> m_port_rows;
     std::uint32_t m_rhd_frame = 0;
     Words m_rhd_pending;
+    std::size_t m_row_of_tick = 0;
 };
 
 class Random_Demux : public testing::TestWithParam<Stream_Kind> {};
@@ -146,6 +159,11 @@ TEST_P(Random_Demux, DeliversAndPrintsWhatTheReferenceDoes) {
         Bytes& buffer = buffers.emplace_back();
         const std::size_t rows = 1 + source.draw(source.draw(2) == 0 ? 65'536 : 500);
         while (buffer.size() < 16 * rows) {
+            if (kind.rows_per_lost_turn != 0 && source.draw(kind.rows_per_lost_turn) != 0) {
+                const unsigned stream = source.next_in_turn();
+                stream < 4 ? source.append_port_row(buffer, stream) : source.append_rhd_row(buffer);
+                continue;
+            }
             const std::uint32_t choice = source.draw(1000);
             if (choice < 350) {
                 source.append_port_row(buffer, 0);
@@ -228,6 +246,8 @@ TEST_P(Random_Demux, DeliversAndPrintsWhatTheReferenceDoes) {
 INSTANTIATE_TEST_SUITE_P(Seeds, Random_Demux,
                          testing::Values(Stream_Kind{1, 0, 150'000, 100'000, 2'000},
                                          Stream_Kind{2, 5, 100'000, 40, 500},
-                                         Stream_Kind{3, 18, 20'000, 5, 100}));
+                                         Stream_Kind{3, 18, 20'000, 5, 100},
+                                         Stream_Kind{4, 16, 150'000, 100'000, 500, 1'000},
+                                         Stream_Kind{5, 0, 100'000, 40, 500, 20}));
 
 } // namespace
