@@ -367,7 +367,7 @@ TEST(GainProduct, WholeBlocksEqualSingleProducts) {
 TEST(GainProduct, WholeBlocksEqualThePlainOnesWhateverTheFactors) {
     std::mt19937 random(3);
     std::array<float, 384> factor{};
-    for (int round = 0; round < 2'000; ++round) {
+    for (std::size_t round = 0; round < 2'000; ++round) {
         std::uint16_t values[384];
         std::uint16_t expected[384];
         for (std::size_t i = 0; i < 384; ++i) {
@@ -376,7 +376,7 @@ TEST(GainProduct, WholeBlocksEqualThePlainOnesWhateverTheFactors) {
             factor[i] = std::bit_cast<float>(static_cast<std::uint32_t>(random()));
         }
         // At the edge of what fits into 32 bits.
-        factor[static_cast<std::size_t>(round % 384)] = 32768.0F + static_cast<float>(round % 5 - 2) / 256.0F;
+        factor[round % 384] = 32768.0F + (static_cast<float>(round % 5) - 2.0F) / 256.0F;
         values[round % 384] = expected[round % 384] = static_cast<std::uint16_t>(65535 - round % 3);
         apply_gain(values, factor.data());
         Pelgar::ORBE::plain::apply_gain(expected, factor.data());
