@@ -34,7 +34,7 @@ private:
 TEST(LongRecording, EverySampleOfEveryPortComesOutBitForBit) {
     const Long_Recording recording;
     const std::string path = recording.path().string();
-    const Program_Run made = run_program(ORBE_RECORDING_PROGRAM " make '" + path + "' --seed 20 --seconds " +
+    const Program_Run made = run_program(ORBE_RECORDING_PROGRAM " make '" + path + "' --force --seed 20 --seconds " +
                                          std::to_string(ORBE_END_TO_END_SECONDS));
     ASSERT_EQ(made.exit_code, 0) << made.errors;
 

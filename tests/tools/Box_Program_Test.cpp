@@ -9,13 +9,19 @@
 #include <gtest/gtest.h>
 #include <loguru.hpp>
 
+#include <chrono>
 #include <csignal>
 #include <filesystem>
 #include <fstream>
+#include <future>
 #include <memory>
 #include <sstream>
 #include <string>
 #include <vector>
+
+#if !defined(_WIN32)
+#include <unistd.h>
+#endif
 
 namespace {
 
@@ -39,7 +45,7 @@ protected:
                                   : std::make_unique<ORBE_Controller_Library>(
                                         std::make_shared<Virtual_Box_Controller>(m_box), false);
             },
-            answer_stream};
+            answer_stream, m_self_test_limit};
         std::vector<const char*> all{"orbe-box"};
         all.insert(all.end(), arguments.begin(), arguments.end());
         testing::internal::CaptureStdout();
@@ -78,6 +84,7 @@ protected:
         return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
     }
 
+    std::chrono::milliseconds m_self_test_limit = std::chrono::hours(1);
     Waiter_Guard m_waiter;
     std::shared_ptr<Virtual_Box> m_box = std::make_shared<Virtual_Box>();
 };
@@ -167,7 +174,9 @@ TEST_F(Box_Program, RunsOnTheSimulatedBox) {
     EXPECT_EQ(result.exit_code, 0);
     EXPECT_EQ(result.errors, "");
     EXPECT_TRUE(
-        result.output.ends_with("Ports        2\n"
+        result.output.ends_with("Temperature  none, takes a box\n"
+                                "Efuse        000000c3\n"
+                                "Ports        2\n"
                                 "  1  locked  headstage NP2_HS_30  probe PRB_1_4_0480_1  serial number 0\n"
                                 "  2  not locked\n"
                                 "  3  not offered by the design\n"
@@ -179,6 +188,7 @@ TEST_F(Box_Program, AGoodProbePassesEverySelfTest) {
     const Run_Result result = run({"selftest", "3"});
     EXPECT_EQ(result.errors, "");
     EXPECT_EQ(result.output, "Self tests of port 3\n"
+                             "  Start   box, headstage and probe come up         ready\n"
                              "  HB      link to the headstage                    pass\n"
                              "  PRBS    pseudo-random bits over the link         pass\n"
                              "  I2CMM   registers of the probe                   pass\n"
@@ -203,11 +213,46 @@ TEST_F(Box_Program, ASelfTestThatFailsSaysWhy) {
     EXPECT_EQ(without_directory(result.errors), "");
 }
 
+#if !defined(_WIN32)
+
+// What a line tells of is shown before it is done. The death of the program keeps what has gone through.
+TEST_F(Box_Program, ASelfTestThatDoesNotComeBackEndsTheProgram) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    m_self_test_limit = std::chrono::seconds(2);
+    const auto hang = [this] {
+        // The first wait of a second is that of the bit errors.
+        m_waiter.on_wait([this](std::size_t number) {
+            if (m_waiter.waits().at(number - 1) == std::chrono::seconds(1)) {
+                std::promise<void> never;
+                never.get_future().wait();
+            }
+        });
+        std::istringstream answers;
+        const tools::Box_Environment environment{[this](bool /*simulation*/) {
+                                                     return std::make_unique<ORBE_Controller_Library>(
+                                                         std::make_shared<Virtual_Box_Controller>(m_box),
+                                                         false);
+                                                 },
+                                                 answers, m_self_test_limit};
+        const char* const arguments[] = {"orbe-box", "selftest", "1"};
+        std::fflush(stdout);
+        dup2(STDERR_FILENO, STDOUT_FILENO);
+        tools::run_box_program(3, arguments, environment);
+    };
+    EXPECT_EXIT(hang(), testing::ExitedWithCode(1),
+                "  HB      link to the headstage                    pass\n"
+                "  PRBS    pseudo-random bits over the link         FAIL  no answer within 2 seconds\n"
+                "orbe-box: the box does not come back; the library's log and what it printed are in '");
+}
+
+#endif
+
 TEST_F(Box_Program, SelfTestsOfAProbeThatDoesNotAnswerAreNotBegun) {
     m_box->headstage(1).fail_from(1, Link_Fault::silence);
     const Run_Result result = run({"selftest", "2"});
     EXPECT_EQ(result.exit_code, 1);
-    EXPECT_EQ(result.output, "");
+    EXPECT_EQ(result.output, "Self tests of port 2\n"
+                             "  Start   box, headstage and probe come up         FAIL\n");
     EXPECT_EQ(without_directory(result.errors),
               "orbe-box: the probe does not come up: Exception caught while probe probe_init_part_1 : "
               "UART_Module recv timeout\n");
@@ -219,6 +264,7 @@ TEST_F(Box_Program, TheSimulatedBoxTakesItsSelfTestsFromRecordings) {
     write_recording("recordings/muxed_np_raw_data_2_minute.bin", tone_recording(0, 40, 1));
     const Run_Result result = run({"--simulation", "--recordings", "recordings", "selftest", "1"});
     EXPECT_EQ(result.output, "Self tests of port 1\n"
+                             "  Start   box, headstage and probe come up         ready\n"
                              "  HB      link to the headstage                    skipped, takes a box\n"
                              "  PRBS    pseudo-random bits over the link         skipped, takes a box\n"
                              "  I2CMM   registers of the probe                   skipped, takes a box\n"
@@ -263,12 +309,18 @@ TEST_F(Box_Program, WithoutItsRecordingsTheSimulatedBoxSaysWhichAreMissing) {
 TEST_F(Box_Program, FlashWritesTheFileOnceTheUserAgrees) {
     make_file("design.bin", 70'000);
     const Run_Result result = run({"flash", "design.bin", "0x100000"}, "yes\n");
-    EXPECT_EQ(result.errors, "");
-    EXPECT_EQ(result.output, "Erase 2 sectors of 64 KiB from 0x100000 on and write 70000 bytes?\n"
-                             "A box whose design is damaged does not start any more. [yes/no] "
-                             "70000 bytes written at 0x100000.\n");
+    EXPECT_EQ(result.errors, "Erase 2 sectors of 64 KiB from 0x100000 on and write 70000 bytes?\n"
+                             "A box whose design is damaged does not start any more. [yes/no] ");
+    EXPECT_EQ(result.output, "70000 bytes written at 0x100000.\n");
     EXPECT_EQ(result.exit_code, 0);
     EXPECT_EQ(m_box->flash().bytes(0x10'0000, 70'000), content_of("design.bin"));
+}
+
+TEST_F(Box_Program, FlashCountsInWords) {
+    make_file("design.bin", 1);
+    const Run_Result result = run({"flash", "design.bin", "0"}, "yes\n");
+    EXPECT_TRUE(result.errors.starts_with("Erase 1 sector of 64 KiB from 0x000000 on and write 1 byte?\n"));
+    EXPECT_EQ(result.output, "1 byte written at 0x000000.\n");
 }
 
 TEST_F(Box_Program, FlashWritesTheLastBytesOfAFileThatIsNoMultipleOfSixteen) {
@@ -308,8 +360,8 @@ TEST_F(Box_Program, FlashDoesNothingWithoutConsent) {
     for (const char* answer : {"no\n", "y\n", "YES\n", "\n", ""}) {
         const Run_Result result = run({"flash", "design.bin", "0x100000"}, answer);
         EXPECT_EQ(result.exit_code, 1) << answer;
-        EXPECT_TRUE(result.output.ends_with("Nothing was written.\n"));
-        EXPECT_EQ(without_directory(result.errors), "");
+        EXPECT_EQ(result.output, "Nothing was written.\n");
+        EXPECT_TRUE(without_directory(result.errors).ends_with("any more. [yes/no] "));
     }
     EXPECT_EQ(m_box->flash().transactions().size(), 0U);
 }
@@ -324,17 +376,18 @@ TEST_F(Box_Program, FlashRefusesWhatIsNoImageOrDoesNotFit) {
         const char* message;
     };
 
-    const std::vector<Refusal> refusals{{{"flash", "missing.bin", "0"}, "'missing.bin' is no file"},
-                                        {{"flash", ".", "0"}, "'.' is no file"},
-                                        {{"flash", "empty.bin", "0"}, "'empty.bin' is empty"},
-                                        {{"flash", "small.bin", "0x8000"},
-                                         "ADDRESS is not the beginning of a sector (a multiple of 0x10000)"},
-                                        {{"flash", "small.bin", "0xff0000"},
-                                         "'small.bin' does not fit between ADDRESS and the hardware record"},
-                                        {{"flash", "small.bin", "0x1000000"},
-                                         "'small.bin' does not fit between ADDRESS and the hardware record"},
-                                        {{"flash", "long.bin", "0xfe0000"},
-                                         "'long.bin' does not fit between ADDRESS and the hardware record"}};
+    const std::vector<Refusal> refusals{
+        {{"flash", "missing.bin", "0"}, "cannot read 'missing.bin': No such file or directory"},
+        {{"flash", ".", "0"}, "'.' is no file"},
+        {{"flash", "empty.bin", "0"}, "'empty.bin' is empty"},
+        {{"flash", "small.bin", "0x8000"},
+         "ADDRESS is not the beginning of a sector (a multiple of 0x10000)"},
+        {{"flash", "small.bin", "0xff0000"},
+         "'small.bin' does not fit between ADDRESS and the hardware record"},
+        {{"flash", "small.bin", "0x1000000"},
+         "'small.bin' does not fit between ADDRESS and the hardware record"},
+        {{"flash", "long.bin", "0xfe0000"},
+         "'long.bin' does not fit between ADDRESS and the hardware record"}};
     for (const Refusal& refusal : refusals) {
         const Run_Result result = run(refusal.arguments, "yes\n");
         EXPECT_EQ(result.exit_code, 2);
@@ -371,7 +424,8 @@ TEST_F(Box_Program, HardwareInfoIsWrittenOnceTheUserAgrees) {
     EXPECT_EQ(m_box->flash().byte_at(0xFF'0001), 0xFF);
     const Run_Result result = run({"hwinfo", "--write", record.c_str()}, "yes\n");
     EXPECT_EQ(result.exit_code, 0);
-    EXPECT_TRUE(result.output.ends_with("Write the new record over it? [yes/no] The record is written.\n"));
+    EXPECT_TRUE(result.output.ends_with("The record is written.\n"));
+    EXPECT_EQ(result.errors, "Write the new record over it? [yes/no] ");
     for (std::uint32_t i = 0; i < 32; ++i) {
         EXPECT_EQ(m_box->flash().byte_at(0xFF'0000 + i), i);
     }
@@ -393,10 +447,20 @@ TEST_F(Box_Program, WrongArgumentsAnswerTwo) {
     EXPECT_EQ(run({"selftest", "0"}).exit_code, 2);
     EXPECT_EQ(run({"selftest", "5"}).exit_code, 2);
     EXPECT_EQ(run({"flash", "x.bin"}).exit_code, 2);
-    EXPECT_EQ(run({"flash", "x.bin", "here"}).exit_code, 2);
+    for (const char* address : {"here", "-65536", "0x100000000", "18446744073709551616", "nan", ""}) {
+        EXPECT_EQ(run({"flash", "x.bin", address}).exit_code, 2) << address;
+    }
     EXPECT_EQ(run({"--recordings", "missing", "info"}).exit_code, 2);
     EXPECT_EQ(run({"--help"}).exit_code, 0);
     EXPECT_EQ(m_box->opens(), 0U);
+}
+
+TEST_F(Box_Program, TellsItsVersionAndItsExitCodes) {
+    EXPECT_EQ(run({"--version"}).output, "orbe-box " ORBE_PROGRAM_VERSION "\n");
+    EXPECT_NE(run({"--help"}).output.find("Exit codes: 0 "), std::string::npos);
+    for (const char* command : {"info", "selftest", "flash", "hwinfo"}) {
+        EXPECT_NE(run({command, "--help"}).output.find("Exit codes: 0 "), std::string::npos) << command;
+    }
 }
 
 TEST_F(Box_Program, KeepsTheLibrarysLinesOnRequest) {

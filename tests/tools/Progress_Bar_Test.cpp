@@ -20,6 +20,18 @@ TEST(ProgressBar, NeverShowsMoreThanEverything) {
     EXPECT_EQ(Progress_Bar::line("W", 0, 0, ""), "W [########################################] 100 %");
 }
 
+TEST(ProgressBar, FitsTheTerminal) {
+    const std::string full = Progress_Bar::line("Writing", 5, 10, "12 packets", 200);
+    EXPECT_EQ(Progress_Bar::line("Writing", 5, 10, "12 packets", full.size()), full);
+    EXPECT_EQ(Progress_Bar::line("Writing", 5, 10, "12 packets", 38),
+              "Writing [#####.....]  50 %  12 packets");
+    EXPECT_EQ(Progress_Bar::line("Writing", 5, 10, "12 packets", 35), "Writing [#########..........]  50 %");
+    EXPECT_EQ(Progress_Bar::line("Writing", 5, 10, "", 20), "Writing  50 %");
+    EXPECT_EQ(Progress_Bar::line("Writing", 5, 10, "", 10), "Writ  50 %");
+    EXPECT_EQ(Progress_Bar::line("Writing", 5, 10, "", 5), " 50 %");
+    EXPECT_EQ(Progress_Bar::line("Writing", 10, 10, "", 3), "100");
+}
+
 TEST(ProgressBar, IsSilentWhereThereIsNoTerminal) {
     testing::internal::CaptureStderr();
     {

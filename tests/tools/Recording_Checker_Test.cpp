@@ -1,6 +1,5 @@
 #include "Recording_Checker.h"
 
-#include "Check_Text.h"
 #include "Recording_Generator.h"
 
 #include <gtest/gtest.h>
@@ -74,38 +73,38 @@ TEST(RecordingChecker, FindsALostRow) {
     const Check_Report report = check_with("lost-row:2@700");
     EXPECT_FALSE(report.clean());
     const Port_Findings& port = report.ports[1];
-    EXPECT_EQ(port.counter_gaps, 1U);
+    EXPECT_EQ(port.counter_gaps.count(), 1U);
     EXPECT_EQ(port.super_frames, 199U);
-    EXPECT_EQ(port.broken_super_frames, 1U);
+    EXPECT_EQ(port.broken_super_frames.count(), 1U);
     // Row 700 is row 50 of super frame 10; the 14 rows behind it have lost their place.
-    EXPECT_EQ(port.discarded_rows, 14U);
-    EXPECT_EQ(port.frame_counter_gaps, 1U);
-    EXPECT_EQ(port.missing_flags, 0U);
+    EXPECT_EQ(port.discarded_rows.count(), 14U);
+    EXPECT_EQ(port.frame_counter_gaps.count(), 1U);
+    EXPECT_EQ(port.missing_flags.count(), 0U);
     EXPECT_TRUE(report.ports[0].clean());
 }
 
 TEST(RecordingChecker, FindsALostFirstRowOfASuperFrame) {
     const Check_Report report = check_with("lost-row:1@650");
-    EXPECT_EQ(report.ports[0].counter_gaps, 1U);
-    EXPECT_EQ(report.ports[0].discarded_rows, 64U);
-    EXPECT_EQ(report.ports[0].missing_flags, 0U);
+    EXPECT_EQ(report.ports[0].counter_gaps.count(), 1U);
+    EXPECT_EQ(report.ports[0].discarded_rows.count(), 64U);
+    EXPECT_EQ(report.ports[0].missing_flags.count(), 0U);
     EXPECT_EQ(report.ports[0].super_frames, 199U);
 }
 
 TEST(RecordingChecker, FindsAMissingFlag) {
     const Check_Report report = check_with("missing-flag:3@20");
     const Port_Findings& port = report.ports[2];
-    EXPECT_EQ(port.missing_flags, 1U);
-    EXPECT_EQ(port.discarded_rows, 65U);
+    EXPECT_EQ(port.missing_flags.count(), 1U);
+    EXPECT_EQ(port.discarded_rows.count(), 65U);
     EXPECT_EQ(port.super_frames, 199U);
-    EXPECT_EQ(port.counter_gaps, 0U);
-    EXPECT_EQ(port.frame_counter_gaps, 1U);
+    EXPECT_EQ(port.counter_gaps.count(), 0U);
+    EXPECT_EQ(port.frame_counter_gaps.count(), 1U);
     EXPECT_FALSE(report.clean());
 }
 
 TEST(RecordingChecker, FindsWrongTags) {
     const Check_Report report = check_with("wrong-tag:4@3+5");
-    EXPECT_EQ(report.ports[3].wrong_tags, 5U);
+    EXPECT_EQ(report.ports[3].wrong_tags.count(), 5U);
     EXPECT_EQ(report.ports[3].super_frames, 200U);
     EXPECT_FALSE(report.clean());
 }
@@ -113,7 +112,7 @@ TEST(RecordingChecker, FindsWrongTags) {
 TEST(RecordingChecker, FindsABadMarkerAndWhatItCosts) {
     // Everything from the marker to the end of the piece is given up; this recording is one short piece.
     const Check_Report report = check_with("bad-marker@1000");
-    EXPECT_EQ(report.bad_markers, 1U);
+    EXPECT_EQ(report.bad_markers.count(), 1U);
     EXPECT_EQ(report.given_up_rows, report.rows - 1000);
     EXPECT_FALSE(report.clean());
 }
@@ -127,16 +126,16 @@ TEST(RecordingChecker, FindsRowsOfUnknownStreams) {
 
 TEST(RecordingChecker, FindsCutFrames) {
     const Check_Report report = check_with("cut-frame@50+2");
-    EXPECT_EQ(report.rhd.cut_frames, 2U);
-    EXPECT_EQ(report.rhd.bad_preambles, 0U);
+    EXPECT_EQ(report.rhd.cut_frames.count(), 2U);
+    EXPECT_EQ(report.rhd.bad_preambles.count(), 0U);
     EXPECT_FALSE(report.clean());
 }
 
 TEST(RecordingChecker, FindsLostRHDRows) {
     // Row 100 holds the end of a frame and the preamble of the next: 700 words are 35 frames.
     const Check_Report report = check_with("lost-row:rhd@100");
-    EXPECT_EQ(report.rhd.counter_gaps, 1U);
-    EXPECT_EQ(report.rhd.bad_preambles, 1U);
+    EXPECT_EQ(report.rhd.counter_gaps.count(), 1U);
+    EXPECT_EQ(report.rhd.bad_preambles.count(), 1U);
     EXPECT_FALSE(report.clean());
 }
 
@@ -179,79 +178,71 @@ TEST(RecordingChecker, TakesAnyBytes) {
     }
 }
 
-TEST(CheckText, TellsPeopleThatNothingIsWrong) {
+std::vector<std::uint64_t> rows_of(const Finding& finding) {
+    return {finding.first_rows().begin(), finding.first_rows().end()};
+}
+
+using Rows = std::vector<std::uint64_t>;
+
+TEST(RecordingChecker, SaysInWhichRowsTheDamageLies) {
+    // Four ports take turns: row n of port p is row 4 n + p - 1 of the file's first super frame.
+    const Check_Report tags = check_with("wrong-tag:4@3+5");
+    EXPECT_EQ(rows_of(tags.ports[3].wrong_tags), (Rows{15, 19, 23}));
+    // The row behind the lost one tells, and two RHD rows follow the first super frame.
+    const Check_Report lost = check_with("lost-row:2@70");
+    EXPECT_EQ(rows_of(lost.ports[1].counter_gaps), Rows{260 + 2 + 4 * 5 + 4});
+    EXPECT_EQ(rows_of(lost.ports[1].broken_super_frames), Rows{260 + 2 + 4 * 5 + 4});
+    const Check_Report flag = check_with("missing-flag:1@1");
+    EXPECT_EQ(rows_of(flag.ports[0].missing_flags), Rows{262});
+    EXPECT_EQ(rows_of(flag.ports[0].discarded_rows), (Rows{262, 266, 270}));
+    EXPECT_EQ(rows_of(check_with("bad-marker@1000").bad_markers), Rows{1000});
+    const Check_Report unknown = check_with("unknown-row@7");
+    std::size_t found = 0;
+    for (const Unknown_Findings& findings : unknown.unknown) {
+        found += rows_of(findings.found) == Rows{7} ? 1U : 0U;
+    }
+    EXPECT_EQ(found, 1U);
+}
+
+TEST(RecordingChecker, NamesAnRHDFrameByTheRowThatHoldsItsFirstWord) {
+    // The first frame's 20 words fill two rows behind the first super frames, and go on behind the second
+    // ones.
+    EXPECT_EQ(rows_of(check_with("cut-frame@0").rhd.cut_frames), Rows{260});
+    EXPECT_EQ(rows_of(check_with("cut-frame@1").rhd.cut_frames), Rows{260 + 2 + 260});
+    // Row 100 of the stream holds a preamble. Without it the frame before, the 35th, has no end.
+    const Check_Report lost = check_with("lost-row:rhd@100");
+    ASSERT_EQ(rows_of(lost.rhd.bad_preambles).size(), 1U);
+    EXPECT_EQ(rows_of(lost.rhd.bad_preambles).front(), 35U * 260 + 34 * 20 / 7);
+}
+
+TEST(RecordingChecker, SaysInWhichSecondTheDamageLies) {
     Recording_Options options;
-    options.super_frames = 200;
-    const std::string text = text_for_people("good.bin", check(make_recording(options)));
-    EXPECT_EQ(
-        text,
-        "good.bin: 841136 bytes, 52571 rows\n"
-        "Stream         rows  row gaps discarded super frames  broken unflagged frame gaps wrong tags   "
-        "seconds "
-        "  packets\n"
-        "port 1        13000         0         0          200       0         0          0          0     "
-        "0.007 "
-        "        0\n"
-        "port 2        13000         0         0          200       0         0          0          0     "
-        "0.007 "
-        "        0\n"
-        "port 3        13000         0         0          200       0         0          0          0     "
-        "0.007 "
-        "        0\n"
-        "port 4        13000         0         0          200       0         0          0          0     "
-        "0.007 "
-        "        0\n"
-        "Stream         rows  row gaps    frames   streams       cut bad preambles   seconds   packets\n"
-        "RHD             571         0       199         0         0             0     0.007         0\n"
-        "(packets: what a host receives. A recording is played in pieces of 1 MiB and a shorter last one is\n"
-        "never pushed: here 841136 bytes. Of each port the last block of 1,792 super frames is dropped\n"
-        "unless it is complete and one more row follows.)\n"
-        "Nothing is wrong with this recording.\n");
+    options.super_frames = 3000;
+    options.faults = {parse_fault("wrong-tag:1@97500")}; // super frame 1500
+    const Check_Report report = check(make_recording(options));
+    ASSERT_EQ(report.ports[0].wrong_tags.first_rows().size(), 1U);
+    EXPECT_NEAR(report.second_of(report.ports[0].wrong_tags.first_rows().front()), 0.05, 1e-4);
+    // Rows that nobody can read have taken their time all the same.
+    options.faults.push_back(parse_fault("bad-marker@70000"));
+    const Check_Report gap = check(make_recording(options));
+    ASSERT_EQ(gap.ports[0].wrong_tags.first_rows().size(), 1U);
+    EXPECT_GT(gap.given_up_rows, 50'000U);
+    EXPECT_NEAR(gap.second_of(gap.ports[0].wrong_tags.first_rows().front()), 0.05, 1e-4);
 }
 
-TEST(CheckText, TellsPeopleWhatIsWrong) {
-    Check_Report report;
-    report.bad_markers = 1;
-    report.given_up_rows = 10;
-    report.odd_bytes = 3;
-    report.unknown[7].rows = 2;
-    report.ports[1].wrong_tags = 1;
-    report.rhd.words_before = 4;
-    const std::string text = text_for_people("bad.bin", report);
-    const std::string end = "Something is wrong with this recording:\n"
-                            "  1 pieces of 1 MiB hold a row without the marker\n"
-                            "  10 rows are given up from there to the end of their pieces\n"
-                            "  3 bytes after the last whole row\n"
-                            "  2 rows of the unknown stream id 7\n"
-                            "  port 2: see the table\n"
-                            "  RHD: see the table\n"
-                            "  4 RHD words before the first frame\n";
-    ASSERT_GE(text.size(), end.size());
-    EXPECT_EQ(text.substr(text.size() - end.size()), end);
-}
-
-TEST(CheckText, TellsMachinesEverything) {
-    Check_Report report;
-    report.bytes = 32;
-    report.rows = 2;
-    report.unknown[9].rows = 2;
-    const std::string port =
-        "\"rows\": 0, \"row_counter_gaps\": 0, \"discarded_rows\": 0, \"super_frames\": 0, "
-        "\"broken_super_frames\": 0, \"missing_flags\": 0, \"frame_counter_gaps\": 0, "
-        "\"wrong_tags\": 0, \"packets\": 0}";
-    EXPECT_EQ(
-        text_for_machines("a\"b\\c\n", report),
-        "{\n  \"file\": \"a\\\"b\\\\c\\u000a\",\n  \"clean\": false,\n  \"bytes\": 32,\n  \"rows\": 2,\n"
-        "  \"pieces_with_bad_marker\": 0,\n  \"given_up_rows\": 0,\n  \"odd_bytes\": 0,\n"
-        "  \"bytes_never_pushed\": 0,\n  \"ports\": [\n"
-        "    {\"port\": 1, " +
-            port + ",\n    {\"port\": 2, " + port + ",\n    {\"port\": 3, " + port + ",\n    {\"port\": 4, " +
-            port +
-            "\n  ],\n"
-            "  \"rhd\": {\"rows\": 0, \"row_counter_gaps\": 0, \"frames\": 0, \"streams\": 0, "
-            "\"cut_frames\": 0, "
-            "\"bad_preambles\": 0, \"words_before_first_frame\": 0, \"packets\": 0},\n"
-            "  \"unknown\": [{\"stream\": 9, \"rows\": 2, \"row_counter_gaps\": 0}]\n}\n");
+TEST(RecordingChecker, KnowsWhatIsNoRecording) {
+    EXPECT_TRUE(check_with("").is_recording());
+    EXPECT_TRUE(check_with("bad-marker~0.5").is_recording());
+    EXPECT_TRUE(check_with("unknown-row~1").is_recording());
+    EXPECT_FALSE(check(Bytes(3 * mib, 0)).is_recording());
+    EXPECT_FALSE(check(Bytes(3 * mib, 'x')).is_recording());
+    EXPECT_FALSE(check(Bytes(5, 0xD0)).is_recording());
+    std::mt19937 random(1);
+    Bytes noise(mib);
+    for (std::uint8_t& byte : noise) {
+        byte = static_cast<std::uint8_t>(random());
+    }
+    EXPECT_FALSE(check(noise).is_recording());
 }
 
 } // namespace

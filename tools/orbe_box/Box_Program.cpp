@@ -4,20 +4,28 @@
 #include "Flash_Command.h"
 #include "Hardware_Info_Command.h"
 #include "Info_Command.h"
-#include "Interrupt.h"
 #include "Library_Run.h"
+#include "Program.h"
 #include "Self_Test_Command.h"
 
 #include <cstdio>
 #include <exception>
 #include <filesystem>
-#include <stdexcept>
 #include <string>
 
 namespace Pelgar::ORBE::tools {
 
+namespace {
+
+constexpr const char* footer = "Exit codes: 0 done, 1 failed, 2 wrong arguments. The library's log, and what "
+                               "it printed, are kept and named when "
+                               "something failed.";
+
+} // namespace
+
 int run_box_program(int argc, const char* const* argv, const Box_Environment& environment) {
-    CLI::App app("The ORBE acquisition box on the bench");
+    Program program("orbe-box", "The ORBE acquisition box on the bench");
+    CLI::App& app = program.app();
     bool simulation = false;
     bool keep = false;
     std::string recordings;
@@ -26,17 +34,22 @@ int run_box_program(int argc, const char* const* argv, const Box_Environment& en
                    "Where the simulated box finds the recordings of its self tests")
         ->check(CLI::ExistingDirectory);
     app.add_flag("--keep", keep, "Keep the library's log and what it printed also when all went well");
+    app.footer(footer);
     app.require_subcommand(1);
     const Info_Command info(app);
     const Self_Test_Command self_test(app);
     Flash_Command flash(app);
     Hardware_Info_Command hardware_info(app);
-    try {
-        app.parse(argc, argv);
-    } catch (const CLI::ParseError& error) {
-        return app.exit(error) == 0 ? exit_codes::done : exit_codes::wrong_arguments;
-    }
-    try {
+    const auto command = [&](const Bench& bench) {
+        if (info.chosen()) {
+            return info.run(bench);
+        }
+        if (self_test.chosen()) {
+            return self_test.run(bench);
+        }
+        return flash.chosen() ? flash.run(bench) : hardware_info.run(bench);
+    };
+    return program.run(argc, argv, [&] {
         if (flash.chosen()) {
             flash.check_arguments();
         } else if (hardware_info.chosen()) {
@@ -49,16 +62,7 @@ int run_box_program(int argc, const char* const* argv, const Box_Environment& en
         Library_Run run;
         int result = exit_codes::failed;
         try {
-            const Bench bench{environment, run, simulation, recordings};
-            if (info.chosen()) {
-                result = info.run(bench);
-            } else if (self_test.chosen()) {
-                result = self_test.run(bench);
-            } else if (flash.chosen()) {
-                result = flash.run(bench);
-            } else {
-                result = hardware_info.run(bench);
-            }
+            result = command(Bench{environment, run, simulation, recordings});
         } catch (const std::exception& error) {
             std::fprintf(stderr, "orbe-box: %s\n", error.what());
         }
@@ -68,13 +72,7 @@ int run_box_program(int argc, const char* const* argv, const Box_Environment& en
                          run.path().string().c_str());
         }
         return result;
-    } catch (const std::invalid_argument& error) {
-        std::fprintf(stderr, "orbe-box: %s\n", error.what());
-        return exit_codes::wrong_arguments;
-    } catch (const std::exception& error) {
-        std::fprintf(stderr, "orbe-box: %s\n", error.what());
-        return exit_codes::failed;
-    }
+    });
 }
 
 } // namespace Pelgar::ORBE::tools

@@ -2,16 +2,18 @@
 
 #include "Exit_Codes.h"
 #include "Interrupt.h"
+#include "Number_In.h"
 #include "Opened_Box.h"
 #include "Progress_Bar.h"
 #include "Question.h"
+#include "Text_Format.h"
 #include "flash/Configuration_Flash.h"
 #include "flash/SPI_Flash_Programmer.h"
 #include "fpga/FPGA_Register_Map.h"
 
-#include <array>
 #include <cstdio>
 #include <fstream>
+#include <limits>
 #include <optional>
 #include <stdexcept>
 #include <system_error>
@@ -30,8 +32,10 @@ constexpr const char* footer =
     "ADDRESS is a byte address in the flash, a multiple of 0x10000, and may be written in hexadecimal "
     "(0xb00000). "
     "Whole sectors of 64 KiB are erased; what else lay in them is lost. The last sector, with the hardware "
-    "record, "
-    "is out of reach (see hwinfo). Writing cannot be stopped half-way: Ctrl-C is ignored until it is done.";
+    "record, is "
+    "out of reach (see hwinfo). Writing cannot be stopped half-way: Ctrl-C is ignored until it is done.\n\n"
+    "Exit codes: 0 written, 1 not written or only partly, 2 wrong arguments or a file that cannot be written "
+    "there.";
 
 // Copies the file into the working directory, with the erased flash's own value up to a whole piece: the
 // library leaves out what does not fill one.
@@ -51,15 +55,21 @@ std::filesystem::path padded_copy(const std::filesystem::path& file, std::uint64
 Flash_Command::Flash_Command(CLI::App& app)
     : m_command(app.add_subcommand("flash", "Write a file into the box's configuration flash")) {
     m_command->add_option("FILE", m_path, "The FPGA design")->required();
-    m_command->add_option("ADDRESS", m_address, "Where it shall begin in the flash")->required();
+    m_command->add_option("ADDRESS", m_address, "Where it shall begin in the flash")
+        ->required()
+        ->check(whole_in(0, std::numeric_limits<std::uint32_t>::max()));
     m_command->add_flag("--yes", m_yes, "Do not ask");
     m_command->footer(footer);
 }
 
 void Flash_Command::check_arguments() {
-    std::error_code error;
     m_file = std::filesystem::absolute(m_path);
-    if (!std::filesystem::is_regular_file(m_file, error)) {
+    std::error_code error;
+    const auto status = std::filesystem::status(m_file, error);
+    if (!std::filesystem::exists(status)) {
+        throw std::invalid_argument("cannot read '" + m_path + "': " + error.message());
+    }
+    if (!std::filesystem::is_regular_file(status)) {
         throw std::invalid_argument("'" + m_path + "' is no file");
     }
     m_size = std::filesystem::file_size(m_file);
@@ -77,32 +87,30 @@ void Flash_Command::check_arguments() {
 int Flash_Command::run(const Bench& bench) const {
     Opened_Box box(bench);
     const std::uint64_t sectors = SPI_Flash_Programmer::sector_count(m_size);
-    std::array<char, 200> question{};
-    std::snprintf(question.data(), question.size(),
-                  "Erase %llu sectors of 64 KiB from 0x%06x on and write %llu bytes?\n"
-                  "A box whose design is damaged does not start any more.",
-                  static_cast<unsigned long long>(sectors), m_address,
-                  static_cast<unsigned long long>(m_size));
-    if (!m_yes && !user_agrees(question.data(), bench.environment.answers)) {
+    const std::string question = text_of("Erase %s of 64 KiB from 0x%06x on and write %s?\n"
+                                         "A box whose design is damaged does not start any more.",
+                                         counted(sectors, "sector", "sectors").c_str(), m_address,
+                                         counted(m_size, "byte", "bytes").c_str());
+    if (!m_yes && !user_agrees(question, bench.environment.answers)) {
         std::puts("Nothing was written.");
         return exit_codes::failed;
     }
     catch_interrupts();
     const std::filesystem::path file = m_size % piece_size == 0 ? m_file : padded_copy(m_file, m_size);
-    const bool written = bench.run.quietly_with_user([&](int user_descriptor) {
+    const bool written = bench.run.quietly_with_user([&](const Quiet_Library& user) {
         std::optional<Progress_Bar> bar;
-        return box.controller().program_flash(file.string().c_str(), m_address,
-                                              [&](const Flash_Progress& progress) {
-                                                  if (!bar) {
-                                                      bar.emplace("Flash", progress.total, user_descriptor);
-                                                  }
-                                                  bar->show(progress.done, progress.step);
-                                              });
+        return box.controller().program_flash(
+            file.string().c_str(), m_address, [&](const Flash_Progress& progress) {
+                if (!bar) {
+                    bar.emplace("Flash", progress.total, user.user_error_descriptor());
+                }
+                bar->show(progress.done, progress.step);
+            });
     });
     if (!written) {
         throw std::runtime_error("the flash was not written: " + bench.run.take_error());
     }
-    std::printf("%llu bytes written at 0x%06x.\n", static_cast<unsigned long long>(m_size), m_address);
+    std::printf("%s written at 0x%06x.\n", counted(m_size, "byte", "bytes").c_str(), m_address);
     return exit_codes::done;
 }
 

@@ -61,6 +61,7 @@ Hardware_Info_Command::Hardware_Info_Command(CLI::App& app)
     : m_command(app.add_subcommand("hwinfo", "Show the hardware record in the box's configuration flash")) {
     m_command->add_option("--write", m_text, "Write this record: 64 hexadecimal digits");
     m_command->add_flag("--yes", m_yes, "Do not ask before writing");
+    m_command->footer("Exit codes: 0 shown or written, 1 not so, 2 wrong arguments.");
 }
 
 void Hardware_Info_Command::check_arguments() {

@@ -2,6 +2,8 @@
 
 #include "Exit_Codes.h"
 #include "Opened_Box.h"
+#include "Terminal.h"
+#include "Text_Format.h"
 #include "probe_link/EEPROM_Layout.h"
 
 #include <array>
@@ -12,6 +14,7 @@ namespace Pelgar::ORBE::tools {
 
 namespace {
 
+constexpr int output_descriptor = 1;
 constexpr unsigned port_count = demux::np_port_count;
 constexpr unsigned part_number_length = probe_eeprom::part_number_max_length + 1; // with the closing zero
 using Part_Number = std::array<char, part_number_length>;
@@ -37,7 +40,7 @@ const char* shown(const Part_Number& text) {
     return text.front() == '\0' ? "none" : text.data();
 }
 
-void print_design(Opened_Box& box) {
+void print_design(Opened_Box& box, bool simulation) {
     struct Design {
         std::string signature;
         std::string build_date;
@@ -50,20 +53,32 @@ void print_design(Opened_Box& box) {
                       controller.get_fpga_temperature(), controller.get_fpga_efuse()};
     });
     std::printf("Design       %s, built %s\n", design.signature.c_str(), design.build_date.c_str());
-    std::printf("Temperature  %.1f degrees Celsius\n", static_cast<double>(design.temperature));
+    if (simulation) {
+        std::puts("Temperature  none, takes a box");
+    } else {
+        std::printf("Temperature  %.1f degrees Celsius\n", static_cast<double>(design.temperature));
+    }
     std::printf("Efuse        %08x\n", design.efuse);
+}
+
+void print_port(const std::string& line) {
+    constexpr std::size_t behind_number = 3;
+    std::puts(wrapped(line, terminal::width(output_descriptor), behind_number).c_str());
 }
 
 } // namespace
 
 Info_Command::Info_Command(CLI::App& app)
     : m_command(app.add_subcommand("info", "Show the box's identity and what hangs on its probe ports")) {
-    m_command->footer("A headstage stores no serial number that the box could read.");
+    m_command->footer(
+        "A headstage stores no serial number that the box could read.\n\n"
+        "Exit codes: 0 every headstage whose link locks has answered, 1 not so, or there is no box or no "
+        "headstage, 2 wrong arguments.");
 }
 
 int Info_Command::run(const Bench& bench) const {
     Opened_Box box(bench);
-    print_design(box);
+    print_design(box, bench.simulation);
     if (!box.runs_neuropixels_design(false)) {
         std::puts("Ports        none: this design serves no probes");
         return exit_codes::failed;
@@ -81,10 +96,11 @@ int Info_Command::run(const Bench& bench) const {
         const Port_Identity identity =
             box.quietly([port](ORBE_Controller_Library& controller) { return ask(controller, port); });
         if (identity.known) {
-            std::printf("  %u  locked  headstage %s  probe %s  serial number %llu\n", port + 1,
-                        shown(identity.headstage), shown(identity.probe), identity.probe_serial_number);
+            print_port(text_of("  %u  locked  headstage %s  probe %s  serial number %llu", port + 1,
+                               shown(identity.headstage), shown(identity.probe),
+                               identity.probe_serial_number));
         } else {
-            std::printf("  %u  locked  does not answer: %s\n", port + 1, bench.run.take_error().c_str());
+            print_port(text_of("  %u  locked  does not answer: ", port + 1) + bench.run.take_error());
             all_known = false;
         }
     }

@@ -24,14 +24,14 @@ public:
     // Does `operation` with the library's lines going to the files, and returns its result.
     template <typename Operation>
     auto quietly(Operation operation) {
-        return quietly_with_user([&](int /*user_descriptor*/) { return operation(); });
+        return quietly_with_user([&](const Quiet_Library& /*user*/) { return operation(); });
     }
 
-    // As above; `operation` gets the descriptor on which the user still sees what is written.
+    // As above; `operation` gets the object that knows where the user still sees what is written.
     template <typename Operation>
     auto quietly_with_user(Operation operation) {
         const Quiet_Library redirection(m_output, m_errors);
-        return operation(redirection.user_error_descriptor());
+        return operation(redirection);
     }
 
     // The last error that the library has printed, or else logged, since the last call; empty when there was

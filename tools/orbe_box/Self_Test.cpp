@@ -1,5 +1,6 @@
 #include "Self_Test.h"
 
+#include "Text_Format.h"
 #include "common/Waiting.h"
 
 #include <chrono>
@@ -26,7 +27,7 @@ bool run_prbs(ORBE_Controller_Library& controller, unsigned port, std::string& w
         return false;
     }
     if (errors != 0) {
-        why = std::to_string(errors) + " bit errors in a second";
+        why = counted(static_cast<unsigned>(errors), "bit error", "bit errors") + " in a second";
     }
     return errors == 0;
 }

@@ -1,9 +1,12 @@
 #include "Play_Report.h"
 
+#include "Damage_List.h"
 #include "Text_Format.h"
+#include "Text_Table.h"
 #include "Wire_Format.h"
 
-#include <cstdio>
+#include <string>
+#include <vector>
 
 namespace Pelgar::ORBE::recording {
 
@@ -12,11 +15,12 @@ namespace {
 // What four probes and sixteen RHD streams deliver.
 constexpr double full_box_megabytes = 164.6;
 
-// The first columns are the same for ports and ADC packets.
-std::string line(const std::string& name, const Reader_Result& result, bool verify) {
-    const std::string equal = verify ? std::to_string(result.equal) : "-";
-    return text_of("%-8s %10llu %10llu %10s", name.c_str(), wide(result.expected),
-                   wide(result.received.load()), equal.c_str());
+std::string seconds_of(std::uint64_t frames) {
+    return tools::text_of("%.3f", static_cast<double>(frames) / super_frames_per_second);
+}
+
+std::string equal_of(const Reader_Result& result, bool verify) {
+    return verify ? std::to_string(result.equal) : "-";
 }
 
 std::string remarks(const std::string& name, const Reader_Result& result) {
@@ -28,7 +32,8 @@ std::string remarks(const std::string& name, const Reader_Result& result) {
         text += name + " differs first in " + result.first_difference + "\n";
     }
     if (result.received < result.expected) {
-        text += name + ": " + std::to_string(result.expected - result.received) + " packets are missing\n";
+        const std::uint64_t missing = result.expected - result.received;
+        text += name + ": " + tools::counted(missing, "packet is", "packets are") + " missing\n";
     }
     if (result.surplus) {
         text += name + " delivers more packets than the recording holds\n";
@@ -36,34 +41,65 @@ std::string remarks(const std::string& name, const Reader_Result& result) {
     return text;
 }
 
+// Why a stream that is in the recording delivers nothing.
+std::string remark_on_silence(const std::string& name, const Row_Findings& found, std::uint64_t packets,
+                              const char* reason) {
+    return found.rows == 0 || packets != 0 ? ""
+                                           : name + ": " + tools::counted(found.rows, "row", "rows") +
+                                                 ", but no packet: " + reason + "\n";
+}
+
+std::string remarks_on_recording(const Check_Report& recording, std::size_t width) {
+    std::string text;
+    for (std::size_t port = 0; port < port_count; ++port) {
+        const Port_Findings& found = recording.ports[port];
+        text += remark_on_silence("port " + std::to_string(port + 1), found, found.packets,
+                                  "they make no whole block of 1,792 super frames that one more row follows");
+    }
+    text += remark_on_silence("RHD ADC", recording.rhd, recording.rhd.packets,
+                              "they hold no frame of no data streams");
+    text = tools::wrapped(text, width, 2);
+    const std::vector<Damage> damage = damage_of(recording);
+    if (!damage.empty()) {
+        text += "The recording itself is damaged:\n" + lines_of(recording, damage, width);
+    }
+    return text;
+}
+
 } // namespace
 
-std::string report(const Player& player, const Play_Options& options) {
-    std::string text = "Stream     expected   received      equal  AP samples  LFP samples     seconds\n";
+std::string report(const Player& player, const Play_Options& options, std::size_t width) {
+    tools::Text_Table table(
+        {"Stream", "expected", "received", "equal", "AP samples", "LFP samples", "seconds"});
     std::string notes;
     int port = 0;
     for (const Reader_Result* const found : player.ports()) {
         const Reader_Result& result = *found;
         const std::string name = "port " + std::to_string(++port);
-        const std::uint64_t ap_samples = result.received * slots_per_sample;
-        text += line(name, result, options.verify);
-        text += text_of(" %11llu %12llu %11.3f\n", wide(ap_samples), wide(result.received.load()),
-                        static_cast<double>(ap_samples) / super_frames_per_second);
+        const std::uint64_t received = result.received;
+        const std::uint64_t ap_samples = received * slots_per_sample;
+        table.add({name, std::to_string(result.expected), std::to_string(received),
+                   equal_of(result, options.verify), std::to_string(ap_samples), std::to_string(received),
+                   seconds_of(ap_samples)});
         notes += remarks(name, result);
     }
     const Reader_Result& adc = player.adc();
-    text += line("RHD ADC", adc, options.verify);
-    text +=
-        text_of(" %11s %12s %11.3f\n", "-", "-", static_cast<double>(adc.received) / super_frames_per_second);
+    const std::uint64_t received = adc.received;
+    table.add({"RHD ADC", std::to_string(adc.expected), std::to_string(received),
+               equal_of(adc, options.verify), "-", "-", seconds_of(received)});
     notes += remarks("RHD ADC", adc);
+    notes = tools::wrapped(notes, width, 2) + remarks_on_recording(player.recording(), width);
 
+    std::string text = table.text(width);
     if (!player.problem().empty()) {
         return text + notes;
     }
-    const double rate = static_cast<double>(player.bytes()) / 1e6 / player.seconds();
-    text += text_of("%.1f MB played in %.2f s: %.1f MB/s, %.2f times the full box (%.1f MB/s)\n",
-                    static_cast<double>(player.bytes()) / 1e6, player.seconds(), rate,
-                    rate / full_box_megabytes, full_box_megabytes);
+    const double megabytes = static_cast<double>(player.bytes()) / 1e6;
+    const double rate = megabytes / player.seconds();
+    text += tools::wrapped(
+        tools::text_of("%.1f MB played in %.2f s: %.1f MB/s, %.2f times the full box (%.1f MB/s)\n",
+                       megabytes, player.seconds(), rate, rate / full_box_megabytes, full_box_megabytes),
+        width, 2);
     return text + notes;
 }
 

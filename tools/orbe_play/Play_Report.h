@@ -7,6 +7,7 @@
 
 namespace Pelgar::ORBE::recording {
 
-std::string report(const Player& player, const Play_Options& options);
+// For a terminal whose lines hold `width` characters.
+std::string report(const Player& player, const Play_Options& options, std::size_t width);
 
 } // namespace Pelgar::ORBE::recording

@@ -3,14 +3,14 @@
 #include "Interrupt.h"
 #include "Probe_Bring_Up.h"
 #include "Progress_Bar.h"
+#include "Recording_Checker.h"
+#include "Time_Limit.h"
 
 #include <NeuropixAPI.h>
 
 #include <algorithm>
 #include <cstdio>
-#include <cstdlib>
 #include <exception>
-#include <future>
 #include <system_error>
 #include <thread>
 #include <utility>
@@ -79,35 +79,40 @@ bool Player::open() {
     return true;
 }
 
-// Finds out how many packets must come and makes the readers wait for them. Knowing their number, a reader
-// never asks for a packet that will not come.
+// Looks through the recording and makes the readers wait for the packets that must come. Knowing their
+// number, a reader never asks for a packet that will not come.
 bool Player::prepare(int progress_descriptor) {
     Piece_Reader reader{m_options.recording};
     std::error_code unknown_size;
     tools::Progress_Bar progress("Looking through the recording",
                                  std::filesystem::file_size(m_options.recording, unknown_size),
                                  progress_descriptor);
-    Packet_Counts counts;
+    Recording_Checker checker;
     while (reader.next()) {
-        counts.add_piece(reader.piece());
+        checker.look_at_piece(reader.piece());
         progress.show(reader.bytes_read());
         if (tools::interrupted()) {
             m_problem = "stopped by the user";
             return false;
         }
     }
-    m_bytes = reader.bytes_read();
-    m_expected = counts.total();
+    checker.look_at_rest(reader.rest());
+    m_recording = checker.report();
+    m_expected = m_recording.packets();
     if (m_expected == 0) {
-        m_problem = "the recording holds nothing that reaches a host ('orbe-recording check' tells more)";
+        m_problem =
+            m_recording.is_recording()
+                ? "the recording holds nothing that reaches a host ('orbe-recording check' tells more)"
+                : "the file is not a recording of this box ('orbe-recording check' tells more)";
         return false;
     }
     for (unsigned port = first_port; port < first_port + port_count; ++port) {
         m_ports.push_back(
             std::make_unique<Port_Reader>(Port_Stream(m_options.recording, static_cast<int>(port)),
-                                          counts.of_port(port), m_options.verify));
+                                          m_recording.ports[port - 1].packets, m_options.verify));
     }
-    m_adc = std::make_unique<ADC_Reader>(ADC_Stream(m_options.recording), counts.of_adc(), m_options.verify);
+    m_adc = std::make_unique<ADC_Reader>(ADC_Stream(m_options.recording), m_recording.rhd.packets,
+                                         m_options.verify);
     return true;
 }
 
@@ -198,18 +203,9 @@ void Player::close() {
     if (m_options.paced != nullptr) {
         m_options.paced->stop();
     }
-    // A library that does not come back from closing must not keep this program for ever.
-    std::promise<void> closed;
-    std::future<void> done = closed.get_future();
-    std::thread closer([&closed] {
-        Neuropixels::closeBS(slot);
-        closed.set_value();
-    });
-    if (done.wait_for(close_limit) != std::future_status::ready) {
-        std::fprintf(stderr, "orbe-play: closeBS does not come back\n");
-        std::_Exit(EXIT_FAILURE);
-    }
-    closer.join();
+    tools::run_within(
+        close_limit, [] { Neuropixels::closeBS(slot); },
+        [] { std::fprintf(stderr, "orbe-play: closeBS does not come back\n"); });
     for (const auto& port : m_ports) {
         port->join();
     }

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "ADC_Stream.h"
+#include "Check_Report.h"
 #include "Paced_Recording.h"
 #include "Packet_Counts.h"
 #include "Port_Stream.h"
@@ -50,8 +51,11 @@ public:
     // From the start of the acquisition to the last packet.
     double seconds() const { return m_seconds; }
 
+    // What the recording holds and what is wrong with it.
+    const Check_Report& recording() const { return m_recording; }
+
     // What of the recording reaches the library.
-    std::uint64_t bytes() const { return m_bytes; }
+    std::uint64_t bytes() const { return m_recording.bytes - m_recording.bytes_never_pushed; }
 
     std::uint64_t expected_packets() const { return m_expected; }
 
@@ -76,7 +80,7 @@ private:
     Play_Options m_options;
     std::vector<std::unique_ptr<Port_Reader>> m_ports;
     std::unique_ptr<ADC_Reader> m_adc;
-    std::uint64_t m_bytes = 0;
+    Check_Report m_recording;
     std::uint64_t m_expected = 0;
     std::string m_problem;
     std::vector<std::string> m_identities;

@@ -15,7 +15,8 @@ public:
 
     bool chosen() const { return m_command->parsed(); }
 
-    // Writes the files and answers the program's exit code. Throws std::exception with a text for the user.
+    // Writes the files and answers the program's exit code. Asks before it overwrites one. Throws
+    // std::exception with a text for the user.
     int run() const;
 
 private:
@@ -24,6 +25,7 @@ private:
     std::uint64_t m_seed = 1;
     std::uint64_t m_serial_number = 22175715561;
     bool m_crlf = false;
+    bool m_force = false;
 };
 
 } // namespace Pelgar::ORBE::recording

@@ -1,10 +1,13 @@
 #include "Check_Command.h"
 
 #include "Check_Text.h"
+#include "Exit_Codes.h"
 #include "Interrupt.h"
 #include "Piece_Reader.h"
 #include "Progress_Bar.h"
 #include "Recording_Checker.h"
+#include "Terminal.h"
+#include "Text_Format.h"
 
 #include <cstdio>
 #include <stdexcept>
@@ -17,14 +20,19 @@ namespace {
 constexpr int clean = 0;
 constexpr int something_wrong = 1;
 constexpr int unreadable = 2;
+constexpr int output_descriptor = 1;
 
-constexpr const char* footer =
-    "Exit codes: 0 nothing is wrong, 1 something is wrong, 2 the file cannot be read.\n"
-    "The column packets says what a host receives when the recording is played: a last piece of less than 1 "
-    "MiB is "
-    "never pushed, and of each port the last block of 1,792 super frames is dropped unless it is complete "
-    "and one "
-    "more row follows.";
+constexpr const char* footer = "Exit codes: 0 nothing is wrong, 1 something is wrong, 2 the file cannot be "
+                               "read or is no recording of this box, "
+                               "130 stopped by the user.\n\n"
+                               "The line packets says what a host receives when the recording is played: a "
+                               "last piece of less than 1 MiB is "
+                               "never pushed, and of each port the last block of 1,792 super frames is "
+                               "dropped unless it is complete and one "
+                               "more row follows.\n\n"
+                               "Of each kind of damage the first places are told: the row, counted from 0 "
+                               "over the whole file, and the second "
+                               "of the recording, reckoned from how far into the file that row lies.";
 
 } // namespace
 
@@ -47,7 +55,7 @@ int Check_Command::run() const {
             checker.look_at_piece(reader.piece());
             progress.show(reader.bytes_read());
             if (tools::interrupted()) {
-                return tools::interrupted_exit_code;
+                return tools::exit_codes::interrupted;
             }
         }
         checker.look_at_rest(reader.rest());
@@ -60,7 +68,18 @@ int Check_Command::run() const {
         std::fprintf(stderr, "orbe-recording: '%s' is empty\n", m_path.c_str());
         return unreadable;
     }
-    const std::string text = m_json ? text_for_machines(m_path, report) : text_for_people(m_path, report);
+    if (!report.is_recording()) {
+        std::fprintf(
+            stderr,
+            "orbe-recording: '%s' is not a recording of this box: of its %s of 16 bytes %llu %s the marker "
+            "and a known stream id\n",
+            m_path.c_str(), tools::counted(report.rows, "row", "rows").c_str(),
+            tools::wide(report.plausible_rows), tools::plural(report.plausible_rows, "has", "have"));
+        return unreadable;
+    }
+    const std::string text = m_json
+                                 ? text_for_machines(m_path, report)
+                                 : text_for_people(m_path, report, tools::terminal::width(output_descriptor));
     std::fputs(text.c_str(), stdout);
     return report.clean() ? clean : something_wrong;
 }

@@ -15,7 +15,7 @@ public:
     bool chosen() const { return m_command->parsed(); }
 
     // Prints the findings and answers the program's exit code: 0 nothing is wrong, 1 something is, 2 the file
-    // cannot be read.
+    // cannot be read or is no recording.
     int run() const;
 
 private:

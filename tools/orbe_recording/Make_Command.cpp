@@ -1,9 +1,13 @@
 #include "Make_Command.h"
 
+#include "Exit_Codes.h"
 #include "Interrupt.h"
+#include "Number_In.h"
 #include "Output_File.h"
+#include "Overwriting.h"
 #include "Progress_Bar.h"
 #include "Recording_Generator.h"
+#include "Text_Format.h"
 
 #include <algorithm>
 #include <chrono>
@@ -25,16 +29,21 @@ constexpr const char* footer =
     "shorter. It delivers the super frames of a port in blocks of 1,792 and drops the last block if it is "
     "not "
     "complete and followed by one more row. --seconds writes exactly the rows of that time, so that the end "
-    "of "
-    "them never reaches the host; --blocks writes what is needed for so many whole blocks.\n\n"
+    "of them "
+    "never reaches the host; --blocks writes what is needed for so many whole blocks.\n\n"
     "Faults: KIND[:STREAM]@POSITION[+COUNT] or KIND[:STREAM]~RATE. KIND is lost-row, bad-marker, wrong-tag, "
     "missing-flag, cut-frame or unknown-row; STREAM a port (1 to 4) or rhd; POSITION counts from 0 what the "
     "fault "
-    "can strike (rows, rows that start a super frame, RHD frames) in the order of the file.\n\n"
+    "can strike (rows, rows that start a super frame, RHD frames) in the order of the file. Faults that "
+    "strike "
+    "nothing or leave nothing are refused.\n\n"
     "Examples:\n"
     "  orbe-recording make ten-seconds.bin --seconds 10 --signal tone --tone-bin 40\n"
     "  orbe-recording make mixed.bin --blocks 3 --ports 1,3 --signal spikes --signal ramp:0-95\n"
-    "  orbe-recording make broken.bin --seconds 2 --fault lost-row:1@5000+3 --fault bad-marker~1e-6";
+    "  orbe-recording make broken.bin --seconds 2 --fault lost-row:1@5000+3 --fault bad-marker~1e-6\n\n"
+    "Exit codes: 0 the recording is written, 1 it is not (the disk, or a file of that name is there "
+    "already), 2 wrong "
+    "arguments, 130 stopped by the user. A file appears under its name only when it is complete.";
 
 } // namespace
 
@@ -42,6 +51,7 @@ Make_Command::Make_Command(CLI::App& app)
     : m_command(
           app.add_subcommand("make", "Write a recording: the raw stream of the box, made from a seed")) {
     m_command->add_option("OUT", m_path, "The file to write")->required();
+    m_command->add_flag("--force", m_force, "Overwrite a file that is there already");
     add_length_options();
     add_content_options();
     add_fault_options();
@@ -51,28 +61,29 @@ Make_Command::Make_Command(CLI::App& app)
 void Make_Command::add_length_options() {
     CLI::Option* const seconds =
         m_command->add_option("--seconds", m_seconds, "Seconds of data, 30,000 super frames each")
-            ->check(CLI::Range(1.0 / super_frames_per_second, most_seconds))
+            ->check(tools::real_in(1.0 / super_frames_per_second, most_seconds))
             ->capture_default_str();
     m_command
         ->add_option(
             "--blocks", m_options.blocks,
             "Instead of seconds: so many blocks of 1,792 super frames reach the host from every port")
-        ->check(CLI::Range(std::uint64_t{1}, most_blocks))
+        ->check(tools::whole_in(1, most_blocks))
         ->excludes(seconds);
 }
 
 void Make_Command::add_content_options() {
     m_command->add_option("--ports", m_ports, "Ports with a probe, for example 1,3 (default: all four)")
         ->delimiter(',')
-        ->check(CLI::Range(1U, port_count));
+        ->check(tools::whole_in(1, port_count));
     CLI::Option* const no_rhd = m_command->add_flag("--no-rhd", m_no_rhd, "No RHD headstage");
     m_command
         ->add_option("--rhd-streams", m_options.rhd_streams,
                      "Enabled RHD data streams, 0 to 32; a host can receive ADC packets only of 0")
-        ->check(CLI::Range(0U, static_cast<unsigned>(rhd_max_streams)))
+        ->check(tools::whole_in(0, rhd_max_streams))
         ->capture_default_str()
         ->excludes(no_rhd);
     m_command->add_option("--seed", m_options.seed, "The same seed gives the same recording")
+        ->check(tools::whole_in())
         ->capture_default_str();
     m_command
         ->add_option("--signal", m_signals,
@@ -85,12 +96,12 @@ void Make_Command::add_content_options() {
             ->add_option(
                 "--tone-bin", m_tone_bin,
                 "Frequency of the tone as a bin of a spectrum over 1024 samples, the same in both bands")
-            ->check(CLI::Range(0.0, 512.0))
+            ->check(tools::real_in(0.0, 512.0))
             ->capture_default_str();
     m_command
         ->add_option("--tone-hz", m_tone_hertz,
                      "Frequency of the tone in Hz in the AP band; the LFP band carries a twelfth of it")
-        ->check(CLI::Range(0.0, highest_tone))
+        ->check(tools::real_in(0.0, highest_tone))
         ->excludes(bin);
 }
 
@@ -100,7 +111,7 @@ void Make_Command::add_fault_options() {
         ->take_all();
     m_command
         ->add_option("--extra-bytes", m_options.extra_bytes, "Zero bytes after the last row, not a whole row")
-        ->check(CLI::Range(std::uint64_t{0}, std::uint64_t{piece_bytes}));
+        ->check(tools::whole_in(0, piece_bytes));
 }
 
 Recording_Options Make_Command::options() const {
@@ -127,6 +138,9 @@ Recording_Options Make_Command::options() const {
 
 int Make_Command::run() const {
     Recording_Generator generator(options());
+    if (!m_force && !may_write({m_path})) {
+        return tools::exit_codes::failed;
+    }
     tools::catch_interrupts();
     Output_File file(m_path);
     std::uint64_t written = 0;
@@ -138,16 +152,16 @@ int Make_Command::run() const {
             written += part.size();
             progress.show(written);
             if (tools::interrupted()) {
-                return tools::interrupted_exit_code;
+                return tools::exit_codes::interrupted;
             }
         }
     }
     file.commit();
     const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - start;
-    std::printf("%s: %llu bytes written in %.2f s (%.2f GB/s)\n", m_path.c_str(),
-                static_cast<unsigned long long>(written), elapsed.count(),
+    std::printf("%s: %s written in %.2f s (%.2f GB/s)\n", m_path.c_str(),
+                tools::counted(written, "byte", "bytes").c_str(), elapsed.count(),
                 static_cast<double>(written) / 1e9 / elapsed.count());
-    return 0;
+    return tools::exit_codes::done;
 }
 
 } // namespace Pelgar::ORBE::recording

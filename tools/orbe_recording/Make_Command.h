@@ -15,8 +15,10 @@ public:
     // Adds the command and its arguments. The command must live as long as the app.
     explicit Make_Command(CLI::App& app);
 
-    // Writes the recording and answers the program's exit code. Throws std::exception with a text for the
-    // user.
+    bool chosen() const { return m_command->parsed(); }
+
+    // Writes the recording and answers the program's exit code. Asks before it overwrites a file. Throws
+    // std::exception with a text for the user.
     int run() const;
 
 private:
@@ -27,6 +29,7 @@ private:
 
     CLI::App* m_command;
     std::string m_path;
+    bool m_force = false;
     double m_seconds = 1.0;
     double m_tone_bin = 40.0;
     double m_tone_hertz = 0.0;

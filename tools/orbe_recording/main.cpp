@@ -5,36 +5,24 @@
 #include "Calibration_Command.h"
 #include "Check_Command.h"
 #include "Make_Command.h"
-
-#include <cstdio>
-#include <exception>
+#include "Program.h"
 
 int main(int argc, char** argv) {
-    using namespace Pelgar::ORBE::recording;
+    using namespace Pelgar::ORBE;
 
-    constexpr int failed = 1;
-    constexpr int wrong_arguments = 2;
-
-    CLI::App app("Raw recordings of the ORBE acquisition box");
-    app.require_subcommand(1);
-    const Make_Command make(app);
-    const Check_Command check(app);
-    const Calibration_Command calibration(app);
-    try {
-        app.parse(argc, argv);
-    } catch (const CLI::ParseError& error) {
-        return app.exit(error) == 0 ? 0 : wrong_arguments;
-    }
-    try {
-        if (calibration.chosen()) {
-            return calibration.run();
+    tools::Program program("orbe-recording", "Raw recordings of the ORBE acquisition box");
+    program.app().require_subcommand(1);
+    program.app().footer(
+        "Exit codes: 0 done, 1 failed or something is wrong with the recording, 2 wrong arguments or "
+        "a file that is no recording, 130 stopped by the user. The help of each command "
+        "(orbe-recording make --help) tells more.");
+    const recording::Make_Command make(program.app());
+    const recording::Check_Command check(program.app());
+    const recording::Calibration_Command calibration(program.app());
+    return program.run(argc, argv, [&] {
+        if (make.chosen()) {
+            return make.run();
         }
-        return check.chosen() ? check.run() : make.run();
-    } catch (const std::invalid_argument& error) {
-        std::fprintf(stderr, "orbe-recording: %s\n", error.what());
-        return wrong_arguments;
-    } catch (const std::exception& error) {
-        std::fprintf(stderr, "orbe-recording: %s\n", error.what());
-        return failed;
-    }
+        return check.chosen() ? check.run() : calibration.run();
+    });
 }

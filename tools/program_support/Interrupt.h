@@ -1,16 +1,14 @@
-// Tools, what all programs share. Lets a program tidy up when the user stops it (Ctrl-C, kill): the signal
-// only sets a flag, which the work looks at.
+// Tools, what all programs share. Lets a program tidy up when the user stops it (Ctrl-C, kill, a terminal
+// that is closed): the signal only sets a flag, which the work looks at.
 #pragma once
 
 namespace Pelgar::ORBE::tools {
 
-// From now on SIGINT and SIGTERM set the flag instead of ending the process.
+// From now on the signals with which users stop programs set the flag instead of ending the process. What the
+// caller lets the program ignore, as nohup does, stays ignored.
 void catch_interrupts();
 
 // Any thread.
 bool interrupted();
-
-// What a program answers that was stopped by the user.
-inline constexpr int interrupted_exit_code = 130;
 
 } // namespace Pelgar::ORBE::tools

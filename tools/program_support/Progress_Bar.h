@@ -1,6 +1,9 @@
 // Tools, what all programs share. One line on standard error that shows how far long work has come. Shows
-// nothing when standard error is not a terminal, and nothing for work of less than half a second.
+// nothing when standard error is not a terminal that can draw a line anew, and nothing for work of less than
+// half a second.
 #pragma once
+
+#include "Terminal.h"
 
 #include <chrono>
 #include <cstdint>
@@ -21,9 +24,10 @@ public:
     // Draws the bar anew, at most ten times a second. `remark` stands at the end of the line.
     void show(std::uint64_t done, std::string_view remark = {});
 
-    // The line for `done` of `total`: "label [#####.....]  50 %  remark".
+    // The line for `done` of `total`: "label [#####.....]  50 %  remark". What does not fit into `width`
+    // characters goes: first most of the bar, then the remark, then the end of the label.
     static std::string line(std::string_view label, std::uint64_t done, std::uint64_t total,
-                            std::string_view remark);
+                            std::string_view remark, std::size_t width = terminal::unlimited_width);
 
 private:
     void draw(const std::string& text) const;

@@ -1,9 +1,9 @@
 #include "Quiet_Library.h"
 
 #include "File_Descriptors.h"
+#include "Standard_Output.h"
 
 #include <cstdio>
-#include <iostream>
 #include <stdexcept>
 
 namespace Pelgar::ORBE::tools {
@@ -14,7 +14,7 @@ constexpr int output_descriptor = 1;
 constexpr int error_descriptor = 2;
 
 void flush() {
-    std::cout.flush();
+    flush_standard_output();
     std::fflush(nullptr);
 }
 

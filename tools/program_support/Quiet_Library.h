@@ -16,7 +16,9 @@ public:
     Quiet_Library(const Quiet_Library&) = delete;
     Quiet_Library& operator=(const Quiet_Library&) = delete;
 
-    // Where the user sees errors and progress.
+    // Where the user sees what the program prints, and errors and progress.
+    int user_output_descriptor() const { return m_user_output; }
+
     int user_error_descriptor() const { return m_user_error; }
 
 private:

@@ -8,7 +8,8 @@
 
 namespace Pelgar::ORBE::recording {
 
-std::string text_for_people(std::string_view name, const Check_Report& report);
+// For a terminal whose lines hold `width` characters.
+std::string text_for_people(std::string_view name, const Check_Report& report, std::size_t width);
 
 std::string text_for_machines(std::string_view name, const Check_Report& report);
 

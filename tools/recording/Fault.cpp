@@ -63,6 +63,7 @@ Fault parse_fault(const std::string& text) {
     const std::string_view place = whole.substr(where + 1);
 
     Fault fault;
+    fault.text = text;
     const std::size_t colon = who.find(':');
     fault.kind = parse_kind(who.substr(0, colon));
     if (colon != std::string_view::npos) {

@@ -18,6 +18,7 @@ enum class Fault_Kind : std::uint8_t {
 };
 
 struct Fault {
+    std::string text; // as the user wrote it
     Fault_Kind kind = Fault_Kind::lost_row;
     std::optional<unsigned> stream; // strikes only this stream id
 

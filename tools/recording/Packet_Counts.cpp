@@ -1,7 +1,5 @@
 #include "Packet_Counts.h"
 
-#include <numeric>
-
 namespace Pelgar::ORBE::recording {
 
 Packet_Counts::Packet_Counts() {
@@ -21,10 +19,6 @@ void Packet_Counts::add_piece(std::span<const std::uint8_t> piece) {
     while (m_adc.next() != nullptr) {
         ++m_adc_packets;
     }
-}
-
-std::uint64_t Packet_Counts::total() const {
-    return std::accumulate(m_port_packets.begin(), m_port_packets.end(), m_adc_packets);
 }
 
 } // namespace Pelgar::ORBE::recording

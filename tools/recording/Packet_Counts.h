@@ -22,8 +22,6 @@ public:
 
     std::uint64_t of_adc() const { return m_adc_packets; }
 
-    std::uint64_t total() const;
-
 private:
     std::vector<Port_Model> m_ports;
     ADC_Model m_adc;

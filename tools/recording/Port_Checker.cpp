@@ -11,14 +11,14 @@ constexpr std::size_t counter_low_row = counter_low_index % rows_per_frame;
 
 } // namespace
 
-void Port_Checker::look_at(Row_View row) {
-    const bool continuous = m_counter.follows(row, m_findings);
-    check_tags(row);
-    if (!find_place(row, continuous)) {
-        ++m_findings.discarded_rows;
+void Port_Checker::look_at(Row_View row, std::uint64_t number) {
+    const bool continuous = m_counter.follows(row, number, m_findings);
+    check_tags(row, number);
+    if (!find_place(row, number, continuous)) {
+        m_findings.discarded_rows.note(number);
         return;
     }
-    check_frame_counter(row);
+    check_frame_counter(row, number);
     if (++m_row == rows_per_super_frame) {
         m_row = 0;
         ++m_findings.super_frames;
@@ -26,10 +26,12 @@ void Port_Checker::look_at(Row_View row) {
 }
 
 // Whether the row is part of a super frame; `m_row` is then its place there.
-bool Port_Checker::find_place(Row_View row, bool continuous) {
+bool Port_Checker::find_place(Row_View row, std::uint64_t number, bool continuous) {
     const bool inside = m_in_step && m_row != 0;
     if (row.starts_super_frame()) {
-        m_findings.broken_super_frames += inside ? 1U : 0U;
+        if (inside) {
+            m_findings.broken_super_frames.note(number);
+        }
         m_in_step = true;
         m_row = 0;
         return true;
@@ -39,30 +41,34 @@ bool Port_Checker::find_place(Row_View row, bool continuous) {
     }
     if (inside) {
         // Rows are missing: what is left of this super frame cannot be placed.
-        ++m_findings.broken_super_frames;
+        m_findings.broken_super_frames.note(number);
     } else if (m_in_step && continuous) {
-        ++m_findings.missing_flags;
+        m_findings.missing_flags.note(number);
     }
     m_in_step = false;
     m_row = 0;
     return false;
 }
 
-void Port_Checker::check_tags(Row_View row) {
+void Port_Checker::check_tags(Row_View row, std::uint64_t number) {
     for (std::size_t lane = 0; lane < row_words; ++lane) {
         const auto tag = static_cast<std::uint16_t>((lane + 1) << lane_tag_shift);
-        m_findings.wrong_tags += (row.word(lane) & lane_tag_mask) == tag ? 0U : 1U;
+        if ((row.word(lane) & lane_tag_mask) != tag) {
+            m_findings.wrong_tags.note(number);
+        }
     }
 }
 
-void Port_Checker::check_frame_counter(Row_View row) {
+void Port_Checker::check_frame_counter(Row_View row, std::uint64_t number) {
     const std::size_t row_in_frame = m_row % rows_per_frame;
     if (row_in_frame == counter_high_row) {
         m_counter_high = row.word(counter_lane) & sample_mask;
     } else if (row_in_frame == counter_low_row) {
         const std::uint32_t low = row.word(counter_lane) & sample_mask;
         const std::uint32_t counter = (m_counter_high << counter_half_bits) | low;
-        m_findings.frame_counter_gaps += m_any_frame && counter != m_next_frame ? 1U : 0U;
+        if (m_any_frame && counter != m_next_frame) {
+            m_findings.frame_counter_gaps.note(number);
+        }
         m_any_frame = true;
         m_next_frame = (counter + 1) & counter_mask;
     }

@@ -8,15 +8,15 @@ namespace Pelgar::ORBE::recording {
 
 class Port_Checker {
 public:
-    // Each row of the port, in order.
-    void look_at(Row_View row);
+    // Each row of the port, in order; `number` is its number in the file.
+    void look_at(Row_View row, std::uint64_t number);
 
     const Port_Findings& findings() const { return m_findings; }
 
 private:
-    bool find_place(Row_View row, bool continuous);
-    void check_tags(Row_View row);
-    void check_frame_counter(Row_View row);
+    bool find_place(Row_View row, std::uint64_t number, bool continuous);
+    void check_tags(Row_View row, std::uint64_t number);
+    void check_frame_counter(Row_View row, std::uint64_t number);
 
     Port_Findings m_findings;
     Row_Counter_Check m_counter;

@@ -2,14 +2,15 @@
 
 namespace Pelgar::ORBE::recording {
 
-void RHD_Checker::look_at(Row_View row) {
-    m_counter.follows(row, m_findings);
+void RHD_Checker::look_at(Row_View row, std::uint64_t number) {
+    m_counter.follows(row, number, m_findings);
     for (std::size_t i = 0; i < row_words; ++i) {
-        take(row.word(i));
+        take(row.word(i), i + 1 < rhd_magic_words ? m_last_row : number);
     }
+    m_last_row = number;
 }
 
-void RHD_Checker::take(std::uint16_t word) {
+void RHD_Checker::take(std::uint16_t word, std::uint64_t row) {
     m_last_words = (m_last_words >> 16) | static_cast<std::uint64_t>(word) << 48;
     ++m_words;
     if (m_last_words != rhd_magic || m_words < rhd_magic_words) {
@@ -17,12 +18,13 @@ void RHD_Checker::take(std::uint16_t word) {
     }
     const std::uint64_t start = m_words - rhd_magic_words;
     if (m_any_frame) {
-        ++m_lengths[start - m_frame_start];
+        m_lengths[start - m_frame_start].note(m_frame_row);
     } else {
         m_findings.words_before = start;
     }
     m_any_frame = true;
     m_frame_start = start;
+    m_frame_row = row;
 }
 
 RHD_Findings RHD_Checker::findings() const {
@@ -34,14 +36,22 @@ RHD_Findings RHD_Checker::findings() const {
     }
     findings.streams = usual_streams();
     const std::uint64_t usual = rhd_frame_words(findings.streams);
-    for (const auto& [length, count] : m_lengths) {
-        (length < usual ? findings.cut_frames : findings.frames) += count;
-        findings.bad_preambles += length > usual ? count : 0;
+    for (const auto& [length, found] : m_lengths) {
+        if (length < usual) {
+            findings.cut_frames.add(found);
+        } else {
+            findings.frames += found.count();
+        }
+        if (length > usual) {
+            findings.bad_preambles.add(found);
+        }
     }
     // The last frame ends with the recording. Only words after its end show that something is wrong.
     const std::uint64_t last = m_words - m_frame_start;
     findings.frames += last >= usual ? 1U : 0U;
-    findings.bad_preambles += last >= usual + rhd_magic_words ? 1U : 0U;
+    if (last >= usual + rhd_magic_words) {
+        findings.bad_preambles.note(m_frame_row);
+    }
     return findings;
 }
 
@@ -51,8 +61,8 @@ std::size_t RHD_Checker::usual_streams() const {
     std::uint64_t most = 0;
     for (std::size_t streams = 0; streams <= rhd_max_streams; ++streams) {
         const auto found = m_lengths.find(rhd_frame_words(streams));
-        if (found != m_lengths.end() && found->second > most) {
-            most = found->second;
+        if (found != m_lengths.end() && found->second.count() > most) {
+            most = found->second.count();
             usual = streams;
         }
     }

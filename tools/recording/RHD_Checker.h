@@ -11,14 +11,15 @@ namespace Pelgar::ORBE::recording {
 
 class RHD_Checker {
 public:
-    // Each row of the stream, in order.
-    void look_at(Row_View row);
+    // Each row of the stream, in order; `number` is its number in the file.
+    void look_at(Row_View row, std::uint64_t number);
 
     // Complete only after the last row, since the usual length of the frames shows only then.
     RHD_Findings findings() const;
 
 private:
-    void take(std::uint16_t word);
+    // `row` is the number of the row in which a frame starts whose preamble ends with this word.
+    void take(std::uint16_t word, std::uint64_t row);
     std::size_t usual_streams() const;
 
     RHD_Findings m_findings;
@@ -26,8 +27,10 @@ private:
     std::uint64_t m_last_words = 0; // the last four words, the newest on top
     std::uint64_t m_words = 0;
     bool m_any_frame = false;
-    std::uint64_t m_frame_start = 0;                  // in words, of the frame seen last
-    std::map<std::uint64_t, std::uint64_t> m_lengths; // words from one preamble to the next, and how often
+    std::uint64_t m_frame_start = 0;            // in words, of the frame seen last
+    std::uint64_t m_frame_row = 0;              // the row in which it starts
+    std::uint64_t m_last_row = 0;               // the number of the row before
+    std::map<std::uint64_t, Finding> m_lengths; // words from one preamble to the next: how often, and where
 };
 
 } // namespace Pelgar::ORBE::recording

@@ -2,6 +2,19 @@
 
 namespace Pelgar::ORBE::recording {
 
+namespace {
+
+std::uint64_t plausible_rows(std::span<const std::uint8_t> bytes) {
+    std::uint64_t count = 0;
+    for (std::size_t at = 0; at + row_bytes <= bytes.size(); at += row_bytes) {
+        const Row_View row(bytes.data() + at);
+        count += row.has_marker() && row.stream() < first_unknown_stream ? 1U : 0U;
+    }
+    return count;
+}
+
+} // namespace
+
 void Recording_Checker::look_at_piece(std::span<const std::uint8_t> piece) {
     look_at_rows(piece);
     m_packets.add_piece(piece);
@@ -25,20 +38,26 @@ Check_Report Recording_Checker::report() const {
 }
 
 void Recording_Checker::look_at_rows(std::span<const std::uint8_t> bytes) {
+    std::uint64_t number = m_report.rows;
     m_report.bytes += bytes.size();
     m_report.rows += bytes.size() / row_bytes;
-    const std::size_t given_up = for_each_row(bytes, [this](Row_View row) {
+    m_report.plausible_rows += plausible_rows(bytes);
+    const std::size_t given_up = for_each_row(bytes, [&](Row_View row) {
         const unsigned stream = row.stream();
         if (stream < port_count) {
-            m_ports[stream].look_at(row);
+            m_ports[stream].look_at(row, number);
         } else if (stream == rhd_stream) {
-            m_rhd.look_at(row);
+            m_rhd.look_at(row, number);
         } else {
-            m_unknown[stream].follows(row, m_report.unknown[stream]);
+            m_unknown[stream].follows(row, number, m_report.unknown[stream]);
+            m_report.unknown[stream].found.note(number);
         }
+        ++number;
     });
-    m_report.given_up_rows += given_up;
-    m_report.bad_markers += given_up != 0 ? 1U : 0U;
+    if (given_up != 0) {
+        m_report.bad_markers.note(number);
+        m_report.given_up_rows += given_up;
+    }
 }
 
 } // namespace Pelgar::ORBE::recording

@@ -2,6 +2,7 @@
 // bytes.
 #pragma once
 
+#include "Check_Report.h"
 #include "Packet_Counts.h"
 #include "Port_Checker.h"
 #include "RHD_Checker.h"

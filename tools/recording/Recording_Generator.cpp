@@ -1,6 +1,8 @@
 #include "Recording_Generator.h"
 
+#include "Fault_Check.h"
 #include "Hash.h"
+#include "Recording_Size.h"
 
 #include <algorithm>
 #include <stdexcept>
@@ -28,6 +30,7 @@ const Recording_Options& checked(const Recording_Options& options) {
     if (options.ports.empty() && (options.blocks != 0 || !options.rhd)) {
         throw std::invalid_argument("a recording without ports needs RHD frames and a length in seconds");
     }
+    check_faults(options);
     return options;
 }
 
@@ -60,17 +63,7 @@ std::span<const std::uint8_t> Recording_Generator::next() {
 }
 
 std::uint64_t Recording_Generator::expected_bytes() const {
-    const std::uint64_t port_rows = rows_per_super_frame * m_options.ports.size();
-    const auto bytes_of = [&](std::uint64_t ticks) {
-        const std::uint64_t words = m_options.rhd ? ticks * rhd_frame_words(m_options.rhd_streams) : 0;
-        return (ticks * port_rows + words / row_words) * row_bytes;
-    };
-    if (m_options.blocks != 0) {
-        return round_up(bytes_of(m_options.blocks * super_frames_per_block) +
-                            row_bytes * m_options.ports.size(),
-                        piece_bytes);
-    }
-    return bytes_of(m_options.super_frames) + m_options.extra_bytes;
+    return size_of(m_options).bytes;
 }
 
 void Recording_Generator::generate_tick() {

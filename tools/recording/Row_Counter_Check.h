@@ -8,12 +8,14 @@ namespace Pelgar::ORBE::recording {
 
 class Row_Counter_Check {
 public:
-    // Counts the row; true when it follows the one before, or is the first.
-    bool follows(Row_View row, Row_Findings& findings) {
+    // Counts the row, the file's row `number`; true when it follows the one before, or is the first.
+    bool follows(Row_View row, std::uint64_t number, Row_Findings& findings) {
         const bool first = findings.rows++ == 0;
         const bool continuous = first || row.counter() == m_next;
         m_next = static_cast<std::uint8_t>(row.counter() + 1);
-        findings.counter_gaps += continuous ? 0U : 1U;
+        if (!continuous) {
+            findings.counter_gaps.note(number);
+        }
         return continuous;
     }
 

@@ -1,12 +1,15 @@
 #include "Question.h"
 
+#include "Standard_Output.h"
+
 #include <cstdio>
 
 namespace Pelgar::ORBE::tools {
 
 bool user_agrees(const std::string& question, std::istream& answers) {
-    std::printf("%s [yes/no] ", question.c_str());
-    std::fflush(stdout);
+    // What the question is about may still be on its way.
+    flush_standard_output();
+    std::fprintf(stderr, "%s [yes/no] ", question.c_str());
     std::string answer;
     std::getline(answers, answer);
     if (!answer.empty() && answer.back() == '\r') {

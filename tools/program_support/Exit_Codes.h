@@ -1,4 +1,5 @@
-// Program orbe-box. What the program answers to the shell.
+// Tools, what all programs share. What the programs answer to the shell; each says in its help what that
+// means.
 #pragma once
 
 namespace Pelgar::ORBE::tools::exit_codes {
@@ -6,5 +7,6 @@ namespace Pelgar::ORBE::tools::exit_codes {
 inline constexpr int done = 0;
 inline constexpr int failed = 1;
 inline constexpr int wrong_arguments = 2;
+inline constexpr int interrupted = 130; // stopped by the user
 
 } // namespace Pelgar::ORBE::tools::exit_codes
