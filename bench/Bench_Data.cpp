@@ -5,11 +5,8 @@
 #include "wire/Mux_Row_Format.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <cstring>
-#include <filesystem>
 #include <fstream>
-#include <string>
 
 namespace Pelgar::ORBE::bench {
 
@@ -59,34 +56,20 @@ Bench_Data make_data() {
     return data;
 }
 
-class Gain_Calibration_File {
-public:
-    Gain_Calibration_File()
-        : m_path((std::filesystem::temp_directory_path() / "orbe-bench-gain.csv").string()) {
-        std::ofstream file(m_path);
-        file << "1\n";
-        for (int electrode = 0; electrode < 960; ++electrode) {
-            file << electrode;
-            for (int k = 0; k < 16; ++k) {
-                file << ',' << 1.0 + electrode * 1e-4 + k * 1e-2;
-            }
-            file << '\n';
+constexpr const char* gain_calibration_file = "gain-calibration.csv";
+
+bool write_gain_calibration() {
+    std::ofstream file(gain_calibration_file);
+    file << "1\n";
+    for (int electrode = 0; electrode < 960; ++electrode) {
+        file << electrode;
+        for (int k = 0; k < 16; ++k) {
+            file << ',' << 1.0 + electrode * 1e-4 + k * 1e-2;
         }
+        file << '\n';
     }
-
-    ~Gain_Calibration_File() {
-        std::error_code ignored;
-        std::filesystem::remove(m_path, ignored);
-    }
-
-    Gain_Calibration_File(const Gain_Calibration_File&) = delete;
-    Gain_Calibration_File& operator=(const Gain_Calibration_File&) = delete;
-
-    const char* path() const { return m_path.c_str(); }
-
-private:
-    std::string m_path;
-};
+    return file.good();
+}
 
 } // namespace
 
@@ -96,8 +79,9 @@ const Bench_Data& bench_data() {
 }
 
 const char* gain_calibration_path() {
-    static const Gain_Calibration_File file;
-    return file.path();
+    // A file that could not be written is told by those who load it.
+    [[maybe_unused]] static const bool written = write_gain_calibration();
+    return gain_calibration_file;
 }
 
 } // namespace Pelgar::ORBE::bench

@@ -25,7 +25,7 @@ struct Bench_Data {
 
 const Bench_Data& bench_data();
 
-// A gain calibration with a factor of its own for every electrode and gain code; removed at exit.
+// A gain calibration with a factor of its own for every electrode and gain code, in the working directory.
 const char* gain_calibration_path();
 
 } // namespace Pelgar::ORBE::bench

@@ -29,6 +29,7 @@ void Rate_Table::ReportRuns(const std::vector<Run>& runs) {
     auto& out = GetOutputStream();
     for (const Run& run : runs) {
         if (run.error_occurred) {
+            m_all_done = false;
             out << run.benchmark_name() << ": " << run.error_message << "\n";
             continue;
         }

@@ -17,6 +17,9 @@ public:
     bool ReportContext(const Context& context) override;
     void ReportRuns(const std::vector<Run>& runs) override;
 
+    // Whether no benchmark has failed.
+    bool all_done() const { return m_all_done; }
+
     // A list of objects, one for each line so far.
     void write(Json_Writer& json) const;
 
@@ -26,6 +29,7 @@ private:
         double bytes_per_second;
     };
 
+    bool m_all_done = true;
     std::vector<Rate> m_rates; // the first is that of the memory copy
 };
 
