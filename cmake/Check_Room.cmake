@@ -7,7 +7,7 @@
 # stand without one, and a room may include them when it uses `published_api`.
 cmake_minimum_required(VERSION 3.25)
 
-set(published_headers NeuropixAPI.h NeuropixAPI_C.h NeuropixAPI_Functions.inc)
+set(published_headers NeuropixAPI.h NeuropixAPI_C.h NeuropixAPI_plain.h NeuropixAPI_Functions.inc)
 
 set(faults)
 file(GLOB files RELATIVE ${FOLDER} ${FOLDER}/*.h ${FOLDER}/*.cpp ${FOLDER}/*.inc)

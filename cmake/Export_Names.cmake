@@ -44,7 +44,6 @@ read_names(host_names ${OUTPUT_DIR}/export_names_host.o
 # The rows in the same order: the functions, then the twins.
 file(STRINGS ${SOURCE_DIR}/api/NeuropixAPI_Functions.inc rows REGEX "^NP_[A-Z_]+\\(")
 set(twins ${rows})
-list(FILTER twins EXCLUDE REGEX "^NP_ADDITION")
 list(TRANSFORM rows REPLACE "^[^,]*, ([A-Za-z0-9_]+).*" "\\1")
 list(TRANSFORM twins REPLACE "^[^,]*, ([A-Za-z0-9_]+).*" "np_\\1")
 

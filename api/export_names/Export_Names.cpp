@@ -14,6 +14,6 @@ const Any_Function np_exports[] = {
 #define NP_ADDITION(result, name, parameters, arguments) reinterpret_cast<Any_Function>(&Neuropixels::name),
 #include "NeuropixAPI_Functions.inc"
 #define NP_FUNCTION(result, name, parameters, arguments) reinterpret_cast<Any_Function>(&::np_##name),
-#define NP_ADDITION(result, name, parameters, arguments)
+#define NP_ADDITION(result, name, parameters, arguments) reinterpret_cast<Any_Function>(&::np_##name),
 #include "NeuropixAPI_Functions.inc"
 };

@@ -17,6 +17,8 @@ expect_line(exports "    \"?openBS@Neuropixels@@YA?AW4NP_ErrorCode@1@H@Z\" = _ZN
 expect_line(exports "    \"?np_dbg_setlevel@Neuropixels@@YAXH@Z\" = _ZN11Neuropixels15np_dbg_setlevelEi")
 expect_line(exports "    np_openBS")
 expect_line(exports "    np_dbg_setlevel")
+expect_line(exports "    np_start_acquisition")
+expect_line(exports "    np_bs_get_fpga_design_label")
 expect_line(names "LIBRARY \"${DLL_NAME}\"")
 foreach(name
         "?openBS@Neuropixels@@YA?AW4NP_ErrorCode@1@H@Z"

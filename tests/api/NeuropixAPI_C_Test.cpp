@@ -61,7 +61,8 @@ protected:
     }
 #define NP_FUNCTION_OWN_TWIN(result, name, parameters, arguments)
 #define NP_UNSUPPORTED_OWN_TWIN(result, name, parameters, arguments)
-#define NP_ADDITION(result, name, parameters, arguments)
+#define NP_ADDITION(result, name, parameters, arguments) NP_FUNCTION(result, name, parameters, arguments)
+#define NP_TEXT_ADDITION(result, name, parameters, arguments)
 #include "NeuropixAPI_Functions.inc"
 
 TEST_F(C_Twins, OpenReadAndClose) {
@@ -93,6 +94,36 @@ TEST_F(C_Twins, DebugLevelIsLoggedUnderBothNames) {
     m_log.clear();
     Neuropixels::np_dbg_setlevel(4);
     EXPECT_EQ(logged_lines(), scope_with_line("np_dbg_setlevel", "4"));
+    m_log.clear();
+    ::np_np_dbg_setlevel(4);
+    EXPECT_EQ(logged_lines(), scope_with_line("np_dbg_setlevel", "4"));
+}
+
+TEST_F(C_Twins, WriteTheDesignsTextsIntoABuffer) {
+    select_simulation(write_recording_without_rows(mebibyte));
+    ASSERT_EQ(np_openBS(0), SUCCESS);
+    const auto expect_text = [](NP_ErrorCode (*twin)(char*, size_t), const std::string& whole) {
+        ASSERT_GT(whole.size(), 3U);
+        std::string buffer(whole.size() + 2, '?');
+        EXPECT_EQ(twin(buffer.data(), buffer.size()), SUCCESS);
+        EXPECT_EQ(buffer, whole + '\0' + '?');
+        std::string short_buffer(5, '?');
+        EXPECT_EQ(twin(short_buffer.data(), 4), SUCCESS);
+        EXPECT_EQ(short_buffer, whole.substr(0, 3) + '\0' + '?');
+        EXPECT_EQ(twin(nullptr, 100), SUCCESS);
+    };
+    expect_text(np_bs_get_fpga_design_label, bs_get_fpga_design_label());
+    expect_text(np_bs_get_fpga_design_build_date, bs_get_fpga_design_build_date());
+    np_closeBS(0);
+}
+
+TEST_F(C_Twins, AnswerAFailureAndNoTextWithoutABasestation) {
+    std::string buffer(4, '?');
+    EXPECT_EQ(np_bs_get_fpga_design_label(buffer.data(), buffer.size()), FAILED);
+    EXPECT_EQ(buffer, std::string("\0???", 4));
+    buffer.assign(4, '?');
+    EXPECT_EQ(np_bs_get_fpga_design_build_date(buffer.data(), buffer.size()), FAILED);
+    EXPECT_EQ(buffer, std::string("\0???", 4));
 }
 
 } // namespace

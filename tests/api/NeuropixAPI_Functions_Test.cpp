@@ -24,8 +24,10 @@ using Names = std::vector<std::string>;
 #define NP_FUNCTION(result, name, parameters, arguments)                                                     \
     static_assert(std::is_same_v<decltype(Neuropixels::name), result parameters>, #name);                    \
     static_assert(std::is_same_v<decltype(::np_##name), result parameters>, #name);
-#define NP_ADDITION(result, name, parameters, arguments)                                                     \
-    static_assert(std::is_same_v<decltype(Neuropixels::name), result parameters>, #name);
+#define NP_ADDITION(result, name, parameters, arguments) NP_FUNCTION(result, name, parameters, arguments)
+#define NP_TEXT_ADDITION(result, name, parameters, arguments)                                                \
+    static_assert(std::is_same_v<decltype(Neuropixels::name), result parameters>, #name);                    \
+    static_assert(std::is_same_v<decltype(::np_##name), NP_ErrorCode(char*, size_t)>, #name);
 #include "NeuropixAPI_Functions.inc"
 
 TEST(Function_List, HasWhatTheHeaderDeclaresAndNothingElse) {

@@ -92,7 +92,12 @@ FIELD(IMUPacket, int16_t, magn_z, 25)
 
 static_assert(std::is_same_v<np_streamhandle_t, void*>);
 static_assert(std::is_same_v<npcallbackhandle_t, void*>);
+#if defined(NEUROPIXAPI_PLAIN_H)
+// C has no references; a host passes and gets the same.
+static_assert(std::is_same_v<np_packetcallbackfn_t, void (*)(const np_packet_t*, const void*)>);
+#else
 static_assert(std::is_same_v<np_packetcallbackfn_t, void (*)(const np_packet_t&, const void*)>);
+#endif
 static_assert(
     std::is_same_v<np_systemeventcallbackfn_t, void (*)(npsystemevent_t, const void*, const void*)>);
 

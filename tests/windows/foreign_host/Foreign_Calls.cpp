@@ -35,8 +35,7 @@ void look_at_imports() {
 #define NP_FUNCTION(result, name, parameters, arguments)                                                     \
     {#name, reinterpret_cast<Any_Function>(&Neuropixels::name)},                                             \
         {"np_" #name, reinterpret_cast<Any_Function>(&::np_##name)},
-#define NP_ADDITION(result, name, parameters, arguments)                                                     \
-    {#name, reinterpret_cast<Any_Function>(&Neuropixels::name)},
+#define NP_ADDITION(result, name, parameters, arguments) NP_FUNCTION(result, name, parameters, arguments)
 #include <NeuropixAPI_Functions.inc>
     };
     const Kernel32_Handle dll = module_of(imports[0].address);
@@ -77,7 +76,7 @@ void call_all() {
 #define NP_FUNCTION_OWN_TWIN(result, name, parameters, arguments)                                            \
     try_out(#name, &Neuropixels::name, name);                                                                \
     try_out("np_" #name, &::np_##name, logged_only);
-#define NP_ADDITION(result, name, parameters, arguments) try_out(#name, &Neuropixels::name, name);
+#define NP_ADDITION(result, name, parameters, arguments) NP_FUNCTION(result, name, parameters, arguments)
 #include <NeuropixAPI_Functions.inc>
 }
 
