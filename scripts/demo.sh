@@ -5,7 +5,7 @@
 set -euo pipefail
 
 cd "$(dirname "$0")/.."
-scripts/setup.sh
+scripts/setup.sh demo
 
 # Whole blocks of 1,792 super frames reach a host; 84 of them are 5.02 s at 30,000 super frames a second.
 blocks=84
@@ -26,16 +26,16 @@ quietly() {
     fi
 }
 
-echo "demo: building (preset release)"
-quietly cmake --preset release
-quietly cmake --build --preset release --parallel "$(nproc)" --target NeuropixAPI orbe-recording orbe-play
+echo "demo: building (preset demo)"
+quietly cmake --preset demo
+quietly cmake --build --preset demo --parallel "$(nproc)"
 
 # Beside the build, because 630 MB are too much for a /tmp in memory.
-scratch=$(mktemp -d build/demo.XXXXXX)
+scratch=$(mktemp -d build/demo/recording.XXXXXX)
 recording=$scratch/recording.bin
 
 echo "demo: making a recording of 5 s: four probes and the RHD stream"
-build/release/orbe-recording make "$recording" --blocks "$blocks"
+build/demo/orbe-recording make "$recording" --blocks "$blocks"
 
 # The recording plays at the box's pace, and a host's ADC queue holds 17 ms: a machine that is busy with something
 # else can lose packets to that. The player says when it was so, and then, and only then, it may try again.
@@ -43,7 +43,7 @@ attempts=3
 for ((attempt = 1; attempt <= attempts; attempt++)); do
     echo "demo: playing it through the API"
     status=0
-    build/release/orbe-play --verify "$recording" 2>"$log" || status=$?
+    build/demo/orbe-play --verify "$recording" 2>"$log" || status=$?
     cat "$log" >&2
     if [ "$status" -ne 1 ] || ! grep -q 'too busy to play in real time' "$log"; then
         break

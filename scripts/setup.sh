@@ -1,46 +1,83 @@
 #!/usr/bin/env bash
-# Installs the Debian packages that building, testing and running this project take and that are missing here.
-# Uses sudo when not run as root. Does nothing when everything is there.
+# setup.sh [USE...]: installs the Debian packages that the uses take and that are missing here, and says beforehand how
+# many they are and how large. A use is "demo" (scripts/demo.sh), the name of a preset, "tidy" (scripts/tidy.sh) or
+# "format" (clang-format); without any it is all that scripts/test.sh takes without any. Uses sudo when not run as root.
+# Does nothing when everything is there.
 set -euo pipefail
 
-# One line a need; the build finds each of them by itself.
-packages=(
-    g++             # compiler
-    cmake           # build
-    ninja-build     # build
-    libvtk9-dev     # loguru, every log line: Debian ships it as part of VTK
-    libcli11-dev    # command lines of the programs in tools/
-    libgtest-dev    # tests
-    libbenchmark-dev # benchmarks
-    libfftw3-dev    # a Fourier transform to hold the self test's own against
-    g++-mingw-w64-x86-64-posix # Windows DLL: compiler, in the flavour whose standard library has threads
-    googletest      # Windows DLL: the sources of GoogleTest, which its tests are built with
-    wine            # Windows DLL: runs its tests
-    wine64          # Windows DLL: the part of Wine that runs 64-bit programs
-    clang           # Windows DLL: compiles a host as Windows' main compiler does, and shows the names it imports
-    lld             # Windows DLL: links that host
-    llvm            # Windows DLL: makes the import library that the host is linked with
-)
+# One line a package: its name, the needs that it serves, and what it is for. The build finds each by itself.
+packages='
+g++                         build   compiler
+cmake                       build   build
+ninja-build                 build   build
+libcli11-dev                build   command lines of the programs in tools/
+libgtest-dev                tests   tests
+libbenchmark-dev            tests   benchmarks
+libfftw3-dev                tests   a Fourier transform to hold the own one of the self test against
+python3-minimal             tests   a host in Python
+dpkg-dev                    tests   Debian packages: finds out what they depend on
+file                        tests   Debian packages: cpack asks it what to look at
+pkg-config                  tests   a host that finds the library by it
+libvtk9-dev                 loguru  loguru, which Debian ships as part of VTK
+g++-mingw-w64-x86-64-posix  windows compiler, in the flavour whose standard library has threads
+googletest                  windows the sources of GoogleTest, which the tests are built with
+wine                        windows runs the tests
+wine64                      windows the part of Wine that runs 64-bit programs
+clang                       windows compiles a host as the main compiler of Windows does, and shows the names it imports
+lld                         windows links that host
+llvm                        windows makes the import library that the host is linked with
+clang                       fuzz    compiler
+libclang-rt-14-dev          fuzz    run time of the fuzzers
+clang-tidy                  tidy    looks at the sources
+clang-format                format  formats the sources
+'
 
 fail() {
     echo "setup: $*" >&2
     exit 1
 }
 
+needs_of() {
+    case $1 in
+    demo) echo build ;;
+    release | debug | tsan) echo build tests ;;
+    asan) echo build tests loguru ;;
+    windows) echo build windows ;;
+    fuzz) echo build tests fuzz ;;
+    tidy) echo build tests tidy ;;
+    format) echo format ;;
+    *) fail "unknown use: $1 (demo, release, debug, asan, tsan, windows, fuzz, tidy or format)" ;;
+    esac
+}
+
 is_installed() {
     [ "$(dpkg-query --show --showformat='${db:Status-Status}' "$1" 2>/dev/null)" = installed ]
 }
 
+uses=("$@")
+[ ${#uses[@]} -gt 0 ] || uses=(release asan tsan windows)
+needs=" "
+for use in "${uses[@]}"; do
+    needs+="$(needs_of "$use") "
+done
+
+wanted=()
+while read -r package need _; do
+    case $needs in
+    *" $need "*) [ -z "$package" ] || wanted+=("$package") ;;
+    esac
+done <<<"$packages"
+
 if ! command -v apt-get >/dev/null || ! command -v dpkg-query >/dev/null; then
-    fail "this is not a Debian system; install the equivalents of ${packages[*]} and build by hand (see README.md)"
+    fail "this is not a Debian system; install the equivalents of ${wanted[*]} and build by hand (see README.md)"
 fi
 
 missing=()
-for package in "${packages[@]}"; do
+for package in "${wanted[@]}"; do
     is_installed "$package" || missing+=("$package")
 done
 if [ ${#missing[@]} -eq 0 ]; then
-    echo "setup: complete"
+    echo "setup: ${uses[*]}: complete"
     exit 0
 fi
 
@@ -53,17 +90,29 @@ fi
 log=$(mktemp)
 trap 'rm -f "$log"' EXIT
 apt_get() {
-    "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get -o Acquire::Retries=3 -o DPkg::Lock::Timeout=120 \
-        "$@" >"$log" 2>&1 </dev/null
+    "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive LC_ALL=C apt-get -o Acquire::Retries=3 \
+        -o DPkg::Lock::Timeout=120 "$@" >"$log" 2>&1 </dev/null
+}
+install=(install --no-install-recommends "${missing[@]}")
+
+# What apt-get says before it asks whether to go on: the last line that the pattern finds, as the replacement.
+apt_get_says() {
+    sed -nE "s/$1/$2/p" "$log" | tail -n 1
 }
 
-echo "setup: installing ${missing[*]}"
+echo "setup: ${uses[*]}: missing ${missing[*]}"
 if ! apt_get update; then
     # The package lists that are there may still do.
     echo "setup: apt-get update failed, going on with the package lists of this machine" >&2
     tail -n 5 "$log" >&2
 fi
-if ! apt_get install --yes --no-install-recommends "${missing[@]}"; then
+# Answered with no, it changes nothing and calls that a failure.
+apt_get "${install[@]}" --assume-no || true
+count=$(apt_get_says '.* ([0-9]+) newly installed.*' '\1')
+fetch=$(apt_get_says 'Need to get ([^ ]+ [kMG]?B).*' '\1')
+disk=$(apt_get_says 'After this operation, ([^ ]+ [kMG]?B) of additional.*' '\1')
+echo "setup: installing ${count:-?} packages: ${fetch:-?} to fetch, ${disk:-?} on disk"
+if ! apt_get "${install[@]}" --yes; then
     tail -n 20 "$log" >&2
     fail "apt-get could not install ${missing[*]} (its last lines stand above)"
 fi

@@ -1,13 +1,10 @@
 #!/usr/bin/env bash
-# Runs clang-tidy with .clang-tidy on the sources given, or on all sources of the library and the programs. Needs
-# Debian's clang-tidy, which the build does without. Exits 0 when there is nothing to say.
+# Runs clang-tidy with .clang-tidy on the sources given, or on all sources of the library and the programs. Exits 0 when
+# there is nothing to say.
 set -euo pipefail
 
 cd "$(dirname "$0")/.."
-if ! command -v clang-tidy >/dev/null; then
-    echo "tidy: clang-tidy is missing (Debian package clang-tidy)" >&2
-    exit 1
-fi
+command -v clang-tidy >/dev/null || scripts/setup.sh tidy
 
 # The commands that the sources are compiled with.
 cmake --preset release >/dev/null
