@@ -1,25 +1,32 @@
-# What `cmake --install` and `cpack` deliver: the shared library, its public header, the CMake package that finds
-# both (NeuropixAPI::NeuropixAPI), and the programs for people. Included last, when all targets are known.
-if(NOT TARGET NeuropixAPI)
-    return()
-endif()
-
+# What `cmake --install` delivers, in parts: Runtime, which is what a host needs that is already built, with the programs
+# and the documentation; Development, which is what building a host takes; Benchmark. Included when all targets are
+# known.
 include(CMakePackageConfigHelpers)
 set(orbe_package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/NeuropixAPI)
 
+# The library's unversioned name belongs to Runtime: a host that is built against the published interface asks the
+# loader for libNeuropixAPI.so by that name, without having been linked with this library, and must find it where nothing
+# is developed.
 install(TARGETS NeuropixAPI
     EXPORT NeuropixAPITargets
-    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
-    ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
-    RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR}
+    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT Runtime NAMELINK_COMPONENT Runtime
+    ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT Development
+    RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT Runtime
     INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+get_property(orbe_plain_header GLOBAL PROPERTY ORBE_PLAIN_HEADER)
 install(FILES
     ${PROJECT_SOURCE_DIR}/api/NeuropixAPI.h
     ${PROJECT_SOURCE_DIR}/api/NeuropixAPI_C.h
+    ${orbe_plain_header}
     ${PROJECT_SOURCE_DIR}/api/NeuropixAPI_Functions.inc
-    DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
-install(EXPORT NeuropixAPITargets NAMESPACE NeuropixAPI:: DESTINATION ${orbe_package_dir})
+    DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
+    COMPONENT Development)
 
+# For hosts that are built with CMake ...
+install(EXPORT NeuropixAPITargets
+    NAMESPACE NeuropixAPI::
+    DESTINATION ${orbe_package_dir}
+    COMPONENT Development)
 configure_package_config_file(
     ${PROJECT_SOURCE_DIR}/cmake/NeuropixAPIConfig.cmake.in
     ${PROJECT_BINARY_DIR}/NeuropixAPIConfig.cmake
@@ -30,38 +37,39 @@ write_basic_package_version_file(${PROJECT_BINARY_DIR}/NeuropixAPIConfigVersion.
 install(FILES
     ${PROJECT_BINARY_DIR}/NeuropixAPIConfig.cmake
     ${PROJECT_BINARY_DIR}/NeuropixAPIConfigVersion.cmake
-    DESTINATION ${orbe_package_dir})
+    DESTINATION ${orbe_package_dir}
+    COMPONENT Development)
+
+# ... and for those that are not. The prefix follows from where the file lies, as in CMake's package.
+set(orbe_pkgconfig_dir ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+file(RELATIVE_PATH orbe_prefix_from_pkgconfig /${orbe_pkgconfig_dir} /)
+configure_file(${PROJECT_SOURCE_DIR}/cmake/NeuropixAPI.pc.in ${PROJECT_BINARY_DIR}/NeuropixAPI.pc @ONLY)
+install(FILES ${PROJECT_BINARY_DIR}/NeuropixAPI.pc DESTINATION ${orbe_pkgconfig_dir} COMPONENT Development)
 
 # The programs find the library beside themselves, wherever the prefix lies.
-if(ORBE_BUILD_TOOLS)
-    get_property(orbe_programs DIRECTORY ${PROJECT_SOURCE_DIR}/tools PROPERTY BUILDSYSTEM_TARGETS)
-    foreach(program IN LISTS orbe_programs)
-        get_target_property(type ${program} TYPE)
+function(orbe_install_programs folder component)
+    get_property(targets DIRECTORY ${folder} PROPERTY BUILDSYSTEM_TARGETS)
+    foreach(target IN LISTS targets)
+        get_target_property(type ${target} TYPE)
         if(type STREQUAL "EXECUTABLE")
-            set_target_properties(${program} PROPERTIES INSTALL_RPATH "$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
-            install(TARGETS ${program} RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+            set_target_properties(${target} PROPERTIES INSTALL_RPATH "$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
+            install(TARGETS ${target} RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT ${component})
         endif()
     endforeach()
+endfunction()
+
+if(ORBE_BUILD_TOOLS)
+    orbe_install_programs(${PROJECT_SOURCE_DIR}/tools Runtime)
+endif()
+if(ORBE_BUILD_BENCHMARKS)
+    orbe_install_programs(${PROJECT_SOURCE_DIR}/bench Benchmark)
 endif()
 
 if(WIN32)
+    set(orbe_doc_dir doc)
     include(Install_Windows)
-    set(CPACK_GENERATOR ZIP)
 else()
-    set(CPACK_GENERATOR TGZ)
+    set(orbe_doc_dir ${CMAKE_INSTALL_DATAROOTDIR}/doc/neuropixapi-orbe)
 endif()
-set(CPACK_PACKAGE_NAME neuropixapi-orbe)
-set(CPACK_PACKAGE_VENDOR "The ORBE project")
-set(CPACK_PACKAGE_CONTACT "The ORBE project")
-set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "${PROJECT_DESCRIPTION}")
-set(CPACK_STRIP_FILES ON)
-set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
-set(CPACK_DEBIAN_PACKAGE_SECTION libs)
-# A Debian package states the packages that its binaries need; finding them out takes dpkg-shlibdeps.
-find_program(ORBE_DPKG_SHLIBDEPS dpkg-shlibdeps)
-mark_as_advanced(ORBE_DPKG_SHLIBDEPS)
-if(ORBE_DPKG_SHLIBDEPS AND CMAKE_SYSTEM_NAME STREQUAL "Linux")
-    list(APPEND CPACK_GENERATOR DEB)
-    set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
-endif()
-include(CPack)
+install(FILES ${PROJECT_SOURCE_DIR}/README.md DESTINATION ${orbe_doc_dir} COMPONENT Runtime)
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs DESTINATION ${orbe_doc_dir} COMPONENT Runtime)

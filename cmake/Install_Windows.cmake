@@ -1,11 +1,11 @@
 # What a package for Windows holds beyond the library, its header and the programs: the import library of the other
 # kind of linker, a short guide, and the licences of what the compiler linked in.
 get_property(orbe_import_library GLOBAL PROPERTY ORBE_IMPORT_LIBRARY_MSVC)
-install(FILES ${orbe_import_library} DESTINATION ${CMAKE_INSTALL_LIBDIR})
+install(FILES ${orbe_import_library} DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT Development)
 
 configure_file(${PROJECT_SOURCE_DIR}/packaging/windows/GUIDE.txt.in ${PROJECT_BINARY_DIR}/GUIDE.txt
     @ONLY NEWLINE_STYLE WIN32)
-install(FILES ${PROJECT_BINARY_DIR}/GUIDE.txt DESTINATION .)
+install(FILES ${PROJECT_BINARY_DIR}/GUIDE.txt DESTINATION . COMPONENT Runtime)
 
 configure_file(${PROJECT_SOURCE_DIR}/packaging/windows/LICENSES.txt ${PROJECT_BINARY_DIR}/LICENSES.txt
     @ONLY NEWLINE_STYLE WIN32)
@@ -25,7 +25,7 @@ if(MINGW)
         list(POP_FRONT license file source)
         set(text ${ORBE_LICENSE_DIR}/${source})
         if(EXISTS ${text})
-            install(FILES ${text} DESTINATION licenses RENAME ${file})
+            install(FILES ${text} DESTINATION licenses RENAME ${file} COMPONENT Runtime)
         else()
             message(WARNING "The package will lack ${file}: there is no ${text}")
         endif()

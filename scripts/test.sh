@@ -1,15 +1,15 @@
 #!/usr/bin/env bash
 # Builds and runs every test: in the presets given as arguments, or in release, asan, tsan and windows without any;
-# after release and windows it packs the library and builds and runs a host against the unpacked package.
+# after release and windows it packs the library and builds and runs hosts that take it in as hosts do.
 # Shows ctest's own output of every run. The last line reads "N passed, N failed" and sums what ctest counted
 # in all runs; a build that fails and a run without a test count as one failure each. Exits 0 when none failed.
 set -euo pipefail
 
 cd "$(dirname "$0")/.."
-scripts/setup.sh
-
 presets=("$@")
 [ ${#presets[@]} -gt 0 ] || presets=(release asan tsan windows)
+scripts/setup.sh "${presets[@]}"
+
 jobs=$(nproc)
 passed=0
 failed=0
@@ -69,33 +69,47 @@ run_preset() {
     echo "test: preset $preset: $((SECONDS - begin)) s in all"
 }
 
-# run_consumer PRESET GENERATOR OPTION...: the library as others get it. What CPack's generator packs is unpacked,
-# found by find_package, linked to a host and run; the options configure the host.
+# pack PRESET PATTERN: packs the library and unpacks the archive of that name; its root is then `package`.
+pack() {
+    local preset=$1 pattern=$2 packages=$PWD/build/$1/packages
+    local unpacked=$packages/unpacked
+    echo "test: packing preset $preset"
+    rm -rf "$packages"
+    quietly "packing" cpack --config "build/$preset/CPackConfig.cmake" || return
+    mkdir -p "$unpacked"
+    # shellcheck disable=SC2086 # the pattern is one
+    quietly "unpacking" cmake -E chdir "$unpacked" cmake -E tar xf "$(echo "$packages"/$pattern)" || return
+    package=$(echo "$unpacked"/*)
+}
+
+# run_consumer PRESET WAY OPTION...: the library as others get it. The options configure the host.
 run_consumer() {
-    local preset=$1 generator=$2 package=$PWD/build/package-$1 build=$PWD/build/consumer-$1 root
+    local name=$1-$2 way=$2 build=$PWD/build/consumer-$1-$2
     shift 2
-    echo "test: consumer of the package of preset $preset"
-    rm -rf "$package" "$build"
-    mkdir -p "$package"
-    quietly "packing" cpack --config "build/$preset/CPackConfig.cmake" -G "$generator" -B "$package" || return 0
-    quietly "unpacking" cmake -E chdir "$package" cmake -E tar xf "$(cd "$package" && echo neuropixapi-orbe-*.*)" ||
-        return 0
-    root=$(echo "$package"/neuropixapi-orbe-*/)
-    quietly "configuring the consumer" cmake -S tests/consumer -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Release \
-        -DCMAKE_PREFIX_PATH="${root%/}" "$@" || return 0
-    quietly "building the consumer" cmake --build "$build" || return 0
-    run_ctest "consumer-$preset" --test-dir "$build" --output-on-failure
+    echo "test: consumer of preset ${name%-"$way"} by $way"
+    rm -rf "$build"
+    quietly "configuring the consumer" cmake -S tests/consumer -B "$build" -G Ninja -DWAY="$way" "$@" || return 0
+    quietly "building the consumer" cmake --build "$build" --parallel "$jobs" || return 0
+    run_ctest "consumer-$name" --test-dir "$build" --output-on-failure
 }
 
 for preset in "${presets[@]}"; do
     run_preset "$preset" || continue
     case $preset in
     release)
-        run_consumer release TGZ
+        if pack release 'neuropixapi-orbe-*.tar.gz'; then
+            run_consumer release find_package -DCMAKE_PREFIX_PATH="$package"
+            PKG_CONFIG_PATH=$package/lib/pkgconfig run_consumer release pkg-config \
+                -DCMAKE_BUILD_RPATH="$package/lib"
+            run_consumer release debian -DPACKAGES="$PWD/build/release/packages"
+        fi
+        run_consumer release subdirectory -DLIBRARY_SOURCES="$PWD" -DCMAKE_EXPORT_COMPILE_COMMANDS=ON
         ;;
     windows)
-        run_consumer windows ZIP --toolchain "$PWD/cmake/toolchains/mingw-w64-x86_64.cmake" \
-            -DCMAKE_FIND_ROOT_PATH_MODE_PACKAGE=BOTH
+        if pack windows 'neuropixapi-orbe-*.zip'; then
+            run_consumer windows find_package --toolchain "$PWD/cmake/toolchains/mingw-w64-x86_64.cmake" \
+                -DCMAKE_PREFIX_PATH="$package" -DCMAKE_FIND_ROOT_PATH_MODE_PACKAGE=BOTH
+        fi
         ;;
     esac
 done

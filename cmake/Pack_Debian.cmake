@@ -1,0 +1,50 @@
+# The Debian packages. The runtime one carries the library's SOVERSION in its name, as is custom there. It cannot be
+# installed beside one of another SOVERSION, because both hold the unversioned name (Install_Package.cmake says why).
+list(APPEND CPACK_GENERATOR DEB)
+set(CPACK_DEB_COMPONENT_INSTALL ON)
+set(CPACK_COMPONENTS_ALL Runtime Development Benchmark)
+if(NOT ORBE_BUILD_BENCHMARKS)
+    list(REMOVE_ITEM CPACK_COMPONENTS_ALL Benchmark)
+endif()
+set(CPACK_COMPONENTS_GROUPING IGNORE)
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
+# They used to be one package.
+set(CPACK_DEBIAN_PACKAGE_CONFLICTS neuropixapi-orbe)
+set(CPACK_DEBIAN_PACKAGE_REPLACES neuropixapi-orbe)
+
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME libneuropixapi-orbe${PROJECT_VERSION_MAJOR})
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
+set(CPACK_COMPONENT_RUNTIME_DESCRIPTION
+    "The shared library that hosts load, the programs for the bench and the documentation.")
+
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libneuropixapi-orbe-dev)
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS
+    "${CPACK_DEBIAN_RUNTIME_PACKAGE_NAME} (= ${PROJECT_VERSION})")
+set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION
+    "What building a host takes: headers, and what CMake and pkg-config find the library by.")
+
+# Google Benchmark is a shared library on Debian; a package of its own keeps it from the other two.
+set(CPACK_DEBIAN_BENCHMARK_PACKAGE_NAME neuropixapi-orbe-bench)
+set(CPACK_DEBIAN_BENCHMARK_PACKAGE_SECTION science)
+set(CPACK_COMPONENT_BENCHMARK_DESCRIPTION "orbe-bench, which measures how fast the library is on a machine.")
+
+# What Debian wants to know of each package: what is in it and on which terms.
+set(orbe_copyright ${PROJECT_BINARY_DIR}/copyright)
+file(READ ${PROJECT_SOURCE_DIR}/packaging/debian/copyright orbe_copyright_text)
+set(orbe_cli11_copyright /usr/share/doc/libcli11-dev/copyright)
+if(EXISTS ${orbe_cli11_copyright})
+    file(READ ${orbe_cli11_copyright} orbe_cli11_copyright_text)
+    string(APPEND orbe_copyright_text "\n${orbe_cli11_copyright_text}")
+else()
+    message(WARNING "The Debian packages will lack the terms of CLI11: there is no ${orbe_cli11_copyright}")
+endif()
+file(WRITE ${orbe_copyright} "${orbe_copyright_text}")
+foreach(component IN LISTS CPACK_COMPONENTS_ALL)
+    string(TOUPPER ${component} COMPONENT)
+    install(FILES ${orbe_copyright}
+        DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/doc/${CPACK_DEBIAN_${COMPONENT}_PACKAGE_NAME}
+        COMPONENT ${component})
+endforeach()
