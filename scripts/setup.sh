@@ -95,7 +95,7 @@ apt_get() {
 }
 install=(install --no-install-recommends "${missing[@]}")
 
-# What apt-get says before it asks whether to go on: the last line that the pattern finds, as the replacement.
+# What apt-get would do: the last line of it that the pattern finds, as the replacement.
 apt_get_says() {
     sed -nE "s/$1/$2/p" "$log" | tail -n 1
 }
@@ -106,8 +106,7 @@ if ! apt_get update; then
     echo "setup: apt-get update failed, going on with the package lists of this machine" >&2
     tail -n 5 "$log" >&2
 fi
-# Answered with no, it changes nothing and calls that a failure.
-apt_get "${install[@]}" --assume-no || true
+apt_get "${install[@]}" --print-uris || true # only says what it would do
 count=$(apt_get_says '.* ([0-9]+) newly installed.*' '\1')
 fetch=$(apt_get_says 'Need to get ([^ ]+ [kMG]?B).*' '\1')
 disk=$(apt_get_says 'After this operation, ([^ ]+ [kMG]?B) of additional.*' '\1')
