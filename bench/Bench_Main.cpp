@@ -2,14 +2,14 @@
 // alone, and what the whole road does from the driver's reads to the host's packets. Compare figures of one
 // run only. Exit codes: 0 done, 1 a benchmark failed or a report cannot be written, 2 wrong arguments.
 #include "Descriptor_Buffer.h"
-#include "Exit_Codes.h"
-#include "Number_In.h"
-#include "Program.h"
-#include "Quiet_Library.h"
 #include "Rate_Table.h"
 #include "Road_Report.h"
-#include "Standard_Output.h"
-#include "Working_Directory.h"
+#include "command_line/Number_In.h"
+#include "command_line/Program.h"
+#include "library_run/Quiet_Library.h"
+#include "library_run/Working_Directory.h"
+#include "terminal/Exit_Codes.h"
+#include "terminal/Standard_Output.h"
 
 #include <benchmark/benchmark.h>
 

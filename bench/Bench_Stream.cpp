@@ -1,7 +1,7 @@
 #include "Bench_Stream.h"
 
-#include "Recording_Generator.h"
-#include "Wire_Format.h"
+#include "generator/Recording_Generator.h"
+#include "stream_format/Wire_Format.h"
 
 #include <algorithm>
 #include <cstring>

@@ -1,6 +1,6 @@
 #include "Descriptor_Buffer.h"
 
-#include "File_Descriptors.h"
+#include "terminal/File_Descriptors.h"
 
 #include <cerrno>
 #include <cstddef>

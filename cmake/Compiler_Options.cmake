@@ -34,3 +34,10 @@ if(ORBE_SANITIZE)
         $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)
     target_link_options(orbe_options INTERFACE -fsanitize=${ORBE_SANITIZE})
 endif()
+
+# GCC takes what it inlines from the argument parser for null pointers when sanitizers are on.
+function(orbe_forgive_argument_parser)
+    if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+        set_source_files_properties(${ARGN} PROPERTIES COMPILE_OPTIONS -Wno-null-dereference)
+    endif()
+endfunction()

@@ -6,17 +6,19 @@ set(ORBE_CHECK_ROOM ${CMAKE_CURRENT_LIST_DIR}/Check_Room.cmake)
 
 # orbe_add_room(SOURCES file... USES target...): the folder of the calling CMakeLists.txt becomes the room of its
 # name, the target orbe_<room>. USES takes rooms and libraries from outside; a room that only one of its USES uses is not
-# for the room to include.
+# for the room to include. Rooms of the programs and not of the shared library say OUTSIDE_LIBRARY.
 function(orbe_add_room)
-    cmake_parse_arguments(room "" "" "SOURCES;USES" ${ARGN})
+    cmake_parse_arguments(room "OUTSIDE_LIBRARY" "" "SOURCES;USES" ${ARGN})
     cmake_path(GET CMAKE_CURRENT_SOURCE_DIR FILENAME room_name)
     set(target orbe_${room_name})
     add_library(${target} STATIC ${room_SOURCES})
     cmake_path(GET CMAKE_CURRENT_SOURCE_DIR PARENT_PATH include_root)
     target_include_directories(${target} PUBLIC ${include_root})
-    target_compile_definitions(${target} PRIVATE ORBE_BUILDING_LIBRARY)
     target_link_libraries(${target} PUBLIC ${room_USES} PRIVATE orbe_options)
-    set_property(GLOBAL APPEND PROPERTY ORBE_ROOMS ${target})
+    if(NOT room_OUTSIDE_LIBRARY)
+        target_compile_definitions(${target} PRIVATE ORBE_BUILDING_LIBRARY)
+        set_property(GLOBAL APPEND PROPERTY ORBE_ROOMS ${target})
+    endif()
     orbe_add_walls(${target} ${room_name} ${room_USES})
 endfunction()
 

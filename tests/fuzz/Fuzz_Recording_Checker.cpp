@@ -5,10 +5,10 @@
 #include "Fuzz_Target.h"
 
 #include "Byte_Reader.h"
-#include "Check_Text.h"
-#include "Piece_Reader.h"
-#include "Recording_Checker.h"
 #include "Require.h"
+#include "checker/Check_Text.h"
+#include "checker/Recording_Checker.h"
+#include "stream_format/Piece_Reader.h"
 
 #include <memory>
 #include <sstream>

@@ -1,10 +1,10 @@
 #include "Host_Road_Data.h"
 
-#include "ADC_Expectation.h"
 #include "Host_Road_Expectation.h"
-#include "Port_Expectation.h"
-#include "Recording_Generator.h"
-#include "Wire_Format.h"
+#include "expectation/ADC_Expectation.h"
+#include "expectation/Port_Expectation.h"
+#include "generator/Recording_Generator.h"
+#include "stream_format/Wire_Format.h"
 
 #include <algorithm>
 #include <cstddef>

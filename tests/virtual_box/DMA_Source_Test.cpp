@@ -3,8 +3,8 @@
 
 #include "Printed.h"
 
-#include <Recording_Generator.h>
-#include <Row_View.h>
+#include "generator/Recording_Generator.h"
+#include "stream_format/Row_View.h"
 
 #include <gtest/gtest.h>
 

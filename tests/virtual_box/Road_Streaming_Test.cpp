@@ -3,8 +3,8 @@
 #include "Gain_Calibration_File.h"
 #include "Stream_Check.h"
 
-#include <ADC_Model.h>
-#include <Recording_Generator.h>
+#include "expectation/ADC_Model.h"
+#include "generator/Recording_Generator.h"
 
 #include <algorithm>
 #include <atomic>

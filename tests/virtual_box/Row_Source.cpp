@@ -1,6 +1,6 @@
 #include "Row_Source.h"
 
-#include <Hash.h>
+#include "numbers/Hash.h"
 
 #include <algorithm>
 #include <utility>

@@ -5,10 +5,10 @@
 
 #include "Stream_Enables.h"
 
-#include <RHD_Generator.h>
-#include <Recording_Options.h>
-#include <Row_Writer.h>
-#include <Super_Frame_Generator.h>
+#include "generator/RHD_Generator.h"
+#include "generator/Recording_Options.h"
+#include "generator/Row_Writer.h"
+#include "generator/Super_Frame_Generator.h"
 
 #include <array>
 #include <cstddef>

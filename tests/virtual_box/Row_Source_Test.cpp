@@ -1,8 +1,8 @@
 // The rows of the data sources, beside a recording of the same seed.
 #include "Row_Source.h"
 
-#include <Recording_Generator.h>
-#include <Row_View.h>
+#include "generator/Recording_Generator.h"
+#include "stream_format/Row_View.h"
 
 #include <gtest/gtest.h>
 

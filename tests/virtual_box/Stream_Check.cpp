@@ -1,7 +1,7 @@
 #include "Stream_Check.h"
 
-#include <ADC_Model.h>
-#include <Port_Model.h>
+#include "expectation/ADC_Model.h"
+#include "expectation/Port_Model.h"
 
 #include <algorithm>
 #include <chrono>

@@ -1,12 +1,12 @@
 #include "Box_Program.h"
 
-#include "Exit_Codes.h"
 #include "Flash_Command.h"
 #include "Hardware_Info_Command.h"
 #include "Info_Command.h"
 #include "Library_Run.h"
-#include "Program.h"
 #include "Self_Test_Command.h"
+#include "command_line/Program.h"
+#include "terminal/Exit_Codes.h"
 
 #include <cstdio>
 #include <exception>

@@ -1,15 +1,15 @@
 #include "Flash_Command.h"
 
-#include "Exit_Codes.h"
-#include "Interrupt.h"
-#include "Number_In.h"
 #include "Opened_Box.h"
-#include "Progress_Bar.h"
-#include "Question.h"
-#include "Text_Format.h"
+#include "command_line/Number_In.h"
+#include "command_line/Question.h"
 #include "flash/Configuration_Flash.h"
 #include "flash/SPI_Flash_Programmer.h"
 #include "fpga/FPGA_Register_Map.h"
+#include "library_run/Interrupt.h"
+#include "terminal/Exit_Codes.h"
+#include "terminal/Progress_Bar.h"
+#include "terminal/Text_Format.h"
 
 #include <cstdio>
 #include <fstream>

@@ -1,10 +1,10 @@
 #include "Hardware_Info_Command.h"
 
-#include "Exit_Codes.h"
-#include "Interrupt.h"
 #include "Opened_Box.h"
-#include "Question.h"
+#include "command_line/Question.h"
 #include "flash/ORBE_HW_Info.h"
+#include "library_run/Interrupt.h"
+#include "terminal/Exit_Codes.h"
 
 #include <cctype>
 #include <charconv>

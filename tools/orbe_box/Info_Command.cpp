@@ -1,10 +1,10 @@
 #include "Info_Command.h"
 
-#include "Exit_Codes.h"
 #include "Opened_Box.h"
-#include "Terminal.h"
-#include "Text_Format.h"
 #include "probe_link/EEPROM_Layout.h"
+#include "terminal/Exit_Codes.h"
+#include "terminal/Terminal.h"
+#include "terminal/Text_Format.h"
 
 #include <array>
 #include <cstdio>

@@ -3,8 +3,8 @@
 #pragma once
 
 #include "Error_Watch.h"
-#include "Quiet_Library.h"
-#include "Working_Directory.h"
+#include "library_run/Quiet_Library.h"
+#include "library_run/Working_Directory.h"
 
 #include <cstdint>
 #include <filesystem>

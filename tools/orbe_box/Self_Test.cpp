@@ -1,7 +1,7 @@
 #include "Self_Test.h"
 
-#include "Text_Format.h"
 #include "common/Waiting.h"
+#include "terminal/Text_Format.h"
 
 #include <chrono>
 

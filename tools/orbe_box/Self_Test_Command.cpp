@@ -1,13 +1,13 @@
 #include "Self_Test_Command.h"
 
-#include "Exit_Codes.h"
-#include "File_Descriptors.h"
-#include "Number_In.h"
 #include "Opened_Box.h"
 #include "Self_Test.h"
-#include "Standard_Output.h"
-#include "Text_Format.h"
-#include "Time_Limit.h"
+#include "command_line/Number_In.h"
+#include "library_run/Time_Limit.h"
+#include "terminal/Exit_Codes.h"
+#include "terminal/File_Descriptors.h"
+#include "terminal/Standard_Output.h"
+#include "terminal/Text_Format.h"
 
 #include <chrono>
 #include <cstdio>

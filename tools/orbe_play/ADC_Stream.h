@@ -1,7 +1,7 @@
 // Program orbe-play. The ADC packets of the RHD headstage, for Stream_Reader.
 #pragma once
 
-#include "ADC_Expectation.h"
+#include "expectation/ADC_Expectation.h"
 
 #include <NeuropixAPI.h>
 

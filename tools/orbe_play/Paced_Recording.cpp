@@ -1,6 +1,6 @@
 #include "Paced_Recording.h"
 
-#include "Piece_Reader.h"
+#include "stream_format/Piece_Reader.h"
 
 #include <cerrno>
 #include <chrono>

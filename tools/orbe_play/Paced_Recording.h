@@ -3,7 +3,7 @@
 // busy to play in real time. The library cannot tell the pipe from a file. Has a thread of its own.
 #pragma once
 
-#include "Packet_Counts.h"
+#include "expectation/Packet_Counts.h"
 
 #include <atomic>
 #include <filesystem>

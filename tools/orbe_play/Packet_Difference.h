@@ -1,7 +1,7 @@
 // Program orbe-play. Says in words where two packets differ first. No state; any thread.
 #pragma once
 
-#include "ADC_Model.h"
+#include "expectation/ADC_Model.h"
 
 #include <NeuropixAPI.h>
 

@@ -1,9 +1,9 @@
 #include "Play_Report.h"
 
-#include "Damage_List.h"
-#include "Text_Format.h"
-#include "Text_Table.h"
-#include "Wire_Format.h"
+#include "checker/Damage_List.h"
+#include "stream_format/Wire_Format.h"
+#include "terminal/Text_Format.h"
+#include "terminal/Text_Table.h"
 
 #include <string>
 #include <vector>

@@ -1,10 +1,11 @@
 #include "Player.h"
 
-#include "Interrupt.h"
 #include "Probe_Bring_Up.h"
-#include "Progress_Bar.h"
-#include "Recording_Checker.h"
-#include "Time_Limit.h"
+#include "checker/Recording_Checker.h"
+#include "library_run/Interrupt.h"
+#include "library_run/Time_Limit.h"
+#include "terminal/Progress_Bar.h"
+#include "terminal/Text_Format.h"
 
 #include <NeuropixAPI.h>
 
@@ -141,7 +142,7 @@ bool Player::wait_for_packets(int progress_descriptor) {
             seen = received;
             last_news = now;
         }
-        progress.show(received, std::to_string(received) + " packets");
+        progress.show(received, tools::counted(received, "packet", "packets"));
         if (now - last_news > m_options.stall_limit) {
             char text[80];
             std::snprintf(text, sizeof(text), "no new packet for %g s", m_options.stall_limit.count());

@@ -4,11 +4,11 @@
 #pragma once
 
 #include "ADC_Stream.h"
-#include "Check_Report.h"
 #include "Paced_Recording.h"
-#include "Packet_Counts.h"
 #include "Port_Stream.h"
 #include "Stream_Reader.h"
+#include "checker/Check_Report.h"
+#include "expectation/Packet_Counts.h"
 
 #include <chrono>
 #include <cstdint>

@@ -1,7 +1,7 @@
 // Program orbe-play. The packets of one port, for Stream_Reader.
 #pragma once
 
-#include "Port_Expectation.h"
+#include "expectation/Port_Expectation.h"
 
 #include <NeuropixAPI.h>
 

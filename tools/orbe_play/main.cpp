@@ -1,17 +1,17 @@
 // Program orbe-play: plays a raw recording through the exported API and, on request, compares every packet
 // with what the recording holds. Knows nothing of the library but its public header. Exit codes: 0 everything
 // arrived (and was equal), 1 not so, 2 wrong arguments, 130 stopped by the user.
-#include "Exit_Codes.h"
-#include "Interrupt.h"
-#include "Number_In.h"
 #include "Paced_Recording.h"
 #include "Play_Report.h"
 #include "Player.h"
-#include "Program.h"
-#include "Quiet_Library.h"
-#include "Terminal.h"
-#include "Text_Format.h"
-#include "Working_Directory.h"
+#include "command_line/Number_In.h"
+#include "command_line/Program.h"
+#include "library_run/Interrupt.h"
+#include "library_run/Quiet_Library.h"
+#include "library_run/Working_Directory.h"
+#include "terminal/Exit_Codes.h"
+#include "terminal/Terminal.h"
+#include "terminal/Text_Format.h"
 
 #include <cstdio>
 #include <fstream>

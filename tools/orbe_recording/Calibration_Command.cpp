@@ -1,10 +1,11 @@
 #include "Calibration_Command.h"
 
-#include "Calibration_Generator.h"
-#include "Exit_Codes.h"
-#include "Number_In.h"
-#include "Output_File.h"
 #include "Overwriting.h"
+#include "command_line/Number_In.h"
+#include "generator/Calibration_Generator.h"
+#include "generator/Output_File.h"
+#include "library_run/Interrupt.h"
+#include "terminal/Exit_Codes.h"
 
 #include <cstdio>
 #include <filesystem>
@@ -50,6 +51,8 @@ int Calibration_Command::run() const {
     if (!m_force && !may_write({adc_file, gain_file})) {
         return tools::exit_codes::failed;
     }
+    // Both files or none: whoever stops it now gets both.
+    tools::catch_interrupts();
     write_file(adc_file, generator.adc_calibration());
     write_file(gain_file, generator.gain_calibration());
     return tools::exit_codes::done;

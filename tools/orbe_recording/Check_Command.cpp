@@ -1,13 +1,13 @@
 #include "Check_Command.h"
 
-#include "Check_Text.h"
-#include "Exit_Codes.h"
-#include "Interrupt.h"
-#include "Piece_Reader.h"
-#include "Progress_Bar.h"
-#include "Recording_Checker.h"
-#include "Terminal.h"
-#include "Text_Format.h"
+#include "checker/Check_Text.h"
+#include "checker/Recording_Checker.h"
+#include "library_run/Interrupt.h"
+#include "stream_format/Piece_Reader.h"
+#include "terminal/Exit_Codes.h"
+#include "terminal/Progress_Bar.h"
+#include "terminal/Terminal.h"
+#include "terminal/Text_Format.h"
 
 #include <cstdio>
 #include <stdexcept>

@@ -1,13 +1,13 @@
 #include "Make_Command.h"
 
-#include "Exit_Codes.h"
-#include "Interrupt.h"
-#include "Number_In.h"
-#include "Output_File.h"
 #include "Overwriting.h"
-#include "Progress_Bar.h"
-#include "Recording_Generator.h"
-#include "Text_Format.h"
+#include "command_line/Number_In.h"
+#include "generator/Output_File.h"
+#include "generator/Recording_Generator.h"
+#include "library_run/Interrupt.h"
+#include "terminal/Exit_Codes.h"
+#include "terminal/Progress_Bar.h"
+#include "terminal/Text_Format.h"
 
 #include <algorithm>
 #include <chrono>

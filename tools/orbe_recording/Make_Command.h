@@ -1,7 +1,7 @@
 // Program orbe-recording. "make": writes a generated recording into a file.
 #pragma once
 
-#include "Recording_Options.h"
+#include "generator/Recording_Options.h"
 
 #include <CLI/CLI.hpp>
 

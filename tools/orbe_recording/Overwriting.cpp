@@ -1,7 +1,7 @@
 #include "Overwriting.h"
 
-#include "File_Descriptors.h"
-#include "Question.h"
+#include "command_line/Question.h"
+#include "terminal/File_Descriptors.h"
 
 #include <cstdio>
 #include <iostream>

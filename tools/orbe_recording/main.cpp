@@ -5,7 +5,7 @@
 #include "Calibration_Command.h"
 #include "Check_Command.h"
 #include "Make_Command.h"
-#include "Program.h"
+#include "command_line/Program.h"
 
 int main(int argc, char** argv) {
     using namespace Pelgar::ORBE;

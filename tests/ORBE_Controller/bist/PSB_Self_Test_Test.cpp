@@ -3,7 +3,7 @@
 
 #include "Self_Test_Fixture.h"
 
-#include <Recording_Generator.h>
+#include "generator/Recording_Generator.h"
 
 #include <gtest/gtest.h>
 

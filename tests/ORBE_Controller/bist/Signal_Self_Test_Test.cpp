@@ -4,7 +4,7 @@
 #include "Fake_ORBE_Controller.h"
 #include "Self_Test_Fixture.h"
 
-#include <Recording_Generator.h>
+#include "generator/Recording_Generator.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 // Who gets what the stream delivers.
 #include "Hardware_Streaming_Fixture.h"
 
-#include "Recording_Generator.h"
+#include "generator/Recording_Generator.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 #include "Self_Test_Recordings.h"
 
-#include <Recording_Generator.h>
-#include <Wire_Format.h>
+#include "generator/Recording_Generator.h"
+#include "stream_format/Wire_Format.h"
 
 #include <fstream>
 
