@@ -1,5 +1,5 @@
-// Layer: logging. The logging calls of this project under loguru's names, for toolchains that have no loguru
-// package. A source includes <loguru.hpp> and cannot tell which of the two it got. Called from every thread.
+// Layer: logging. The library's log, under loguru's names, so that a loguru package can take its place: a source
+// includes <loguru.hpp> and cannot tell which of the two it got. Called from every thread.
 // A call whose verbosity nobody listens to costs two relaxed loads; any other blocks while the record is
 // written.
 //
