@@ -1,7 +1,6 @@
-// Layer: logging. The library's log, under loguru's names, so that a loguru package can take its place: a source
-// includes <loguru.hpp> and cannot tell which of the two it got. Called from every thread.
-// A call whose verbosity nobody listens to costs two relaxed loads; any other blocks while the record is
-// written.
+// Layer: logging. The library's log, under loguru's names, so that a loguru package can take its place: a
+// source includes <loguru.hpp> and cannot tell which of the two it got. Called from every thread. A call
+// whose verbosity nobody listens to costs two relaxed loads; any other blocks while the record is written.
 //
 // A record goes to standard error, up to `g_stderr_verbosity`, and then to the files and callbacks in the
 // order in which they were added, each up to its own verbosity, on the calling thread. No logging call
