@@ -173,9 +173,22 @@ TEST_F(Probe_Setup, RejectedValuesFail) {
 
 TEST_F(Probe_Setup, NumbersThatNoByteHoldsAreNotTakenForOthers) {
     EXPECT_EQ(selectElectrode(0, 1, 0, 0, 0, 256), FAILED);
+    EXPECT_EQ(m_log.count(-2, "invalid electrode bank: 256"), 1);
     EXPECT_EQ(selectElectrode(0, 1, 0, 0, 0, -1), FAILED);
+    EXPECT_EQ(m_log.count(-2, "invalid electrode bank: -1"), 1);
     EXPECT_EQ(setGain(0, 1, 0, 0, 256, 0), FAILED);
+    EXPECT_EQ(m_log.count(-2, "invalid AP gain: 256"), 1);
     EXPECT_EQ(setGain(0, 1, 0, 0, 0, -256), FAILED);
+    EXPECT_EQ(m_log.count(-2, "invalid LFP gain: -256"), 1);
+}
+
+TEST_F(Probe_Setup, ReferenceBankThatNoByteHoldsDoesNotSpoilLaterCalls) {
+    EXPECT_EQ(setReference(0, 1, 0, 0, 0, INT_REF, 256), FAILED);
+    EXPECT_EQ(m_log.count(-2, "invalid channel internal reference: 256"), 1);
+    EXPECT_EQ(setReference(0, 1, 0, 0, 0, INT_REF, -1), FAILED);
+    EXPECT_EQ(m_log.count(-2, "invalid channel internal reference: -1"), 1);
+    EXPECT_EQ(setReference(0, 1, 0, 0, 0, INT_REF, 0), SUCCESS);
+    EXPECT_EQ(setReference(0, 1, 0, 1, 0, INT_REF, 0), SUCCESS);
 }
 
 TEST_F(Probe_Setup, ChannelSettingsOfAPortThatDoesNotExistThrow) {

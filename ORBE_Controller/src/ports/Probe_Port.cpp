@@ -5,18 +5,15 @@
 #include "probe_link/NP_Probe_Layout.h"
 
 #include <cstdint>
-#include <limits>
 
 namespace Pelgar::ORBE {
 
 namespace {
 
-// A host's number as the configuration takes it. What no byte can hold becomes a number that no setting
-// accepts.
-std::uint8_t to_setting(int number) {
-    constexpr std::uint8_t never_accepted = 254;
-    const bool fits = number >= 0 && number <= std::numeric_limits<std::uint8_t>::max();
-    return fits ? static_cast<std::uint8_t>(number) : never_accepted;
+// A host's number as the configuration takes it. A negative one becomes a large one, which no setting accepts
+// and which is logged as it was.
+std::uint32_t to_setting(int number) {
+    return static_cast<std::uint32_t>(number);
 }
 
 } // namespace
@@ -27,33 +24,34 @@ void Probe_Port::renew(I2C_Over_GSML_Module* link) {
 }
 
 bool Probe_Port::select_electrode(int channel, int bank) {
-    const auto number = static_cast<std::uint32_t>(channel);
-    const std::uint8_t bank_setting = to_setting(bank);
+    const std::uint32_t number = to_setting(channel);
+    const std::uint32_t bank_setting = to_setting(bank);
     if (config().select_electrode(number, bank_setting) != 0) {
         return false;
     }
     // A disconnected channel has no electrode; the filter goes on with the factor that it had.
     if (bank_setting != probe_layout::disconnected_bank) {
-        m_gain_filter->set_channel_bank(number, bank_setting);
+        m_gain_filter->set_channel_bank(number, static_cast<std::uint16_t>(bank_setting));
     }
     return true;
 }
 
 bool Probe_Port::set_gain(int channel, int ap_gain, int lfp_gain) {
-    const auto number = static_cast<std::uint32_t>(channel);
-    const std::uint8_t ap_code = to_setting(ap_gain);
-    const std::uint8_t lfp_code = to_setting(lfp_gain);
+    const std::uint32_t number = to_setting(channel);
+    const std::uint32_t ap_code = to_setting(ap_gain);
+    const std::uint32_t lfp_code = to_setting(lfp_gain);
     if (config().set_gain(number, ap_code, lfp_code) != 0) {
         return false;
     }
-    m_gain_filter->set_channel_gain_codes(number, ap_code, lfp_code);
+    m_gain_filter->set_channel_gain_codes(number, static_cast<std::uint16_t>(ap_code),
+                                          static_cast<std::uint16_t>(lfp_code));
     return true;
 }
 
 bool Probe_Port::get_gain(int channel, int* ap_gain, int* lfp_gain) {
     std::uint32_t ap_code = 0;
     std::uint32_t lfp_code = 0;
-    if (config().get_gain(static_cast<std::uint32_t>(channel), &ap_code, &lfp_code) != 0) {
+    if (config().get_gain(to_setting(channel), &ap_code, &lfp_code) != 0) {
         return false;
     }
     if (ap_gain != nullptr) {
@@ -66,12 +64,11 @@ bool Probe_Port::get_gain(int channel, int* ap_gain, int* lfp_gain) {
 }
 
 bool Probe_Port::set_reference(int channel, int reference, int int_ref_bank) {
-    return config().set_reference(static_cast<std::uint32_t>(channel), to_setting(reference),
-                                  to_setting(int_ref_bank)) == 0;
+    return config().set_reference(to_setting(channel), to_setting(reference), to_setting(int_ref_bank)) == 0;
 }
 
 bool Probe_Port::set_ap_corner_frequency(int channel, bool disable) {
-    return config().set_ap_filter(static_cast<std::uint32_t>(channel), disable) == 0;
+    return config().set_ap_filter(to_setting(channel), disable) == 0;
 }
 
 void Probe_Port::clear_electrodes() {

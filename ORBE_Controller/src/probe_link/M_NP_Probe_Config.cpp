@@ -54,7 +54,7 @@ NP_Probe_Config_Module::~NP_Probe_Config_Module() {
     console::out("NP_Probe_Config_Module dtor\n");
 }
 
-std::int32_t NP_Probe_Config_Module::select_electrode(std::uint32_t channel, std::uint8_t bank) {
+std::int32_t NP_Probe_Config_Module::select_electrode(std::uint32_t channel, std::uint32_t bank) {
     if (channel == reference_channel) {
         LOG_F(ERROR, "invalid channel: %i. selection of reference electrode 191/575/959 not allowed",
               channel);
@@ -114,7 +114,7 @@ void NP_Probe_Config_Module::print_channel_map() const {
     }
 }
 
-std::int32_t NP_Probe_Config_Module::set_channel_reference(std::uint32_t channel, std::uint8_t reference) {
+std::int32_t NP_Probe_Config_Module::set_channel_reference(std::uint32_t channel, std::uint32_t reference) {
     if (!is_channel(channel)) {
         return rejected;
     }
@@ -133,20 +133,25 @@ std::int32_t NP_Probe_Config_Module::set_channel_reference(std::uint32_t channel
     return accepted;
 }
 
-std::int32_t NP_Probe_Config_Module::set_reference(std::uint32_t channel, std::uint8_t reference,
-                                                   std::uint8_t int_ref_bank) {
+std::int32_t NP_Probe_Config_Module::set_reference(std::uint32_t channel, std::uint32_t reference,
+                                                   std::uint32_t int_ref_bank) {
     // The bank that is looked at is the one an earlier call left behind; the new one is looked at next time.
     if (m_int_ref_bank >= bank_count) {
         LOG_F(ERROR, "invalid channel internal reference: %i", m_int_ref_bank);
         return rejected;
     }
-    m_int_ref_bank = int_ref_bank;
+    if (exceeds(int_ref_bank, int_ref_bank_width)) {
+        // Kept, it would have every later call rejected.
+        LOG_F(ERROR, "invalid channel internal reference: %i", int_ref_bank);
+        return rejected;
+    }
+    m_int_ref_bank = static_cast<std::uint8_t>(int_ref_bank);
     set_channel_reference(channel, reference);
     return accepted;
 }
 
-std::int32_t NP_Probe_Config_Module::set_channel_gain(std::uint32_t channel, std::uint8_t ap_gain,
-                                                      std::uint8_t lfp_gain) {
+std::int32_t NP_Probe_Config_Module::set_channel_gain(std::uint32_t channel, std::uint32_t ap_gain,
+                                                      std::uint32_t lfp_gain) {
     if (!is_channel(channel)) {
         return rejected;
     }
@@ -165,13 +170,13 @@ std::int32_t NP_Probe_Config_Module::set_channel_gain(std::uint32_t channel, std
     return accepted;
 }
 
-std::int32_t NP_Probe_Config_Module::set_gain(std::uint32_t channel, std::uint8_t ap_gain,
-                                              std::uint8_t lfp_gain) {
+std::int32_t NP_Probe_Config_Module::set_gain(std::uint32_t channel, std::uint32_t ap_gain,
+                                              std::uint32_t lfp_gain) {
     if (set_channel_gain(channel, ap_gain, lfp_gain) != accepted) {
         return rejected;
     }
-    checked_at(m_ap_gain, channel) = ap_gain;
-    checked_at(m_lfp_gain, channel) = lfp_gain;
+    checked_at(m_ap_gain, channel) = static_cast<std::uint8_t>(ap_gain);
+    checked_at(m_lfp_gain, channel) = static_cast<std::uint8_t>(lfp_gain);
     return accepted;
 }
 

@@ -14,8 +14,8 @@ namespace Pelgar::ORBE {
 class I2C_Over_GSML_Module;
 struct ADC_Calibration;
 
-// Setters return 0, or log an error and return -1 when an argument is rejected. None of them writes to the
-// probe. Operations that use the link pass its exceptions on.
+// Setters return 0, or log an error with the number and return -1 when an argument is rejected. None of them
+// writes to the probe. Operations that use the link pass its exceptions on.
 class NP_Probe_Config_Module {
 public:
     using Shank_Image = Shift_Register_Image<probe_layout::shank_bytes>;
@@ -34,7 +34,7 @@ public:
 
     // Connects the channel (0..383) to its electrode in the bank (0..2); other banks stay connected. Bank 255
     // disconnects the channel from all banks. Channel 191 is left to the internal reference.
-    std::int32_t select_electrode(std::uint32_t channel, std::uint8_t bank);
+    std::int32_t select_electrode(std::uint32_t channel, std::uint32_t bank);
 
     // The lowest connected bank of the channel, or 255.
     std::uint8_t get_channel_bank(std::uint32_t channel) const;
@@ -46,18 +46,18 @@ public:
     void print_channel_map() const;
 
     // 0 = external electrode, 1 = tip electrode, 2 = internal reference electrode.
-    std::int32_t set_channel_reference(std::uint32_t channel, std::uint8_t reference);
+    std::int32_t set_channel_reference(std::uint32_t channel, std::uint32_t reference);
 
     // As `set_channel_reference`, and takes the bank (0..2) of the internal reference electrode, which is
-    // one for the whole probe. A wrong bank is found by the next call; a wrong channel or reference is
-    // logged, changes nothing but the bank, and still answers 0.
-    std::int32_t set_reference(std::uint32_t channel, std::uint8_t reference, std::uint8_t int_ref_bank);
+    // one for the whole probe and a byte: what is none is rejected. A wrong bank of a byte is found by the
+    // next call; a wrong channel or reference is logged, changes nothing but the bank, and still answers 0.
+    std::int32_t set_reference(std::uint32_t channel, std::uint32_t reference, std::uint32_t int_ref_bank);
 
     // Gain codes 0..7 of the AP and the LFP band.
-    std::int32_t set_channel_gain(std::uint32_t channel, std::uint8_t ap_gain, std::uint8_t lfp_gain);
+    std::int32_t set_channel_gain(std::uint32_t channel, std::uint32_t ap_gain, std::uint32_t lfp_gain);
 
     // As `set_channel_gain`, and keeps the codes for `get_gain`.
-    std::int32_t set_gain(std::uint32_t channel, std::uint8_t ap_gain, std::uint8_t lfp_gain);
+    std::int32_t set_gain(std::uint32_t channel, std::uint32_t ap_gain, std::uint32_t lfp_gain);
 
     // Answers the AP gain code in both `*ap_gain` and `*lfp_gain`; -1 for a channel out of range.
     std::int32_t get_gain(std::uint32_t channel, std::uint32_t* ap_gain, std::uint32_t* lfp_gain) const;

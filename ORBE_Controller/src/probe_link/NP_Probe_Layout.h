@@ -21,6 +21,8 @@ constexpr std::uint8_t disconnected_bank = 255;
 
 // Channel 191 reaches the internal reference electrodes 191, 575 and 959, one a bank.
 constexpr std::uint32_t reference_channel = 191;
+// The bank among them that is used is kept as a byte.
+constexpr unsigned int_ref_bank_width = 8;
 
 // The reference groups' bits, in this order.
 constexpr std::uint8_t reference_ext = 0;

@@ -300,6 +300,27 @@ TEST_F(NP_Probe_Config, Set_Reference_Keeps_The_Bank_Of_A_Call_With_A_Wrong_Chan
     expect_rejected("invalid channel internal reference: 7", [&] { return m_config.set_reference(0, 0, 0); });
 }
 
+TEST_F(NP_Probe_Config, Set_Reference_Does_Not_Keep_A_Bank_That_No_Byte_Holds) {
+    EXPECT_EQ(m_config.set_reference(9, 2, 1), 0);
+    m_expected.reference(9, 2);
+    expect_rejected("invalid channel internal reference: 256",
+                    [&] { return m_config.set_reference(9, 0, 256); });
+    expect_rejected("invalid channel internal reference: -1",
+                    [&] { return m_config.set_reference(9, 0, 0xFFFFFFFF); });
+    EXPECT_EQ(m_config.set_reference(9, 1, 2), 0);
+    m_expected.reference(9, 1);
+    expect_as_expected();
+}
+
+TEST_F(NP_Probe_Config, Numbers_That_No_Byte_Holds_Are_Rejected_And_Logged_As_They_Are) {
+    expect_rejected("invalid electrode bank: 256", [&] { return m_config.select_electrode(0, 256); });
+    expect_rejected("invalid electrode bank: 511", [&] { return m_config.select_electrode(0, 511); });
+    expect_rejected("invalid electrode bank: -1", [&] { return m_config.select_electrode(0, 0xFFFFFFFF); });
+    expect_rejected("invalid channel reference: 256", [&] { return m_config.set_channel_reference(0, 256); });
+    expect_rejected("invalid AP gain: 256", [&] { return m_config.set_gain(0, 256, 0); });
+    expect_rejected("invalid LFP gain: -256", [&] { return m_config.set_gain(0, 0, 0xFFFFFF00); });
+}
+
 TEST_F(NP_Probe_Config, Every_Channel_With_Every_Gain) {
     for (unsigned channel = 0; channel < 384; ++channel) {
         for (unsigned ap = 0; ap < 8; ++ap) {
