@@ -20,10 +20,6 @@
 #include <utility>
 #include <vector>
 
-#if defined(__linux__)
-#include <sys/stat.h>
-#endif
-
 namespace {
 
 using namespace std::chrono_literals;
@@ -229,19 +225,6 @@ TEST_F(SPIFlashProgrammer, FileThatCannotBeOpenedLeavesTheFlashAlone) {
     }
     EXPECT_TRUE(m_registers.accesses().empty());
 }
-
-#if defined(__linux__)
-TEST_F(SPIFlashProgrammer, FileWithoutASizeLeavesTheFlashAlone) {
-    ASSERT_EQ(mkfifo("a_pipe", 0600), 0);
-    // Open for writing too, so that opening it for reading does not wait.
-    const std::fstream other_end("a_pipe");
-    ASSERT_TRUE(other_end.is_open());
-    const auto printed = printed_by([&] { EXPECT_FALSE(m_programmer.program_flash("a_pipe", 0)); });
-    EXPECT_EQ(printed.out, "Exception catched during program_flash command : file has no size\n");
-    EXPECT_EQ(printed.err, "");
-    EXPECT_TRUE(m_registers.accesses().empty());
-}
-#endif
 
 TEST_F(SPIFlashProgrammer, FileThatWouldRunPastTheEndIsRefusedBeforeAnythingIsErased) {
     const std::string too_large =
