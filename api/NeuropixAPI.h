@@ -8,8 +8,9 @@
 //
 // Seven functions throw std::out_of_range("invalid array<T, N> subscript") for a port outside 1..4:
 // selectElectrode, setGain, getGain, setReference, setAPCornerFrequency, readElectrodeData and
-// getElectrodeDataFifoState. start_acquisition throws std::system_error when the system has no thread to give.
-// Nothing else throws but std::bad_alloc. A caller that cannot catch, such as one in C, ends by an exception.
+// getElectrodeDataFifoState. start_acquisition throws std::system_error when the system has no thread to
+// give. Nothing else throws but std::bad_alloc. A caller that cannot catch, such as one in C, ends by an
+// exception.
 //
 // NeuropixAPI_Functions.inc lists all functions; NeuropixAPI_C.h declares them once more for hosts that look
 // them up by their plain names.
@@ -425,7 +426,8 @@ NP_EXPORT NP_ErrorCode getParameter_double(np_parameter_t parameter, double* val
 
 // Opens the box, or, when the file "ORBE_DFGMZ_ADAPTER_SIM" lies in the working directory, the recorded raw
 // DMA file that the first line of that file names. Opening again closes what was open. Returns 0, or 5 when
-// the box or the recording cannot be brought up. Must not overlap any other call of this library.
+// the box or the recording cannot be brought up; what was made until then stays until closeBS, and calls that
+// need no more of the box than there is go on to answer. Must not overlap any other call of this library.
 NP_EXPORT NP_ErrorCode openBS(int slotID);
 
 // Stops streaming, wakes blocked readers and releases the box. Returns 0.
@@ -486,7 +488,8 @@ NP_EXPORT NP_ErrorCode closePort(int slotID, int portID);
 NP_EXPORT NP_ErrorCode detectHeadStage(int slotID, int portID, bool* detected);
 
 // Reads the headstage's part number as a text of at most `len` characters, closing zero included. Blocks,
-// with a look once a second, until a port has been opened. A headstage whose EEPROM holds none counts as
+// with a look once a second, until a port has been opened; not without a basestation or a box, nor for ports
+// outside 1..4. A headstage whose EEPROM holds none counts as
 // "NP2_HS_30".
 NP_EXPORT NP_ErrorCode readHSPN(int slotID, int portID, char* pn, size_t len);
 
@@ -596,8 +599,9 @@ NP_EXPORT NP_ErrorCode stop_acquisition(int slotID, int portID);
 NP_EXPORT NP_ErrorCode readElectrodeData(int slotID, int portID, int dockID, electrodePacket* packets,
                                          int* actualAmount, int requestedAmount);
 
-// Packets waiting in the port's queue, and 500 minus that number (-1 when the queue is full to the brim); 0 and
-// 500 while no basestation is open. Throws std::out_of_range("invalid array<T, N> subscript") for a port outside 1..4.
+// Packets waiting in the port's queue, and 500 minus that number (-1 when the queue is full to the brim); 0
+// and 500 while no basestation is open. Throws std::out_of_range("invalid array<T, N> subscript") for a port
+// outside 1..4.
 NP_EXPORT NP_ErrorCode getElectrodeDataFifoState(int slotID, int portID, int dockID, int* packetsAvailable,
                                                  int* headroom);
 
@@ -622,9 +626,9 @@ NP_EXPORT NP_ErrorCode unpackData(const np_packet_t* packet, int16_t* data, int 
 
 // Copies `packetCount` packets of the RHD headstage's auxiliary inputs, blocking until they are there: twelve
 // int16 a packet, of which the first eight are the ADC samples of one 30 kHz frame and the rest 0. When the
-// basestation is closed, or the next packet is there and acquisition has been stopped, `*packetsRead` is 0 and
-// the buffers hold nothing of use. Stopping alone does not wake a call that waits: closeBS does. `channelCount`
-// is not looked at. Returns 0.
+// basestation is closed, or the next packet is there and acquisition has been stopped, `*packetsRead` is 0
+// and the buffers hold nothing of use. Stopping alone does not wake a call that waits: closeBS does.
+// `channelCount` is not looked at. Returns 0.
 NP_EXPORT NP_ErrorCode ADC_readPackets(int slotID, PacketInfo* packetInfo, int16_t* data, int channelCount,
                                        int packetCount, int* packetsRead);
 

@@ -55,6 +55,13 @@ E_ORBE_Init_Config read_init_mode() {
     }
 }
 
+// Whether there is a port whose opening readHSPN can wait for.
+bool may_be_opened(int portID) {
+    const auto controller = current_controller();
+    return controller && controller->get_current_error_level() != Error_Level::driver_open &&
+           port_index(portID) < np_port_count;
+}
+
 NP_ErrorCode open_port(const char* name, int portID) {
     return forward_over_i2c(name, [&](auto& controller) {
         const bool linked = controller.probe_init_part_1(port_index(portID));
@@ -249,7 +256,7 @@ NP_ErrorCode readHSPN(int slotID, int portID, char* pn, size_t len) {
     if (slotID == self_opening_slot) {
         open_port("readHSPN", portID);
     }
-    while (!g_i2c_comm_initialised && current_controller()) {
+    while (!g_i2c_comm_initialised && may_be_opened(portID)) {
         console::out("Waiting for I2C_comm_initialization\n");
         wait_for(i2c_poll_wait);
     }

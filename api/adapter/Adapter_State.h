@@ -71,18 +71,14 @@ std::shared_ptr<RHD_Converter> current_rhd_converter();
 const char* why_there_is_no_basestation();
 
 // Carries out `operation` (controller -> bool) for the entry point `name`. No open basestation and a
-// std::runtime_error from below are logged and answered as failures.
+// std::runtime_error from below are logged and answered as failures. What openBS has left behind when there
+// was no box answers as well, up to where it would use a register.
 template <typename Operation>
 Neuropixels::NP_ErrorCode forward_to_controller(const char* name, Operation operation) {
     keep_last_errors();
     const auto controller = current_controller();
     if (!controller) {
         LOG_F(ERROR, "%s : %s", name, why_there_is_no_basestation());
-        return Neuropixels::FAILED;
-    }
-    if (controller->get_current_error_level() == Error_Level::driver_open) {
-        // What openBS has left behind when there was no box: it has no registers.
-        LOG_F(ERROR, "%s : the box is not open", name);
         return Neuropixels::FAILED;
     }
     try {

@@ -7,6 +7,8 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
+#include <chrono>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -90,8 +92,66 @@ TEST_F(Hardware_Mode, BoxThatIsNotOpenIsNotTouched) {
     EXPECT_EQ(stop_acquisition(0, 1), SUCCESS);
     EXPECT_EQ(closeBS(0), SUCCESS);
     EXPECT_EQ(m_box->registers().accesses(), Accesses{});
-    EXPECT_EQ(m_log.count(-2, "openPort : the box is not open"), 1);
+    EXPECT_EQ(m_log.count(-2, "Exception caught while probe probe_init_part_1 : the box is not open"), 1);
+    EXPECT_EQ(m_log.count(-2, "init : the box is not open"), 1);
+    EXPECT_EQ(m_log.count(-2, "bs_get_fpga_design_label : the box is not open"), 1);
     EXPECT_EQ(m_log.count(-2, "start_acquisition : the box is not open"), 1);
+    EXPECT_EQ(m_log.count(-1, "Skipping commands for disabling streams ( m_current_error_level > 0 )"), 1);
+}
+
+TEST_F(Hardware_Mode, WithoutABoxWhatNeedsNoRegisterAnswers) {
+    m_box->set_open_result(false);
+    EXPECT_EQ(openBS(0), 5);
+    EXPECT_EQ(bistBS(0), SUCCESS);
+    EXPECT_FALSE(detected(1));
+    EXPECT_FALSE(detected(7));
+    std::uint8_t ports = 7;
+    EXPECT_EQ(get_available_port_capability(0, &ports), SUCCESS);
+    EXPECT_EQ(ports, 0);
+    EXPECT_EQ(probe_set_bist_mode(1, true), SUCCESS);
+    EXPECT_TRUE(m_log.has_scope(0, "set_bist_signal_mode"));
+    EXPECT_EQ(m_log.count(-2, "Exception caught during set_bist_signal_mode : the box is not open"), 1);
+    EXPECT_EQ(clear_all_electrode_to_bank_assignments(0, 1), SUCCESS);
+    EXPECT_EQ(m_log.count(0, "Clearing all channel to pixel assignments."), 1);
+    EXPECT_EQ(closeBS(0), SUCCESS);
+    EXPECT_TRUE(m_log.has_scope(0, "disable_streaming"));
+    EXPECT_EQ(m_log.count(-1, "Skipping commands for disabling streams ( m_current_error_level > 0 )"), 1);
+    EXPECT_EQ(m_box->registers().accesses(), Accesses{});
+}
+
+TEST_F(Hardware_Mode, WithoutABoxNobodyWaitsForAPortToBeOpened) {
+    m_box->set_open_result(false);
+    EXPECT_EQ(openBS(0), 5);
+    for (const int slot : {0, 16, 0}) {
+        std::array<char, 32> text{};
+        EXPECT_EQ(readHSPN(slot, 1, text.data(), text.size()), FAILED) << slot;
+        EXPECT_STREQ(text.data(), "NP2_HS_30") << slot;
+    }
+    EXPECT_EQ(m_waiter.waits().size(), 0U);
+    EXPECT_EQ(m_box->registers().accesses(), Accesses{});
+}
+
+TEST_F(Hardware_Mode, OpeningAPortWithoutABoxCountsAsOpened) {
+    m_box->set_open_result(false);
+    EXPECT_EQ(openBS(0), 5);
+    EXPECT_EQ(openPort(0, 1), FAILED);
+    m_box->set_open_result(true);
+    EXPECT_EQ(openBS(0), SUCCESS);
+    std::array<char, 32> text{};
+    readHSPN(0, 1, text.data(), text.size());
+    EXPECT_EQ(m_waiter.count(std::chrono::milliseconds(1000)), 0U);
+}
+
+TEST_F(Hardware_Mode, BoxThatIsGoneAfterTheFirmwareSwitchIsNotTouched) {
+    m_box->registers().set_value(0x0208, 0x11110040);
+    m_box->registers().set_value(0x040C, 1);
+    m_box->queue_open_results({true, false});
+    EXPECT_EQ(openBS(0), 5);
+    m_box->registers().clear_accesses();
+    EXPECT_EQ(openPort(0, 1), FAILED);
+    EXPECT_EQ(bs_get_fpga_design_build_date(), "");
+    EXPECT_EQ(closeBS(0), SUCCESS);
+    EXPECT_EQ(m_box->registers().accesses(), Accesses{});
 }
 
 TEST_F(Hardware_Mode, StartSwitchesAllPortsAndTheRhdStreamOnWithASoftTrigger) {

@@ -299,6 +299,14 @@ TEST_F(Probe_Setup, HeadstageIsReadOnceAPortHasBeenOpened) {
     EXPECT_STREQ(text.data(), "NP2_HS_30");
 }
 
+TEST_F(Probe_Setup, NobodyWaitsForAPortThatDoesNotExist) {
+    std::array<char, 32> text{};
+    for (const int port : {0, 5, -1}) {
+        EXPECT_EQ(readHSPN(0, port, text.data(), text.size()), SUCCESS) << port;
+    }
+    EXPECT_EQ(m_waiter.count(1000ms), 0U);
+}
+
 TEST_F(Probe_Setup, SlotSixteenOpensThePortItself) {
     std::array<char, 32> text{};
     EXPECT_EQ(readHSPN(16, 3, text.data(), text.size()), SUCCESS);

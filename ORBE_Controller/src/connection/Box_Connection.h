@@ -26,8 +26,10 @@ public:
     bool open();
     void close();
 
-    // The back-end with its modules.
-    A_ORBE_Controller& modules() const { return *m_controller; }
+    // The back-end with its modules, of which every one uses the box's registers. Throws
+    // std::runtime_error("the box is not open") while there are none: this is the one place that keeps the
+    // registers from being used without a connection. In simulation mode they are always there.
+    A_ORBE_Controller& modules() const;
 
     bool is_simulation() const { return m_simulation_mode; }
 
@@ -40,6 +42,7 @@ public:
 private:
     std::shared_ptr<A_ORBE_Controller> m_controller;
     bool m_simulation_mode;
+    Relaxed<bool> m_is_open{false};
     Relaxed<Error_Level> m_current_error_level{Error_Level::healthy};
 };
 

@@ -32,7 +32,9 @@ std::string format(const char* pattern, Arguments... arguments) {
 bool Box_Bring_Up::open() {
     LOG_SCOPE_F(INFO, "open");
     const bool opened = m_box.open();
-    m_ports.follow_connection();
+    if (opened) {
+        m_ports.follow_connection();
+    }
     return opened;
 }
 

@@ -18,7 +18,7 @@ namespace {
 using namespace Pelgar::ORBE;
 using namespace Pelgar::ORBE::test;
 
-class Lent_Stream : public Controller_Fixture {
+class Lent_Stream : public Opened_Controller_Fixture {
 protected:
     static constexpr unsigned port = 2;
     static constexpr std::uint32_t rhd_streams = 0x1000 + 4 * 0x14;
@@ -161,7 +161,7 @@ TEST_F(Lent_Stream, PumpAfterTheEndOfTheStreamDoesNotHang) {
     EXPECT_TRUE(m_lent->pump());
 }
 
-TEST_F(Controller_Fixture, SelfTestsLogWhatTheRegistersThrow) {
+TEST_F(Opened_Controller_Fixture, SelfTestsLogWhatTheRegistersThrow) {
     ASSERT_TRUE(m_controller->pre_init(true));
     m_box->set_write_error("register space lost");
     EXPECT_FALSE(m_controller->bist_PSB(0));
@@ -170,7 +170,7 @@ TEST_F(Controller_Fixture, SelfTestsLogWhatTheRegistersThrow) {
     EXPECT_EQ(m_log.count(-2, "Exception caught during bist_Signal : register space lost"), 1);
 }
 
-TEST_F(Controller_Fixture, SelfTestsRefuseAStreamThatIsInUse) {
+TEST_F(Opened_Controller_Fixture, SelfTestsRefuseAStreamThatIsInUse) {
     ASSERT_TRUE(m_controller->pre_init(true));
     m_controller->enable_streaming(false, {}, true, {}, false);
     m_registers.clear_accesses();

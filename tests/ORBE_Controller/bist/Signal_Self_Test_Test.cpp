@@ -217,6 +217,7 @@ TEST_F(Signal_Self_Test, ExceptionIsPrintedAndFailsTheTest) {
     const auto box = std::make_shared<Fake_ORBE_Controller>();
     box->set_write_error("register space lost");
     ORBE_Controller_Library controller(box, false);
+    EXPECT_TRUE(controller.open());
     const Printed printed = printed_by([&] { EXPECT_FALSE(execute_bist_signal_test(controller, port)); });
     EXPECT_EQ(printed.err, "Exception catched at execute_bist_signal_test : register space lost\n");
     EXPECT_EQ(printed.out, "");

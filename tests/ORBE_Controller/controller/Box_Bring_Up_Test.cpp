@@ -19,7 +19,7 @@ using Milliseconds = std::vector<std::chrono::milliseconds>;
 using Accesses = std::vector<Register_Access>;
 using Texts = std::vector<std::string>;
 
-class Firmware : public Controller_Fixture {};
+class Firmware : public Opened_Controller_Fixture {};
 
 TEST_F(Firmware, MatchingDesignWritesNothing) {
     m_registers.set_value(signature, 0x4E50ABCD);
@@ -49,7 +49,7 @@ TEST_F(Firmware, OtherDesignIsSwitchedByExactlySevenWritesACloseAWaitAndAnOpen) 
                         write_of(0x408, 0), write_of(0x400, 4), write_of(0x404, 15), write_of(0x408, 1)}));
     EXPECT_EQ(m_box->close_count(), 1);
     EXPECT_EQ(m_waiter.waits(), Milliseconds{10'000ms});
-    EXPECT_EQ(m_box->open_calls().size(), 1U);
+    EXPECT_EQ(m_box->open_calls().size(), 2U);
     EXPECT_EQ(m_log.count(0, "Switching FPGA design"), 1);
     EXPECT_EQ(m_log.count(0, "Waiting for reboot of the FPGA"), 1);
     EXPECT_EQ(m_log.count(0, "Wait end"), 1);
@@ -107,7 +107,7 @@ TEST_F(Firmware, IcapBootReportsAPortThatNeverAnswers) {
     EXPECT_EQ(never_clear.err, "M_HW_ICAP_Module :: write CR bit clear timeout\n");
 }
 
-class Pre_Init : public Controller_Fixture {
+class Pre_Init : public Opened_Controller_Fixture {
 protected:
     static Texts port_table(int locked_port) {
         Texts lines{"# Appearent status of NP Ports  #"};
@@ -259,7 +259,7 @@ TEST_F(Pre_Init, SimulationReadsNoRegister) {
     EXPECT_EQ(m_log.count("{ NP_Probe_Control_Module"), 4);
 }
 
-class Identity : public Controller_Fixture {};
+class Identity : public Opened_Controller_Fixture {};
 
 TEST_F(Identity, DesignIdentifierIsEightLowerCaseDigits) {
     m_registers.set_value(signature, 0x4E5000AF);

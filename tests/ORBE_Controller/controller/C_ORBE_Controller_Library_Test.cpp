@@ -29,6 +29,7 @@ TEST_F(Lifecycle, ConstructionTouchesNoHardwareAndNamesTheMode) {
 }
 
 TEST_F(Lifecycle, DestructionIsLoggedAndFinalizesTheStream) {
+    EXPECT_TRUE(m_controller->open());
     m_controller.reset();
     EXPECT_EQ(m_log.count(0, "ORBE_Controller_Library dtor"), 1);
     EXPECT_TRUE(m_log.has_scope(0, "finalize_stream"));
@@ -41,6 +42,24 @@ TEST_F(Lifecycle, OpenNamesTheDriver) {
               (std::vector<Fake_ORBE_Controller::Open_Call>{{"ORBE_Dext_Driver", true}}));
     EXPECT_TRUE(m_log.has_scope(0, "open"));
     EXPECT_EQ(m_controller->get_current_error_level(), Error_Level::healthy);
+}
+
+TEST_F(Lifecycle, NothingTouchesTheRegistersBeforeTheConnectionIsOpen) {
+    const std::string not_open = "the box is not open";
+    const auto text_of = [](auto operation) { return text_thrown_by<std::runtime_error>(operation); };
+    EXPECT_EQ(text_of([&] { m_controller->check_and_switch_firmware_if_nec(true); }), not_open);
+    EXPECT_EQ(text_of([&] { m_controller->icap_boot(0); }), not_open);
+    EXPECT_EQ(text_of([&] { m_controller->pre_init(true); }), not_open);
+    EXPECT_EQ(text_of([&] { m_controller->get_design_identifier_from_fpga(); }), not_open);
+    EXPECT_EQ(text_of([&] { m_controller->get_fpga_temperature(); }), not_open);
+    EXPECT_EQ(text_of([&] { m_controller->read_ORBE_HW_info(); }), not_open);
+    EXPECT_EQ(text_of([&] { m_controller->set_ttl_out(1); }), not_open);
+    EXPECT_EQ(text_of([&] { m_controller->prepare_for_streaming(); }), not_open);
+    EXPECT_EQ(text_of([&] { m_controller->enable_streaming(true, {0}, true, {0}, true); }), not_open);
+    EXPECT_EQ(text_of([&] { m_controller->disable_streaming(); }), not_open);
+    m_controller.reset();
+    EXPECT_EQ(m_log.count(-2, "finalize_stream failed : the box is not open"), 1);
+    EXPECT_EQ(m_registers.accesses(), Accesses{});
 }
 
 TEST_F(Lifecycle, FailedOpenIsAnErrorAndLeavesTheRegistersAlone) {

@@ -46,7 +46,7 @@ public:
     std::atomic<unsigned> streams{0};
 };
 
-class Listeners : public Controller_Fixture {
+class Listeners : public Opened_Controller_Fixture {
 protected:
     Listeners() {
         m_controller->pre_init(true);

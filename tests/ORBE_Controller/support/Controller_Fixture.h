@@ -49,4 +49,10 @@ protected:
         std::make_unique<ORBE_Controller_Library>(m_box, false);
 };
 
+// The same with the connection open, without which there are no registers.
+class Opened_Controller_Fixture : public Controller_Fixture {
+protected:
+    Opened_Controller_Fixture() { EXPECT_TRUE(m_controller->open()); }
+};
+
 } // namespace Pelgar::ORBE::test

@@ -24,7 +24,7 @@ inline std::size_t occurrences(const std::string& text, const std::string& part)
     return count;
 }
 
-class Hardware_Streaming : public Controller_Fixture {
+class Hardware_Streaming : public Opened_Controller_Fixture {
 protected:
     static constexpr std::uint32_t continuous_mode = 0x1000;
     static constexpr std::uint32_t rhd_streams = 0x1000 + 4 * 0x14;
