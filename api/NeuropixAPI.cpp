@@ -16,6 +16,7 @@
 #include <memory>
 #include <mutex>
 #include <stdexcept>
+#include <string>
 #include <utility>
 
 namespace Neuropixels {
@@ -89,6 +90,16 @@ void connect_converters(ORBE_Controller_Library& controller) {
     g_rhd_converter->swap(converter);
 }
 
+// What a user does not see in the name of a recording that could not be opened.
+void explain(const std::string& recording) {
+    if (recording.empty()) {
+        LOG_F(ERROR, "openBS : %s names no recording in its first line", simulation_switch);
+    } else if (recording.front() == '"' || recording.front() == '\'') {
+        LOG_F(ERROR, "openBS : %s names its recording in quotes, without which it must stand : %s",
+              simulation_switch, recording.c_str());
+    }
+}
+
 bool bring_up(ORBE_Controller_Library& controller) {
     if (!controller.open() || !controller.check_and_switch_firmware_if_nec(true) ||
         !controller.pre_init(true)) {
@@ -97,7 +108,12 @@ bool bring_up(ORBE_Controller_Library& controller) {
     g_stop_requested = false;
     connect_converters(controller);
     if (controller.is_in_simulation_mode()) {
-        return controller.prepare_for_simulation_streaming(probe_file_switch(simulation_switch).first_line);
+        const std::string recording = probe_file_switch(simulation_switch).first_line;
+        const bool prepared = controller.prepare_for_simulation_streaming(recording);
+        if (!prepared) {
+            explain(recording);
+        }
+        return prepared;
     }
     controller.prepare_for_streaming();
     return true;

@@ -1,13 +1,28 @@
 #include "common/Host_Path.h"
 
+#include <cerrno>
+#include <cstdio>
+#include <system_error>
+
 #if defined(_WIN32)
 #include <windows.h>
 #else
 #include <filesystem>
-#include <system_error>
 #endif
 
 namespace Pelgar::ORBE {
+
+std::string why_unreadable(const char* path) {
+    int error = 0;
+    if (opens_as_directory(path)) {
+        error = EISDIR;
+    } else if (std::FILE* const file = std::fopen(path, "rb")) {
+        std::fclose(file);
+    } else {
+        error = errno;
+    }
+    return error == 0 ? std::string() : std::generic_category().message(error);
+}
 
 #if defined(_WIN32)
 

@@ -6,15 +6,24 @@
 #include <loguru.hpp>
 
 #include <array>
+#include <filesystem>
 #include <memory>
 #include <set>
 #include <stdexcept>
 #include <string>
 #include <thread>
 
+#if defined(__linux__)
+#include "Folder_Controller.h"
+#endif
+
 namespace {
 
 using namespace Neuropixels;
+using Pelgar::ORBE::ORBE_Controller_Library;
+#if defined(__linux__)
+using Pelgar::ORBE::test::Folder_Controller;
+#endif
 using Pelgar::ORBE::npoe_adapter::g_controller_factory;
 using Pelgar::ORBE::npoe_adapter::keep_last_errors;
 using Pelgar::ORBE::test::Logged_Call_Fixture;
@@ -74,11 +83,48 @@ TEST_F(Messages, LastErrorOfTheFirstOpening) {
     *g_controller_factory = {};
 }
 
-TEST_F(Messages, MissingRecordingLeavesNoError) {
+TEST_F(Messages, RecordingThatCannotBeOpenedIsNamedWithTheReason) {
     select_simulation("/nowhere/at/all.bin");
     EXPECT_EQ(openBS(0), VERSION_MISMATCH);
-    EXPECT_EQ(last_error(), "");
+    EXPECT_EQ(last_error(), "Recording cannot be opened, No such file or directory: /nowhere/at/all.bin");
+#if defined(__linux__)
+    std::filesystem::create_directory("a_directory");
+    select_simulation("a_directory");
+    EXPECT_EQ(openBS(0), VERSION_MISMATCH);
+    EXPECT_EQ(last_error(), "Recording cannot be opened, Is a directory: a_directory");
+#endif
 }
+
+TEST_F(Messages, RecordingThatIsNamedInQuotesOrNotAtAllIsToldSo) {
+    for (const char* const name : {"\"a recording.bin\"", "'a recording.bin'"}) {
+        select_simulation(name);
+        EXPECT_EQ(openBS(0), VERSION_MISMATCH);
+        EXPECT_EQ(last_error(), std::string("openBS : ORBE_DFGMZ_ADAPTER_SIM names its recording in quotes, "
+                                            "without which it must stand : ") +
+                                    name);
+    }
+    select_simulation(" ");
+    EXPECT_EQ(openBS(0), VERSION_MISMATCH);
+    EXPECT_EQ(last_error(), "openBS : ORBE_DFGMZ_ADAPTER_SIM names no recording in its first line");
+}
+
+#if defined(__linux__)
+TEST_F(Messages, DeviceThatCannotBeOpenedIsNamedWithTheReason) {
+    std::filesystem::create_directory("devices");
+    std::filesystem::create_symlink("missing", "devices/xdma0_user");
+    *g_controller_factory = [](bool simulation) {
+        return std::make_shared<ORBE_Controller_Library>(std::make_shared<Folder_Controller>("devices"),
+                                                         simulation);
+    };
+    EXPECT_EQ(openBS(0), VERSION_MISMATCH);
+    EXPECT_EQ(last_error(), "No such file or directory: devices/xdma0_user");
+    EXPECT_EQ(m_log.count(-2, "Open driver failed"), 1);
+    std::filesystem::remove("devices/xdma0_user");
+    EXPECT_EQ(openBS(0), VERSION_MISMATCH);
+    EXPECT_EQ(last_error(), "no device of the XDMA driver in devices");
+    *g_controller_factory = {};
+}
+#endif
 
 TEST_F(Messages, OnlyErrorsAreKept) {
     keep_last_errors();

@@ -30,6 +30,12 @@ protected:
         m_log.clear();
     }
 
+    static std::string last_error() {
+        std::array<char, 200> text{};
+        getLastErrorMessage(text.data(), text.size());
+        return text.data();
+    }
+
     void expect_scope_and_line(const std::string& name, int verbosity, const std::string& line) {
         EXPECT_TRUE(m_log.has_scope(0, name));
         EXPECT_EQ(m_log.count(verbosity, line), 1) << name;
@@ -214,10 +220,15 @@ TEST_F(Probe_Setup, CalibrationFilesThatAreMissingFail) {
     EXPECT_EQ(setADCCalibration(1, 2, "missing.csv"), FAILED);
     EXPECT_EQ(m_log.count(1, "slotID : 1, portID : 2, filename : missing.csv"), 1);
     EXPECT_EQ(m_log.count(-2, "ADC Calibration load error"), 1);
+    EXPECT_EQ(last_error(), "Calibration file cannot be opened, No such file or directory: missing.csv");
     EXPECT_EQ(setADCCalibration(1, 2, nullptr), FAILED);
     EXPECT_EQ(setGainCalibration(1, 2, 3, "missing.csv"), FAILED);
     EXPECT_EQ(m_log.count(1, "slotID : 1, portID : 2"), 1);
+    EXPECT_EQ(last_error(), "Calibration file cannot be opened, No such file or directory: missing.csv");
     EXPECT_EQ(setGainCalibration(1, 2, 3, nullptr), FAILED);
+    std::ofstream("empty.csv").close();
+    EXPECT_EQ(setGainCalibration(1, 2, 3, "empty.csv"), FAILED);
+    EXPECT_EQ(last_error(), "Gain Calibration load error");
 }
 
 TEST_F(Probe_Setup, ConfigurationUploadsInSimulation) {

@@ -1,10 +1,25 @@
 #include "ports/Probe_Settings.h"
 
+#include "common/Host_Path.h"
 #include "ports/Probe_Ports.h"
 
 #include <loguru.hpp>
 
+#include <string>
+
 namespace Pelgar::ORBE {
+
+namespace {
+
+// Most of what keeps a calibration from being loaded is a mistyped name.
+void log_if_unreadable(const char* path) {
+    const char* const name = path == nullptr ? "" : path;
+    if (const std::string reason = why_unreadable(name); !reason.empty()) {
+        LOG_F(ERROR, "Calibration file cannot be opened, %s: %s", reason.c_str(), name);
+    }
+}
+
+} // namespace
 
 bool Probe_Settings::selectElectrode(unsigned port, int channel, int bank) {
     return m_ports.at(port).select_electrode(channel, bank);
@@ -43,14 +58,20 @@ bool Probe_Settings::setADCCalibration(unsigned port, const char* path) {
         LOG_F(INFO, "ADC Calibration loaded");
     } else {
         LOG_F(ERROR, "ADC Calibration load error");
+        log_if_unreadable(path);
     }
     return loaded;
 }
 
 bool Probe_Settings::setGainCalibration(unsigned port, const char* path) {
     LOG_SCOPE_F(INFO, "setGainCalibration");
-    return m_ports.run_on_port("setGainCalibration", port,
-                               [&] { return m_ports.at(port).load_gain_calibration(path); });
+    const bool loaded = m_ports.run_on_port("setGainCalibration", port,
+                                            [&] { return m_ports.at(port).load_gain_calibration(path); });
+    if (!loaded) {
+        LOG_F(ERROR, "Gain Calibration load error");
+        log_if_unreadable(path);
+    }
+    return loaded;
 }
 
 } // namespace Pelgar::ORBE

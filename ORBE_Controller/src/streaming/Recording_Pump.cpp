@@ -5,6 +5,8 @@
 #include "common/Waiting.h"
 #include "rows/C_Async_PSB_And_RHD_Demux.h"
 
+#include <loguru.hpp>
+
 #include <chrono>
 
 namespace Pelgar::ORBE {
@@ -23,6 +25,8 @@ bool Recording_Pump::open(const std::string& path) {
     }
     if (!m_sim_file.is_open()) {
         console::out("Sim file open error : ", path);
+        LOG_F(ERROR, "Recording cannot be opened, %s: %s", why_unreadable(path.c_str()).c_str(),
+              path.c_str());
         return false;
     }
     console::out("Sim file opened : ", path, "\n");

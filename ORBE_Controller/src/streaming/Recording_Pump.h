@@ -21,7 +21,7 @@ public:
     // `demux` must outlive the object.
     explicit Recording_Pump(demux::Async_NP_And_RHD_Demux& demux) : m_demux(demux) {}
 
-    // False, and a printed line, when the file cannot be opened.
+    // False, with a printed text and the reason in the log, when the file cannot be opened.
     bool open(const std::string& path);
 
     bool is_prepared() const { return m_xfer_buffer != nullptr; }
