@@ -42,19 +42,19 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     require(report.rows == recording.size() / row_bytes, "rows");
     require(report.odd_bytes == recording.size() % row_bytes, "odd bytes");
     require(report.bytes_never_pushed == recording.size() % piece_bytes, "bytes that are never pushed");
-    require((report.bad_markers == 0) == (report.given_up_rows == 0), "rows are given up for a bad marker");
-    require(report.bad_markers <= whole_pieces + 1, "one bad marker a piece");
+    require((report.bad_markers.count() == 0) == (report.given_up_rows == 0), "rows are given up for a bad marker");
+    require(report.bad_markers.count() <= whole_pieces + 1, "one bad marker a piece");
     std::uint64_t rows = report.given_up_rows + report.rhd.rows + report.unknown_rows();
     for (const Port_Findings& port : report.ports) {
         rows += port.rows;
-        require(port.counter_gaps <= port.rows, "a gap a row");
-        require(port.super_frames * rows_per_super_frame + port.discarded_rows <= port.rows, "super frames");
-        require(port.wrong_tags <= port.rows * row_words, "a wrong tag a word");
+        require(port.counter_gaps.count() <= port.rows, "a gap a row");
+        require(port.super_frames * rows_per_super_frame + port.discarded_rows.count() <= port.rows, "super frames");
+        require(port.wrong_tags.count() <= port.rows * row_words, "a wrong tag a word");
         require(port.packets == 0, "packets take a whole block, which takes more pieces");
     }
     require(rows == report.rows, "every row belongs somewhere");
     require(report.rhd.packets * rhd_frame_words(0) <= report.rhd.rows * row_words, "ADC packets");
-    require(!text_for_people("recording", report).empty(), "text for people");
+    require(!text_for_people("recording", report, 80).empty(), "text for people");
     require(!text_for_machines("recording", report).empty(), "text for machines");
     return 0;
 }

@@ -1,4 +1,4 @@
-// Test support: a connection to the recording back-end, without a controller and without real waits.
+// Test support: an open connection to the recording back-end, without a controller and without real waits.
 #pragma once
 
 #include "Fake_ORBE_Controller.h"
@@ -18,6 +18,7 @@ class Connection_Fixture : public testing::Test {
 protected:
     explicit Connection_Fixture(bool simulation = false) : m_connection(simulation) {
         m_connection.attach(m_box);
+        EXPECT_TRUE(m_connection.open());
     }
 
     std::shared_ptr<Fake_ORBE_Controller> m_box = std::make_shared<Fake_ORBE_Controller>();

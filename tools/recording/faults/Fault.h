@@ -18,7 +18,6 @@ enum class Fault_Kind : std::uint8_t {
 };
 
 struct Fault {
-    std::string text; // as the user wrote it
     Fault_Kind kind = Fault_Kind::lost_row;
     std::optional<unsigned> stream; // strikes only this stream id
 
@@ -28,6 +27,8 @@ struct Fault {
     std::uint64_t position = 0;
     std::uint64_t count = 1;
     double rate = 0.0;
+
+    std::string text{}; // as the user wrote it
 };
 
 // Reads KIND[:STREAM]@POSITION[+COUNT] or KIND[:STREAM]~RATE, for example "lost-row@1000+5",
