@@ -29,19 +29,40 @@ export WINEDEBUG=-all
 # Neither the .NET and HTML engines, which Wine would offer to download, nor entries in the desktop's menus.
 export WINEDLLOVERRIDES="mscoree,mshtml=;winemenubuilder.exe=d"
 unset DISPLAY WAYLAND_DISPLAY
+# In the bare locale Wine could not make the files whose names hold more than ASCII, as Windows can.
+export LC_ALL=C.UTF-8
+
 # Wine needs one page at a fixed address, 0x7ffe0000, and the kernel places the heap of Wine's loader at random within the
 # gigabyte around it: one program in some 8,000 finds its page taken and ends before it has begun, with status 1 and
-# without a word. Without randomisation the heap always lies in the same place, beside that page. (Containers may forbid
-# it; see the end.)
+# without a word. Without randomisation the heap always lies in the same place, below that page.
 fixed_addresses=
 if setarch -R true 2>/dev/null; then
     fixed_addresses='setarch -R'
 fi
+
+# Containers may forbid that. Then this one ending is recognised by what Wine can say of it, and the program, of which
+# nothing has run, is started again. Everything else counts, whatever the program has ended with.
 run_wine() {
-    $fixed_addresses "$wine" "$@"
+    if [ -n "$fixed_addresses" ]; then
+        $fixed_addresses "$wine" "$@"
+        return
+    fi
+    local errors status
+    errors=$(mktemp)
+    while true; do
+        status=0
+        exec 6> >(tee "$errors" >&2)
+        WINEDEBUG=-all,err+virtual "$wine" "$@" 2>&6 6>&- || status=$?
+        exec 6>&-
+        wait "$!"
+        if [ "$status" -ne 1 ] ||
+            ! grep -q 'virtual_alloc_first_teb wine: failed to map the shared user data' "$errors"; then
+            break
+        fi
+    done
+    rm -f "$errors"
+    return "$status"
 }
-# In the bare locale Wine could not make the files whose names hold more than ASCII, as Windows can.
-export LC_ALL=C.UTF-8
 
 # Three locks keep the calls, which come side by side, out of each other's way: `starting` is held by the one call
 # that looks whether the services run, `services` by whoever keeps them, and `calls` by every call for as long as its
@@ -87,19 +108,4 @@ exec 8>&- 9>&-
 if [ -n "$fixed_addresses" ]; then
     exec $fixed_addresses "$wine" "$@"
 fi
-
-# With addresses at random, that one ending is recognised by what Wine can say of it, and the program, of which nothing
-# has run, started again. Everything else counts, whatever the program has ended with.
-export WINEDEBUG=-all,err+virtual
-never_started='virtual_alloc_first_teb wine: failed to map the shared user data'
-errors=$(mktemp)
-trap 'rm -f "$errors"' EXIT
-exec 6>&2
-while true; do
-    status=0
-    run_wine "$@" 2> >(tee "$errors" >&6) || status=$?
-    wait "$!"
-    if [ "$status" -ne 1 ] || ! grep -q "$never_started" "$errors"; then
-        exit "$status"
-    fi
-done
+run_wine "$@"

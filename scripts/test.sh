@@ -71,14 +71,14 @@ run_preset() {
 
 # pack PRESET PATTERN: packs the library and unpacks the archive of that name; its root is then `package`.
 pack() {
-    local preset=$1 pattern=$2 packages=$PWD/build/$1/packages
+    local preset=$1 pattern=$2 packages=$PWD/build/$1/packages archive
     local unpacked=$packages/unpacked
     echo "test: packing preset $preset"
     rm -rf "$packages"
     quietly "packing" cpack --config "build/$preset/CPackConfig.cmake" || return
     mkdir -p "$unpacked"
-    # shellcheck disable=SC2086 # the pattern is one
-    quietly "unpacking" cmake -E chdir "$unpacked" cmake -E tar xf "$(echo "$packages"/$pattern)" || return
+    archive=$(find "$packages" -maxdepth 1 -name "$pattern")
+    quietly "unpacking" cmake -E chdir "$unpacked" cmake -E tar xf "$archive" || return
     package=$(echo "$unpacked"/*)
 }
 
