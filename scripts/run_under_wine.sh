@@ -51,15 +51,14 @@ run_wine() {
     errors=$(mktemp)
     while true; do
         status=0
-        exec 6> >(tee "$errors" >&2)
-        WINEDEBUG=-all,err+virtual "$wine" "$@" 2>&6 6>&- || status=$?
-        exec 6>&-
-        wait "$!"
+        # A file, because Wine's services hold on to what the first program writes to.
+        WINEDEBUG=-all,err+virtual "$wine" "$@" 2>"$errors" || status=$?
         if [ "$status" -ne 1 ] ||
             ! grep -q 'virtual_alloc_first_teb wine: failed to map the shared user data' "$errors"; then
             break
         fi
     done
+    cat "$errors" >&2
     rm -f "$errors"
     return "$status"
 }
