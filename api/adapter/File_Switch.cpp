@@ -5,7 +5,6 @@
 #include <cstddef>
 #include <fstream>
 #include <string_view>
-#include <utility>
 
 namespace Pelgar::ORBE::npoe_adapter {
 
@@ -28,7 +27,7 @@ std::string ascii_of_utf16(std::string_view text, std::size_t low, std::size_t h
     return ascii;
 }
 
-std::string without_byte_order_mark(std::string line) {
+std::string without_byte_order_mark(const std::string& line) {
     if (line.starts_with(utf8_mark)) {
         return line.substr(utf8_mark.size());
     }
@@ -59,7 +58,7 @@ File_Switch probe_file_switch(const std::string& name) {
     console::out(name, " file present in working directory\n");
     File_Switch found{{}, true};
     std::getline(file, found.first_line);
-    found.first_line = without_byte_order_mark(std::move(found.first_line));
+    found.first_line = without_byte_order_mark(found.first_line);
     cut_trailing_blanks(found.first_line);
     return found;
 }
