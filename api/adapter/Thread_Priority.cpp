@@ -13,12 +13,9 @@
 
 namespace Pelgar::ORBE::npoe_adapter {
 
-namespace {
-
 #if defined(_WIN32)
 
-// 0, or the system's error code.
-int raise_priority() {
+int request_above_normal_priority() {
     return SetThreadPriority(GetCurrentThread(), THREAD_PRIORITY_ABOVE_NORMAL) != 0
                ? 0
                : static_cast<int>(GetLastError());
@@ -26,21 +23,18 @@ int raise_priority() {
 
 #else
 
-// The nice level that the scheduler takes for "above normal".
-constexpr int above_normal_nice_level = -5;
-
-// 0, or the system's error code. On Linux a nice level belongs to a thread, named by its kernel id.
-int raise_priority() {
+// On Linux a nice level belongs to a thread, named by its kernel id.
+int request_above_normal_priority() {
+    // The one that the scheduler takes for "above normal".
+    constexpr int above_normal_nice_level = -5;
     const auto thread_id = static_cast<id_t>(syscall(SYS_gettid));
     return setpriority(PRIO_PROCESS, thread_id, above_normal_nice_level) == 0 ? 0 : errno;
 }
 
 #endif
 
-} // namespace
-
-void raise_own_thread_priority() {
-    if (const int error = raise_priority(); error != 0) {
+void raise_own_thread_priority(int (*request)()) {
+    if (const int error = request(); error != 0) {
         VLOG_F(1, "SetThreadPriority failed : %d", error);
     } else {
         VLOG_F(1, "ThreadPriority of main pump increased to THREAD_PRIORITY_ABOVE_NORMAL");

@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <fstream>
+#include <regex>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -11,6 +13,8 @@
 namespace {
 
 using namespace Neuropixels;
+using Pelgar::ORBE::npoe_adapter::current_np_converter;
+using Pelgar::ORBE::npoe_adapter::current_rhd_converter;
 using Pelgar::ORBE::test::call_with_samples;
 using Pelgar::ORBE::test::Logged_Call_Fixture;
 
@@ -80,6 +84,100 @@ TEST_F(C_Twins, OpenReadAndClose) {
     EXPECT_EQ(headroom, 500);
     EXPECT_EQ(np_closeBS(0), SUCCESS);
     EXPECT_EQ(np_bistBS(0), FAILED);
+}
+
+// The names in "(int slotID, bool* detected)" and in "(slotID, detected)", in their order. Of a pointer to a
+// function the name stands inside: "(*progress)(size_t)".
+std::vector<std::string> names_in(const std::string& list) {
+    static const std::regex entry(R"(\(\*(\w+)\)\([^()]*\)|(\w+)(?=\s*[,)]))");
+    std::vector<std::string> names;
+    for (std::sregex_iterator at(list.begin() + 1, list.end(), entry), end; at != end; ++at) {
+        names.push_back((*at)[1].matched ? (*at)[1].str() : (*at)[2].str());
+    }
+    return names;
+}
+
+// Whatever a call has an effect on: what a twin hands on stands in the table, row by row.
+TEST_F(C_Twins, HandEveryArgumentOnInItsPlace) {
+    int rows = 0;
+    const auto look_at = [&](const char* name, const char* parameters, const char* arguments) {
+        EXPECT_EQ(names_in(parameters), names_in(arguments)) << name;
+        ++rows;
+    };
+#define NP_FUNCTION(result, name, parameters, arguments) look_at(#name, #parameters, #arguments);
+#define NP_ADDITION(result, name, parameters, arguments) look_at(#name, #parameters, #arguments);
+#include "NeuropixAPI_Functions.inc"
+    EXPECT_GT(rows, 100);
+    EXPECT_EQ(names_in("(int slotID, int (*progress)(size_t byteswritten), const char* name)"),
+              (std::vector<std::string>{"slotID", "progress", "name"}));
+    EXPECT_EQ(names_in("()"), std::vector<std::string>{});
+}
+
+// The same by its effect: calls on an open basestation whose arguments all differ.
+TEST_F(C_Twins, DoTheSameOnAnOpenBasestation) {
+    select_simulation(write_recording_without_rows(mebibyte));
+    ASSERT_EQ(np_openBS(5), SUCCESS);
+    wait_for_quiet_log();
+    std::ofstream("gain.csv").close();
+    int ap = -1;
+    int lfp = -1;
+    std::string text(32, '?');
+    electrodePacket packet{};
+    bool detected = false;
+    const auto expect_logged = [&](NP_ErrorCode result, NP_ErrorCode expected,
+                                   const std::vector<std::string>& lines) {
+        EXPECT_EQ(result, expected) << lines.front();
+        for (const std::string& line : lines) {
+            EXPECT_EQ(m_log.count(line), 1) << line;
+        }
+        m_log.clear();
+    };
+    m_log.clear();
+    expect_logged(np_openPort(5, 2), SUCCESS,
+                  {"slotID : 5, portID : 2", "ORBE_Controller_Library::probe_init_part_1() np_port_id : 1"});
+    expect_logged(np_init(5, 2, 3), SUCCESS,
+                  {"slotID : 5, portID : 2, dockID : 3",
+                   "ORBE_Controller_Library::probe_init_part_2() np_port_id : 1, init_config : 1"});
+    expect_logged(np_setGain(5, 2, 3, 100, 4, 6), SUCCESS,
+                  {"slotID : 5, portID : 2, dockID : 3", "channel=100, ap_gain=4, lfp_gain=6"});
+    expect_logged(np_getGain(5, 2, 3, 100, &ap, nullptr), SUCCESS,
+                  {"portID : 2, APgainselect : 4, LFPgainselect : 4"});
+    EXPECT_EQ(ap, 4);
+    expect_logged(np_getGain(5, 2, 3, 100, nullptr, &lfp), SUCCESS,
+                  {"portID : 2, APgainselect : 4, LFPgainselect : 4"});
+    EXPECT_EQ(lfp, 4);
+    expect_logged(np_setGain(5, 2, 3, 100, 9, 11), FAILED, {"invalid AP gain: 9"});
+    expect_logged(np_setGain(5, 2, 3, 100, 1, 11), FAILED, {"invalid LFP gain: 11"});
+    expect_logged(np_selectElectrode(5, 2, 3, 100, 1, 7), FAILED,
+                  {"channel=100, bank=7", "invalid electrode bank: 7"});
+    expect_logged(
+        np_selectElectrode(5, 2, 3, 200, 1, 2), FAILED,
+        {"invalid electrode bank: 2 for channel 200. Only bank0/1 are valid in channel range 192..383."});
+    expect_logged(np_setReference(5, 2, 3, 100, 4, TIP_REF, 300), FAILED,
+                  {"channel=100,reference=1,bank=300", "invalid channel internal reference: 300"});
+    expect_logged(np_setAPCornerFrequency(5, 2, 3, 400, true), FAILED,
+                  {"channel=400, disableHighPass : 1", "invalid channel: 400"});
+    expect_logged(np_writeProbeConfiguration(5, 2, 3, true), SUCCESS,
+                  {"slotID : 5, portID : 2, dockID : 3, readcheck : 1"});
+    expect_logged(np_setADCCalibration(5, 2, "missing.csv"), FAILED,
+                  {"slotID : 5, portID : 2, filename : missing.csv"});
+    expect_logged(np_setGainCalibration(5, 2, 3, "gain.csv"), FAILED,
+                  {"slotID : 5, portID : 2", "Gain Calibration load error"});
+    expect_logged(np_readHSPN(5, 2, text.data(), 4), SUCCESS,
+                  {"slotID : 5, portID : 2", "Reporting HS part number : NP2"});
+    EXPECT_EQ(text.substr(0, 5), std::string("NP2\0?", 5));
+    expect_logged(np_detectHeadStage(5, 1, &detected), SUCCESS, {"slotID : 5, portID : 1"});
+    EXPECT_TRUE(detected);
+    current_np_converter(2)->queue().push({});
+    EXPECT_EQ(np_getElectrodeDataFifoState(5, 2, 3, &ap, &lfp), SUCCESS);
+    EXPECT_EQ(ap, 1);
+    EXPECT_EQ(lfp, 499);
+    EXPECT_EQ(np_readElectrodeData(5, 2, 3, &packet, &ap, 1), SUCCESS);
+    EXPECT_EQ(ap, 1);
+    current_rhd_converter()->queue().push({});
+    EXPECT_EQ(np_ADC_readPackets(5, nullptr, nullptr, 8, 1, &ap), SUCCESS);
+    EXPECT_EQ(ap, 1);
+    expect_logged(np_start_acquisition(5, 2), SUCCESS, {"starting acquisition : slotID : 5, portID : 2"});
 }
 
 TEST_F(C_Twins, ThrowWhatTheirFunctionsThrow) {

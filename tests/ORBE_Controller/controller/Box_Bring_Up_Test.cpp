@@ -58,6 +58,22 @@ TEST_F(Firmware, OtherDesignIsSwitchedByExactlySevenWritesACloseAWaitAndAnOpen) 
         << "the signature is not checked again";
 }
 
+TEST_F(Firmware, ConnectionIsClosedBeforeTheRebootIsWaitedForAndOpenedAfterwards) {
+    m_registers.set_value(signature, 0x12345678);
+    m_registers.set_value(0x040C, 1);
+    int closed = 0;
+    std::size_t opened = 0;
+    m_waiter.on_wait([&](std::size_t) {
+        closed = m_box->close_count();
+        opened = m_box->open_calls().size();
+    });
+    EXPECT_TRUE(m_controller->check_and_switch_firmware_if_nec(true));
+    EXPECT_EQ(m_waiter.waits(), Milliseconds{10'000ms});
+    EXPECT_EQ(closed, 1);
+    EXPECT_EQ(opened, 1U);
+    EXPECT_EQ(m_box->open_calls().size(), 2U);
+}
+
 TEST_F(Firmware, SwitchWaitsForTheConfigurationPort) {
     m_registers.set_value(signature, 0);
     m_registers.queue_reads(0x040C, {0, 2, 1});

@@ -34,6 +34,14 @@ TEST(XADCModule, TemperatureIsTheTwelveBitValueOver504Kelvin) {
                                             read_of(0xA00, 0x977F), read_of(0xA00, 0xFFF0)}));
 }
 
+TEST(XADCModule, BitsAboveTheValueDoNotCount) {
+    Register_Recorder registers;
+    const XADC_Module xadc(&registers, 0x800);
+    registers.queue_reads(0xA00, {0x0001'9770, 0xFFFF'9770});
+    EXPECT_EQ(xadc.get_temperature(), static_cast<float>(0x977 * 504.0 * (1.0 / 4096) - 273.15));
+    EXPECT_EQ(xadc.get_temperature(), static_cast<float>(0x977 * 504.0 * (1.0 / 4096) - 273.15));
+}
+
 TEST(XADCModule, ConstantIs504NotThatOfTheDataSheet) {
     Register_Recorder registers;
     const XADC_Module xadc(&registers, 0x800);

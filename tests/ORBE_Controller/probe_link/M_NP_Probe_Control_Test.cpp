@@ -229,6 +229,18 @@ TEST_F(NP_Probe_Control_Init, A_Bad_Row_Of_The_Calibration_File_Is_Logged_And_Le
     EXPECT_EQ(chains_of(m_control.config()), expected.chains());
 }
 
+TEST_F(NP_Probe_Control_Init, Calibration_Is_Chosen_Before_The_Serializer_Is_Configured) {
+    const Log_Capture log;
+    m_control.np_init();
+    std::vector<std::string> order;
+    for (const auto& line : log.lines()) {
+        if (line.text == "Using default ADC config" || line.text == "{ configure_serializer") {
+            order.push_back(line.text);
+        }
+    }
+    EXPECT_EQ(order, (std::vector<std::string>{"Using default ADC config", "{ configure_serializer"}));
+}
+
 TEST_F(NP_Probe_Control_Init, A_Malformed_Calibration_File_Gives_The_Default) {
     std::filesystem::create_directory(resources);
     std::ofstream(calibration_file) << "serial\n1,2,3\n";

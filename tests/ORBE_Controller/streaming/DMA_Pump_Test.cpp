@@ -49,6 +49,21 @@ TEST_F(Hardware_Pump, ShortReadIsPushedWithItsSize) {
     EXPECT_EQ(occurrences(printed, ", packet size : 160\n"), 1U);
 }
 
+TEST_F(Hardware_Pump, ReadThatAnswersMoreThanTheBufferHoldsIsPushedAsAFullOne) {
+    m_box->queue_stream_read(std::vector<std::uint8_t>(mebibyte, 0), mebibyte + 1);
+    m_box->queue_stream_read(std::vector<std::uint8_t>(mebibyte, 0), 0xFFFF'FFFF);
+    testing::internal::CaptureStdout();
+    EXPECT_TRUE(m_controller->pump_data_to_demux());
+    EXPECT_TRUE(m_controller->pump_data_to_demux());
+    EXPECT_EQ(m_controller->get_total_bytes_read(), 2 * mebibyte);
+    m_controller->finalize_stream();
+    const std::string printed = testing::internal::GetCapturedStdout();
+    EXPECT_EQ(occurrences(printed, "R:1048577 byte read from device\n"), 1U);
+    EXPECT_EQ(occurrences(printed, "R:4294967295 byte read from device\n"), 1U);
+    EXPECT_EQ(occurrences(printed, ", packet size : 1048576\n"), 1U);
+    EXPECT_EQ(occurrences(printed, refused_transfer), 2U);
+}
+
 TEST_F(Hardware_Pump, EmptyReadPushesNothingAndStillCounts) {
     m_box->queue_stream_read({});
     testing::internal::CaptureStdout();

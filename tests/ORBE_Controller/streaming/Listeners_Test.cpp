@@ -1,4 +1,5 @@
 // Who gets what the stream delivers.
+#include "Counting_RHD_Listener.h"
 #include "Hardware_Streaming_Fixture.h"
 
 #include "generator/Recording_Generator.h"
@@ -30,20 +31,6 @@ public:
     std::atomic<unsigned> ap_sets{0};
     std::atomic<unsigned> lfp_sets{0};
     std::atomic<std::uint64_t> sum{0};
-};
-
-class Counting_RHD_Listener : public demux::I_RHD_Frame_Listener {
-public:
-    void publish_rhd_frame(demux::RHD_Frame& frame) override {
-        ++frames;
-        streams = 0;
-        for (const auto& stream : frame.amplifier_data) {
-            streams += stream ? 1U : 0U;
-        }
-    }
-
-    std::atomic<unsigned> frames{0};
-    std::atomic<unsigned> streams{0};
 };
 
 class Listeners : public Opened_Controller_Fixture {

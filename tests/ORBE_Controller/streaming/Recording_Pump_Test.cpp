@@ -1,5 +1,7 @@
 // The pump on a recording, in simulation mode.
+#include "Counting_RHD_Listener.h"
 #include "Hardware_Streaming_Fixture.h"
+#include "generator/Recording_Generator.h"
 
 #include <gtest/gtest.h>
 
@@ -7,6 +9,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <fstream>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -43,6 +46,24 @@ TEST_F(Simulated_Streaming, FileNamesMayHoldAnyByte) {
     const Printed printed =
         printed_by([&] { EXPECT_TRUE(m_controller.prepare_for_simulation_streaming(name)); });
     EXPECT_EQ(printed.out.find("Sim file opened : " + name + "\n"), 0U);
+}
+
+TEST_F(Simulated_Streaming, FramesHaveAsManyRhdStreamsAsWereEnabled) {
+    recording::Recording_Options options;
+    options.blocks = 1;
+    options.rhd_streams = 3;
+    const std::vector<std::uint8_t> bytes = recording::make_recording(options);
+    std::ofstream("recording.bin", std::ios::binary)
+        .write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+    const auto listener = std::make_shared<Counting_RHD_Listener>();
+    m_controller.set_RHD_aqustion_listener(listener);
+    ASSERT_TRUE(m_controller.prepare_for_simulation_streaming("recording.bin"));
+    m_controller.enable_streaming(false, {}, true, {1, 4, 9}, false);
+    while (m_controller.pump_data_to_demux()) {
+    }
+    m_controller.finalize_stream();
+    EXPECT_GT(listener->frames, 0U);
+    EXPECT_EQ(listener->streams, 3U);
 }
 
 TEST_F(Simulated_Streaming, PreparingTwiceOnlyPrints) {

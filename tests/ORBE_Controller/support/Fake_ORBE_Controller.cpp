@@ -12,12 +12,17 @@ Fake_ORBE_Controller::Fake_ORBE_Controller() {
 
 void Fake_ORBE_Controller::queue_stream_read(std::vector<std::uint8_t> bytes) {
     const std::lock_guard lock(m_mutex);
-    m_stream_reads.push_back({std::move(bytes), std::nullopt});
+    m_stream_reads.push_back({std::move(bytes), std::nullopt, std::nullopt});
+}
+
+void Fake_ORBE_Controller::queue_stream_read(std::vector<std::uint8_t> bytes, std::uint32_t answer) {
+    const std::lock_guard lock(m_mutex);
+    m_stream_reads.push_back({std::move(bytes), std::nullopt, answer});
 }
 
 void Fake_ORBE_Controller::queue_stream_error(std::string text) {
     const std::lock_guard lock(m_mutex);
-    m_stream_reads.push_back({{}, std::move(text)});
+    m_stream_reads.push_back({{}, std::move(text), std::nullopt});
 }
 
 std::size_t Fake_ORBE_Controller::queued_stream_reads() const {
@@ -131,7 +136,7 @@ std::uint32_t Fake_ORBE_Controller::read_stream(std::uint64_t unused, bool compl
     const Setup_Call& target = m_setup_calls.back();
     const std::size_t count = std::min<std::size_t>(read.bytes.size(), target.size);
     std::copy_n(read.bytes.begin(), count, target.buffer);
-    return static_cast<std::uint32_t>(count);
+    return read.answer.value_or(static_cast<std::uint32_t>(count));
 }
 
 void Fake_ORBE_Controller::write_xdma_register(std::uint32_t /*address*/, std::uint32_t /*value*/) {}

@@ -49,6 +49,8 @@ public:
     // empty read), or the text of the std::runtime_error it throws. With nothing queued a read yields 0
     // bytes.
     void queue_stream_read(std::vector<std::uint8_t> bytes);
+    // The same, but the read answers another number of bytes than it puts there.
+    void queue_stream_read(std::vector<std::uint8_t> bytes, std::uint32_t answer);
     void queue_stream_error(std::string text);
     std::size_t queued_stream_reads() const;
 
@@ -83,6 +85,7 @@ private:
     struct Stream_Read {
         std::vector<std::uint8_t> bytes;
         std::optional<std::string> error;
+        std::optional<std::uint32_t> answer;
     };
 
     Register_Recorder m_registers;

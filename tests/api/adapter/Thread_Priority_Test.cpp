@@ -93,6 +93,17 @@ TEST_F(Thread_Priority, RaisesTheCallingThreadAlone) {
     EXPECT_EQ(m_log.count(1, line), 1);
 }
 
+// Whatever the system grants the process that tests.
+TEST_F(Thread_Priority, BothAnswersOfTheSystemAreLogged) {
+    raise_own_thread_priority([] { return 0; });
+    EXPECT_EQ(m_log.texts(), Lines{raised_line});
+    EXPECT_EQ(m_log.count(1, raised_line), 1);
+    m_log.clear();
+    raise_own_thread_priority([] { return 42; });
+    EXPECT_EQ(m_log.texts(), Lines{"SetThreadPriority failed : 42"});
+    EXPECT_EQ(m_log.count(1, "SetThreadPriority failed : 42"), 1);
+}
+
 TEST_F(Thread_Priority, PumpThreadAsksForMore) {
     const std::string line = expected_line();
     open_simulation();
