@@ -43,11 +43,12 @@ public:
     // before: it is a record that was given to the queue and popped since, and not the last one that was
     // given, or a new one.
     std::size_t exchange_unbounded(std::unique_ptr<T>& record) {
-        const std::size_t count = append([&](std::unique_ptr<T>& place) { place.swap(record); });
-        if (!record) {
-            record = std::make_unique_for_overwrite<T>();
-        }
-        return count;
+        return append([&](std::unique_ptr<T>& place) {
+            if (!place) {
+                place = std::make_unique_for_overwrite<T>();
+            }
+            place.swap(record);
+        });
     }
 
     // Like `push_unbounded` if the queue holds at most `limit` records; does nothing but answer false
@@ -135,6 +136,8 @@ public:
     bool signalled_for_exit() const { return m_exit.load(); }
 
 private:
+    // Few enough that a reader takes them before a queue with a limit is full.
+    static constexpr std::size_t most_records_a_wake_up = 32;
     static constexpr std::size_t nothing_wanted = std::numeric_limits<std::size_t>::max();
 
     // The record at a ring position. The ring's length is a power of two, so that it wraps by mask.
@@ -154,9 +157,10 @@ private:
             fill(at(m_front + size()));
             count = size() + 1;
             m_size.store(count, std::memory_order_relaxed);
-            wake = m_waiters != 0 && (!m_in_burst || count >= m_wanted);
+            wake = m_waiters != 0 && (!m_in_burst || count >= std::max(m_wanted, m_records_to_wake_for));
             if (wake) {
                 m_wanted = nothing_wanted;
+                m_records_to_wake_for = std::min(2 * m_records_to_wake_for, most_records_a_wake_up);
             }
         }
         if (wake) {
@@ -169,7 +173,7 @@ private:
     void wait(std::unique_lock<std::mutex>& lock, std::size_t wanted, Condition condition) {
         ++m_waiters;
         while (!condition()) {
-            m_wanted = std::min(m_wanted, wanted);
+            m_wanted = std::min({m_wanted, wanted, most_records_a_wake_up});
             m_filled.wait(lock);
         }
         if (--m_waiters == 0) {
@@ -205,6 +209,7 @@ private:
     std::size_t m_waiters = 0;
     std::size_t m_wanted = nothing_wanted; // the least that any waiter wants
     bool m_in_burst = false;
+    std::size_t m_records_to_wake_for = 1; // in a burst
     std::uint64_t m_removed = 0;
     std::atomic<std::size_t> m_size{0};
     std::atomic<bool> m_exit{false};

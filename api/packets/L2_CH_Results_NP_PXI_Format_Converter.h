@@ -7,6 +7,7 @@
 #include "probe/I_L2_Demux_CH_Results.h"
 
 #include <cstdint>
+#include <memory>
 #include <mutex>
 
 namespace Pelgar::ORBE::npoe_adapter {
@@ -22,6 +23,10 @@ public:
     // published for keep the values of the packet before.
     void publish_lp_ch_data(std::uint16_t (&values)[demux::channel_count]) override;
 
+    // In a burst a reader is woken once for many packets.
+    void burst_begins() override;
+    void burst_ends() override;
+
     // Packets completed since construction, dropped ones included. The publishing thread.
     std::uint32_t completed_packet_count() const { return m_lfp_count; }
 
@@ -31,7 +36,14 @@ public:
     std::mutex& reader_mutex() { return m_reader_mutex; }
 
 private:
-    Neuropixels::electrodePacket m_ep{};
+    void take_over_missing_rows();
+
+    // The packet that is being filled, in memory that goes to the queue with it.
+    std::unique_ptr<Neuropixels::electrodePacket> m_ep = std::make_unique<Neuropixels::electrodePacket>();
+    // Rows from the first on that hold their values: all of the first packet's, which are 0.
+    std::uint32_t m_rows_with_values = NP1_PROBE_SUPERFRAMESIZE;
+    // The packet before, which the queue keeps as it is until it is given the next one.
+    const Neuropixels::electrodePacket* m_previous = nullptr;
     std::uint32_t m_ap_index = 0;
     std::uint32_t m_lfp_count = 0;
     float m_time = 0.0F;

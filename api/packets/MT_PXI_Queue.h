@@ -9,6 +9,7 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 
 namespace Pelgar::ORBE::npoe_adapter {
 
@@ -25,16 +26,25 @@ public:
 
     // Appends a copy and wakes one reader; drops the record when the queue is full, and logs the first and
     // then every 256th drop. Worker thread; blocks on the queue's mutex only.
-    void push(const Record& record) {
-        if (!m_records.push_or_drop(record, packet_queue_limit) && m_overflow_counter.fetch_add(1) == 0) {
-            LOG_F(INFO, "MT_NP_PXI_Queue overflow");
-        }
+    void push(const Record& record) { report_overflow(m_records.push_or_drop(record, packet_queue_limit)); }
+
+    // The same with the record itself, for which the caller gets another one, whatever that holds. Answers
+    // false, and leaves the record to the caller, when it is dropped. What is queued may be read, not
+    // changed, by the producer until the next exchange.
+    bool exchange(std::unique_ptr<Record>& record) {
+        return report_overflow(m_records.exchange_or_drop(record, packet_queue_limit));
     }
 
+    // Between these two calls of the producer a reader is woken once for many records.
+    void begin_burst() { m_records.begin_burst(); }
+
+    void end_burst() { m_records.end_burst(); }
+
     // The front record, which stays in the queue. Blocks while the queue is empty. Once exit is signalled it
-    // answers a scratch record at once: look at `signalled_for_exit` before using what it points to.
-    const Record* peek_xfer_buffer_from_queue() {
-        if (const Record* front = m_records.wait_front_or_exit()) {
+    // answers a scratch record at once: look at `signalled_for_exit` before using what it points to. A reader
+    // that goes on to take `wanted` records says so.
+    const Record* peek_xfer_buffer_from_queue(std::size_t wanted = 1) {
+        if (const Record* front = m_records.wait_front_or_exit(wanted)) {
             return front;
         }
         LOG_F(INFO, "%s", m_exit_text);
@@ -53,6 +63,13 @@ public:
     void signal_exit() { m_records.signal_exit(); }
 
 private:
+    bool report_overflow(bool accepted) {
+        if (!accepted && m_overflow_counter.fetch_add(1) == 0) {
+            LOG_F(INFO, "MT_NP_PXI_Queue overflow");
+        }
+        return accepted;
+    }
+
     Block_Queue<Record> m_records;
     std::atomic<std::uint8_t>& m_overflow_counter;
     const char* m_exit_text;

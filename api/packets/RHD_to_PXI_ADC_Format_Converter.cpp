@@ -48,8 +48,17 @@ void RHD_to_PXI_ADC_Format_Converter::publish_rhd_frame(demux::RHD_Frame& frame)
     m_queue.push(record);
 }
 
-void RHD_to_PXI_ADC_Format_Converter::read_sample_packet_to_buffer(std::int16_t* dst, std::uint16_t* status) {
-    const ADC_Packet_Record* record = m_queue.peek_xfer_buffer_from_queue();
+void RHD_to_PXI_ADC_Format_Converter::burst_begins() {
+    m_queue.begin_burst();
+}
+
+void RHD_to_PXI_ADC_Format_Converter::burst_ends() {
+    m_queue.end_burst();
+}
+
+void RHD_to_PXI_ADC_Format_Converter::read_sample_packet_to_buffer(std::int16_t* dst, std::uint16_t* status,
+                                                                   std::size_t wanted) {
+    const ADC_Packet_Record* record = m_queue.peek_xfer_buffer_from_queue(wanted);
     if (m_queue.signalled_for_exit()) {
         console::out("RHD_to_PXI_ADC_Format_Converter::read_sample_packet_to_buffer signalled for exit\n");
         return;

@@ -5,6 +5,7 @@
 #include "packets/C_MT_RHD_PXI_Queue.h"
 #include "rhd/I_RHD_Frame_Listener.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <mutex>
 
@@ -16,9 +17,14 @@ public:
 
     void publish_rhd_frame(demux::RHD_Frame& frame) override;
 
+    // In a burst a reader is woken once for many packets.
+    void burst_begins() override;
+    void burst_ends() override;
+
     // Takes one record: twelve int16 to `dst` and the status; either may be null and is then skipped. Blocks
-    // while there is none; writes nothing once the queue is signalled for exit.
-    void read_sample_packet_to_buffer(std::int16_t* dst, std::uint16_t* status);
+    // while there is none; writes nothing once the queue is signalled for exit. A reader that goes on to take
+    // `wanted` records says so.
+    void read_sample_packet_to_buffer(std::int16_t* dst, std::uint16_t* status, std::size_t wanted = 1);
 
     MT_RHD_PXI_Queue& queue() { return m_queue; }
 

@@ -166,6 +166,39 @@ TEST(BlockQueue, InABurstAWaiterIsWokenWhenWhatItWantsIsThere) {
     }
 }
 
+// However the waiter goes to sleep and is woken in between.
+TEST(BlockQueue, AfterTheEndOfABurstNothingIsLeftToAWaiter) {
+    for (const std::size_t wanted : {1U, 5U, 100U}) {
+        Block_Queue<std::size_t> queue;
+        std::atomic<std::size_t> taken{0};
+        std::size_t mismatches = 0;
+        std::thread consumer([&] {
+            while (const std::size_t* front = queue.wait_front_or_exit(wanted)) {
+                mismatches += *front != taken ? 1U : 0U;
+                queue.pop();
+                ++taken;
+            }
+        });
+        std::size_t pushed = 0;
+        for (std::size_t round = 0; round < 300; ++round) {
+            queue.begin_burst();
+            for (std::size_t i = 0; i < round % 90; ++i) {
+                queue.push_unbounded(pushed++);
+                if (round % 3 == 0) {
+                    std::this_thread::yield();
+                }
+            }
+            queue.end_burst();
+            while (taken != pushed) {
+                std::this_thread::yield();
+            }
+        }
+        queue.signal_exit();
+        consumer.join();
+        EXPECT_EQ(mismatches, 0U);
+    }
+}
+
 TEST(BlockQueue, AtTheEndOfABurstAWaiterIsWokenForLessThanItWants) {
     Block_Queue<int> queue;
     for (int round = 0; round < 200; ++round) {

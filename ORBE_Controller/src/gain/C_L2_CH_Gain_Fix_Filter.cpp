@@ -13,29 +13,37 @@
 namespace Pelgar::ORBE {
 
 void C_L2_CH_Gain_Fix_Filter::publish_ap_ch_data(std::uint16_t (&values)[channel_count]) {
-    const auto listener = get_listener();
-    if (!listener) {
+    const bool delivered = m_listener.deliver([&](auto& listener) {
+        refresh(m_ap, m_ap_gain_factor, m_ap_gain_code);
+        if (m_ap.gain_loaded) {
+            apply_gain(values, m_ap.factors.data());
+        }
+        listener.publish_ap_ch_data(values);
+    });
+    if (!delivered) {
         console::out("C_L2_CH_Gain_Fix_Filter has no ap listener\n");
-        return;
     }
-    refresh(m_ap, m_ap_gain_factor, m_ap_gain_code);
-    if (m_ap.gain_loaded) {
-        apply_gain(values, m_ap.factors.data());
-    }
-    listener->publish_ap_ch_data(values);
 }
 
 void C_L2_CH_Gain_Fix_Filter::publish_lp_ch_data(std::uint16_t (&values)[channel_count]) {
-    const auto listener = get_listener();
-    if (!listener) {
+    const bool delivered = m_listener.deliver([&](auto& listener) {
+        refresh(m_lfp, m_lfp_gain_factor, m_lfp_gain_code);
+        if (m_lfp.gain_loaded) {
+            apply_gain(values, m_lfp.factors.data());
+        }
+        listener.publish_lp_ch_data(values);
+    });
+    if (!delivered) {
         console::out("C_L2_CH_Gain_Fix_Filter has no lp listener\n");
-        return;
     }
-    refresh(m_lfp, m_lfp_gain_factor, m_lfp_gain_code);
-    if (m_lfp.gain_loaded) {
-        apply_gain(values, m_lfp.factors.data());
-    }
-    listener->publish_lp_ch_data(values);
+}
+
+void C_L2_CH_Gain_Fix_Filter::burst_begins() {
+    m_listener.begin_burst();
+}
+
+void C_L2_CH_Gain_Fix_Filter::burst_ends() {
+    m_listener.end_burst();
 }
 
 void C_L2_CH_Gain_Fix_Filter::refresh(Band& band, const Factor_Table& table, const Channel_Codes& codes) {

@@ -30,6 +30,10 @@ public:
     void publish_ap_ch_data(std::uint16_t (&values)[channel_count]) override;
     void publish_lp_ch_data(std::uint16_t (&values)[channel_count]) override;
 
+    // In a burst the listener is looked up once, and told of it.
+    void burst_begins() override;
+    void burst_ends() override;
+
     // Gain codes 0..7 of a channel below 384; another channel throws std::out_of_range.
     void set_channel_gain_codes(std::uint32_t channel, std::uint16_t ap_code, std::uint16_t lfp_code);
 

@@ -121,19 +121,25 @@ std::uint32_t CP_L1_ADC_TO_Channel::follow_frame_counter(std::uint16_t high_word
 }
 
 void CP_L1_ADC_TO_Channel::publish_ap() {
-    if (const auto listener = m_l2_ch_result_listener.lock()) {
-        listener->publish_ap_ch_data(m_ap_ch_data);
-    } else {
+    if (!m_l2_ch_result_listener.deliver(
+            [&](auto& listener) { listener.publish_ap_ch_data(m_ap_ch_data); })) {
         anomaly::no_ap_destination();
     }
 }
 
 void CP_L1_ADC_TO_Channel::publish_lp() {
-    if (const auto listener = m_l2_ch_result_listener.lock()) {
-        listener->publish_lp_ch_data(m_lp_ch_data);
-    } else {
+    if (!m_l2_ch_result_listener.deliver(
+            [&](auto& listener) { listener.publish_lp_ch_data(m_lp_ch_data); })) {
         anomaly::no_lp_destination();
     }
+}
+
+void CP_L1_ADC_TO_Channel::burst_begins() {
+    m_l2_ch_result_listener.begin_burst();
+}
+
+void CP_L1_ADC_TO_Channel::burst_ends() {
+    m_l2_ch_result_listener.end_burst();
 }
 
 void CP_L1_ADC_TO_Channel::reset_and_resync_counters() {

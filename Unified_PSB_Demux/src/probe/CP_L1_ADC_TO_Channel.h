@@ -20,14 +20,18 @@ public:
     // 384 AP values after the twelfth AP frame of a super frame and 384 LFP values every twelve super frames,
     // on the calling thread. Every sample lands where the frame's own counter puts it, so a lost frame shifts
     // nothing; channels of frames that never came hold what the listener has left there, which is the value
-    // from before only as long as the listener changes none. Never allocates in a healthy stream; takes one
-    // lock a super frame, to reach the listener.
+    // from before only as long as the listener changes none. Never allocates in a healthy stream; outside a
+    // burst it takes one lock a super frame, to reach the listener.
     void publish_adc_data(const std::uint16_t (&adc)[adc_frame_length]) override;
 
     // Takes the thirteen frames at once when their counters run on from the frame before and the first one
     // begins a super frame; delivers what the frames one by one would. Refuses them otherwise, and has then
     // changed nothing.
     bool publish_super_frame(const unsigned char* bytes) override;
+
+    // In a burst the listener is looked up once, and told of it.
+    void burst_begins() override;
+    void burst_ends() override;
 
     // Starts the upper part of the 32-bit frame counter anew. Any thread.
     void reset_and_resync_counters() override;

@@ -49,7 +49,8 @@ void C_NP_Worker_Thread::wait_until_decoded() {
 
 void C_NP_Worker_Thread::poison_queue() {
     LOG_SCOPE_F(INFO, "poison_queue");
-    push_block(*std::make_unique<NP_Block_Buffer>());
+    auto poison = std::make_unique<NP_Block_Buffer>();
+    exchange_block(poison);
 }
 
 void C_NP_Worker_Thread::join() {

@@ -26,6 +26,12 @@ public:
     // lane tags are as they should be. Who takes them answers true; otherwise they are published frame by
     // frame.
     virtual bool publish_super_frame(const unsigned char* /*bytes*/) { return false; }
+
+    // Between these two calls deliveries follow each other without a wait; the receiver may put off until the
+    // end what serves many at once. The calls come in pairs, deliveries also without them.
+    virtual void burst_begins() {}
+
+    virtual void burst_ends() {}
 };
 
 } // namespace Pelgar::ORBE::demux

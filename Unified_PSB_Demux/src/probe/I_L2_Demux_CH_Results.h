@@ -22,6 +22,12 @@ public:
     virtual void publish_lp_ch_data(std::uint16_t (&values)[channel_count]) = 0;
 
     virtual ~I_L2_Demux_CH_Results() = default;
+
+    // Between these two calls deliveries follow each other without a wait; the receiver may put off until the
+    // end what serves many at once. The calls come in pairs, deliveries also without them.
+    virtual void burst_begins() {}
+
+    virtual void burst_ends() {}
 };
 
 } // namespace Pelgar::ORBE::demux

@@ -50,6 +50,20 @@ void report_lane_tags(const std::array<std::uint16_t, words_per_frame>& words) {
     }
 }
 
+// The stages behind are told of a block's beginning and of its end, whatever that is.
+class Burst {
+public:
+    explicit Burst(I_L1_Demux_ADC_Results& listener) : m_listener(listener) { m_listener.burst_begins(); }
+
+    ~Burst() { m_listener.burst_ends(); }
+
+    Burst(const Burst&) = delete;
+    Burst& operator=(const Burst&) = delete;
+
+private:
+    I_L1_Demux_ADC_Results& m_listener;
+};
+
 } // namespace
 
 NP_PSB_Raw_Data_Demuxer::NP_PSB_Raw_Data_Demuxer(I_L1_Demux_ADC_Results& listener) : m_listener(listener) {}
@@ -69,6 +83,7 @@ void NP_PSB_Raw_Data_Demuxer::feed_psb_raw_data_block_buffer(const unsigned char
         anomaly::frame_count_not_whole_super_frames();
     }
 
+    const Burst burst(m_listener);
     const unsigned char* const end = data + byte_count;
     const unsigned char* last_whole = nullptr;
     for (; data != end; data += psb::bytes_per_super_frame) {

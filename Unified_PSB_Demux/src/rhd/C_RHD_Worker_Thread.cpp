@@ -69,6 +69,7 @@ void C_RHD_Worker_Thread::work() {
                          ", queue element count : ", m_fifo.size(), '\n');
         }
     }
+    end_burst();
     LOG_F(INFO, "RHD Worker thread end");
 }
 
@@ -83,15 +84,22 @@ bool C_RHD_Worker_Thread::read_and_deliver() {
 // What the listener throws costs the frame, not the thread.
 void C_RHD_Worker_Thread::deliver(RHD_Frame& frame) {
     try {
-        if (const auto listener = m_listener.lock()) {
-            listener->publish_rhd_frame(frame);
-        } else {
+        if (!std::exchange(m_in_burst, true)) {
+            m_listener.begin_burst();
+        }
+        if (!m_listener.deliver([&](auto& listener) { listener.publish_rhd_frame(frame); })) {
             console::out("There is no RHD frame listener\n");
         }
     } catch (const std::exception& exception) {
         LOG_F(ERROR, "RHD worker %s : %s", m_name.c_str(), exception.what());
     } catch (...) {
         LOG_F(ERROR, "RHD worker %s : %s", m_name.c_str(), "unknown exception");
+    }
+}
+
+void C_RHD_Worker_Thread::end_burst() {
+    if (std::exchange(m_in_burst, false)) {
+        m_listener.end_burst();
     }
 }
 

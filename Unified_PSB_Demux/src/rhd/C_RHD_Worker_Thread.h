@@ -73,12 +73,14 @@ private:
     void work();
     bool read_and_deliver();
     void deliver(RHD_Frame& frame);
+    void end_burst();
 
-    RHD_Word_Fifo m_fifo;
+    RHD_Word_Fifo m_fifo{[this] { end_burst(); }};
     RHD_Frame_Reader m_reader{m_fifo};
     RHD_Frame m_frame; // kept from frame to frame for its arrays
     std::thread m_thread;
     Listener_Slot<I_RHD_Frame_Listener> m_listener;
+    bool m_in_burst = false; // from a frame to the next wait for words
     std::string m_name;
 };
 

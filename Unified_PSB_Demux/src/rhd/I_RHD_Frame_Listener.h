@@ -12,6 +12,12 @@ public:
     virtual void publish_rhd_frame(RHD_Frame& frame) = 0;
 
     virtual ~I_RHD_Frame_Listener() = default;
+
+    // Between these two calls deliveries follow each other without a wait; the receiver may put off until the
+    // end what serves many at once. The calls come in pairs, deliveries also without them.
+    virtual void burst_begins() {}
+
+    virtual void burst_ends() {}
 };
 
 } // namespace Pelgar::ORBE::demux

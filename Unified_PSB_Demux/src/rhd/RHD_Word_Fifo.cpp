@@ -90,6 +90,9 @@ bool RHD_Word_Fifo::refill() {
         m_queue.pop();
         m_has_piece = false;
     }
+    if (m_queue.size() == 0) {
+        m_before_wait();
+    }
     report_used();
     if (stop_signalled() && m_queue.size() == 0) {
         return false;

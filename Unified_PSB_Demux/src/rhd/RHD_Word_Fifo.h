@@ -9,9 +9,11 @@
 #include <condition_variable>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <span>
+#include <utility>
 
 namespace Pelgar::ORBE::demux {
 
@@ -21,6 +23,11 @@ struct RHD_Words_Forgotten {};
 
 class RHD_Word_Fifo {
 public:
+    // `before_wait` is called on the reader's thread whenever the FIFO has run empty, before the reader waits
+    // for words.
+    explicit RHD_Word_Fifo(std::function<void()> before_wait = [] {})
+        : m_before_wait(std::move(before_wait)) {}
+
     // Appends the words in order and wakes the reader. Never drops; allocates while the queue grows.
     void push_words(std::span<const std::uint16_t> words);
 
@@ -72,6 +79,7 @@ private:
     void report_used();
     std::uint64_t forgotten() const;
 
+    std::function<void()> m_before_wait;
     Block_Queue<RHD_Word_Piece> m_queue;
     std::unique_ptr<RHD_Word_Piece> m_filling = std::make_unique_for_overwrite<RHD_Word_Piece>();
     // What the reader has not read of the piece at the front of the queue, which it took up last.

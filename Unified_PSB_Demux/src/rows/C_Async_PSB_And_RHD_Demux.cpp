@@ -111,8 +111,15 @@ void Async_NP_And_RHD_Demux::process_transfer_buffer(const Main_mux_transfer_buf
 }
 
 void Async_NP_And_RHD_Demux::push_xfer_buffer_to_queue(const Main_mux_transfer_buffer_wrapper& buffer) {
-    const auto count = static_cast<std::uint32_t>(m_main_demux_queue.push_unbounded(buffer));
-    if (main_demux_queue_high_water_mark.raise(count)) {
+    report_high_water_mark(m_main_demux_queue.push_unbounded(buffer));
+}
+
+void Async_NP_And_RHD_Demux::exchange_xfer_buffer(std::unique_ptr<Main_mux_transfer_buffer_wrapper>& buffer) {
+    report_high_water_mark(m_main_demux_queue.exchange_unbounded(buffer));
+}
+
+void Async_NP_And_RHD_Demux::report_high_water_mark(std::size_t count) {
+    if (main_demux_queue_high_water_mark.raise(static_cast<std::uint32_t>(count))) {
         console::out("main_demux_queue_high_water_mark : ", count, '\n');
     }
 }
@@ -123,7 +130,8 @@ void Async_NP_And_RHD_Demux::drop_front_xfer_buffer() {
 
 void Async_NP_And_RHD_Demux::poison_queue() {
     LOG_SCOPE_F(INFO, "poison_queue");
-    push_xfer_buffer_to_queue(*std::make_unique<Main_mux_transfer_buffer_wrapper>());
+    auto poison = std::make_unique<Main_mux_transfer_buffer_wrapper>();
+    exchange_xfer_buffer(poison);
 }
 
 // A transfer leaves the queue when its rows are sorted, a block when it is decoded, an RHD word when the

@@ -44,6 +44,9 @@ public:
     // queue grows.
     void push_xfer_buffer_to_queue(const Main_mux_transfer_buffer_wrapper& buffer);
 
+    // The same with the record itself, for which the caller gets another one, whatever that holds.
+    void exchange_xfer_buffer(std::unique_ptr<Main_mux_transfer_buffer_wrapper>& buffer);
+
     // Removes the transfer buffer that `run` left at the front of the queue when it threw. Call `run` again
     // to go on with the next one.
     void drop_front_xfer_buffer();
@@ -84,6 +87,7 @@ public:
 
 private:
     void renew();
+    static void report_high_water_mark(std::size_t count);
     void process_queue_element();
     void process_transfer_buffer(const Main_mux_transfer_buffer_wrapper& buffer);
 
