@@ -1,5 +1,6 @@
 // Layer: device controller. The card-to-host DMA stream. `setup_read` is called on the host's threads before
-// the stream runs; `read_stream` on the pump thread, where it blocks until data has arrived.
+// the stream runs, and between two reads on the pump thread; `read_stream` on the pump thread, where it
+// blocks until data has arrived.
 #pragma once
 
 #include "common/Export.h"

@@ -48,6 +48,10 @@ void M_DataStream::prepare_buffer_for_hw_read(unsigned char* buffer, unsigned si
     // The edge, not the level, makes the design start a packet anew.
     m_configurator->set_tlast_generation_mode_for_Windows_os(false);
     m_configurator->set_tlast_generation_mode_for_Windows_os(true);
+    exchange_buffer(buffer, size);
+}
+
+void M_DataStream::exchange_buffer(unsigned char* buffer, unsigned size) {
     m_stream->setup_read(buffer, size, setup_flag, setup_extra);
 }
 

@@ -23,6 +23,10 @@ public:
     // is refused; one that is not aligned to a page is only reported.
     void prepare_buffer_for_hw_read(unsigned char* buffer, unsigned size);
 
+    // Exchanges the buffer that was handed over for another one, for all following reads. The design knows
+    // nothing of it. Between two reads, on the thread that reads.
+    void exchange_buffer(unsigned char* buffer, unsigned size);
+
     // Fills the prepared buffer, or reads only once when `complete` is false, and returns the number of
     // bytes. `buffer` is checked as above, but the data lands in the prepared buffer. Lets the exceptions of
     // the stream through.

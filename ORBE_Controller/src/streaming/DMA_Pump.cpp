@@ -7,26 +7,25 @@
 #include <loguru.hpp>
 
 #include <algorithm>
-#include <cstring>
 #include <exception>
 
 namespace Pelgar::ORBE {
 
 void DMA_Pump::allocate_receive_buffer() {
     LOG_F(INFO, "m_page_aligned_recv_buffer_size = %d", m_page_aligned_recv_buffer_size);
-    m_page_aligned_recv_buffer = make_page_aligned_buffer(m_page_aligned_recv_buffer_size);
+    m_xfer_buffer = std::make_unique_for_overwrite<demux::Main_mux_transfer_buffer_wrapper>();
 }
 
 void DMA_Pump::prepare() {
-    m_box.modules().data_stream().prepare_buffer_for_hw_read(m_page_aligned_recv_buffer.get(),
+    m_box.modules().data_stream().prepare_buffer_for_hw_read(m_xfer_buffer->data,
                                                              m_page_aligned_recv_buffer_size);
-    m_xfer_buffer = std::make_unique<demux::Main_mux_transfer_buffer_wrapper>();
+    m_prepared = true;
 }
 
 bool DMA_Pump::pump() {
     try {
-        const unsigned count = m_box.modules().data_stream().read(m_page_aligned_recv_buffer.get(),
-                                                                  m_page_aligned_recv_buffer_size, true);
+        M_DataStream& stream = m_box.modules().data_stream();
+        const unsigned count = stream.read(m_xfer_buffer->data, m_page_aligned_recv_buffer_size, true);
         if (count != m_page_aligned_recv_buffer_size) {
             console::out("R:", count, " byte read from device\n");
         }
@@ -35,9 +34,9 @@ bool DMA_Pump::pump() {
         }
         const std::uint32_t valid = std::min<std::uint32_t>(count, m_page_aligned_recv_buffer_size);
         if (valid > 0) {
-            std::memcpy(m_xfer_buffer->data, m_page_aligned_recv_buffer.get(), valid);
             m_xfer_buffer->size = valid;
-            m_demux.push_xfer_buffer_to_queue(*m_xfer_buffer);
+            m_demux.exchange_xfer_buffer(m_xfer_buffer);
+            stream.exchange_buffer(m_xfer_buffer->data, m_page_aligned_recv_buffer_size);
         }
         ++m_read_counter;
         m_total_bytes_read.fetch_add(valid);
@@ -54,13 +53,14 @@ void DMA_Pump::purge_read_buffers() {
         LOG_F(INFO, "m_current_error_level != 0");
     }
     try {
-        const unsigned count = m_box.modules().data_stream().read(m_page_aligned_recv_buffer.get(),
-                                                                  m_page_aligned_recv_buffer_size, false);
+        const unsigned count =
+            m_box.modules().data_stream().read(m_xfer_buffer->data, m_page_aligned_recv_buffer_size, false);
         LOG_F(INFO, " %d bytes purged", count);
     } catch (const std::exception& exception) {
         LOG_F(WARNING, "purge_read_buffers exception catched : %s", exception.what());
     }
-    m_page_aligned_recv_buffer.reset();
+    m_prepared = false;
+    m_xfer_buffer.reset();
 }
 
 } // namespace Pelgar::ORBE

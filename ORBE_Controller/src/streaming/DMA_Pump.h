@@ -3,7 +3,6 @@
 #pragma once
 
 #include "common/Relaxed.h"
-#include "streaming/Page_Aligned_Buffer.h"
 #include "wire/Main_mux_transfer_buffer_wrapper.h"
 
 #include <cstdint>
@@ -22,14 +21,15 @@ public:
     // Both must outlive the object.
     DMA_Pump(Box_Connection& box, demux::Async_NP_And_RHD_Demux& demux) : m_box(box), m_demux(demux) {}
 
-    // The first allocates the receive buffer, the second hands it to the driver; exceptions of the back-end
-    // pass through. Both are needed before pumping.
+    // The first allocates the first receive buffer, the second hands it to the driver; exceptions of the
+    // back-end pass through. Both are needed before pumping.
     void allocate_receive_buffer();
     void prepare();
 
-    bool is_prepared() const { return m_xfer_buffer != nullptr; }
+    bool is_prepared() const { return m_prepared; }
 
-    // Reads one buffer and pushes what came. False, and the error level, when the read failed.
+    // Reads into one buffer and queues it; the driver gets another one for it. False, and the error level,
+    // when the read failed.
     bool pump();
 
     // Reads away what the driver still holds and releases the receive buffer. Not part of the normal end of a
@@ -46,8 +46,9 @@ private:
     Box_Connection& m_box;
     demux::Async_NP_And_RHD_Demux& m_demux;
     static constexpr std::uint32_t m_page_aligned_recv_buffer_size = demux::transfer_buffer_capacity;
-    Page_Aligned_Buffer m_page_aligned_recv_buffer;
+    // What the driver fills, and the demultiplexer's queue then takes as it is.
     std::unique_ptr<demux::Main_mux_transfer_buffer_wrapper> m_xfer_buffer;
+    bool m_prepared = false;
     Relaxed<std::uint32_t> m_total_bytes_read{0};
     std::uint32_t m_read_counter = 0;
     std::uint8_t m_pump_print_counter = 0;

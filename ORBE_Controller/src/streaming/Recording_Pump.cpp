@@ -43,7 +43,7 @@ bool Recording_Pump::pump() {
     }
     m_xfer_buffer->size = demux::transfer_buffer_capacity;
     if (!m_sim_paused) {
-        m_demux.push_xfer_buffer_to_queue(*m_xfer_buffer);
+        m_demux.exchange_xfer_buffer(m_xfer_buffer);
     }
     wait_for(simulation_pump_wait);
     return true;
