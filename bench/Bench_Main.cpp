@@ -2,6 +2,7 @@
 // alone, and what the whole road does from the driver's reads to the host's packets. Compare figures of one
 // run only. Exit codes: 0 done, 1 a benchmark failed or a report cannot be written, 2 wrong arguments.
 #include "Descriptor_Buffer.h"
+#include "Process_Counters.h"
 #include "Rate_Table.h"
 #include "Road_Report.h"
 #include "command_line/Number_In.h"
@@ -126,6 +127,7 @@ int run(Choice choice) {
     if (!choice.json.empty()) {
         choice.json = std::filesystem::absolute(choice.json).string();
     }
+    leave_own_thread_out();
     // The library writes files into the working directory.
     const tools::Working_Directory directory("orbe-bench-");
     // Its messages would mix with the report, and cost a terminal's time.

@@ -20,6 +20,9 @@ std::int64_t own_thread_id();
 std::uint64_t allocation_count();
 std::uint64_t lock_count();
 
+// The calling thread only looks on: what it allocates and locks is not counted from now on.
+void leave_own_thread_out();
+
 struct Thread_Counters {
     std::int64_t id = 0;
     std::uint64_t cpu_ns = 0;
