@@ -49,6 +49,7 @@ enum Step : unsigned {
     skip_rows,   // byte id, byte n: the stream's row counter goes on by n
     change_byte, // word n, byte x: byte n of the buffer (modulo its length) is XORed with x
     cut,         // byte n: the buffer loses the last n (modulo 32) bytes
+    turns,       // byte m: the next super frames of the ports whose bits are set in m, row by row in turn
     step_count,
 };
 
@@ -109,6 +110,9 @@ private:
             }
             break;
         }
+        case turns:
+            append_turns(m_input.byte());
+            break;
         default: {
             const auto count = std::min<std::ptrdiff_t>(m_input.byte() % 32, std::ssize(m_buffer));
             m_buffer.erase(m_buffer.end() - count, m_buffer.end());
@@ -134,6 +138,23 @@ private:
             append_row(port, payload);
         }
         m_next_frame[port] += static_cast<std::uint32_t>(13 * count);
+    }
+
+    void append_turns(unsigned ports) {
+        std::array<std::vector<Row_Payload>, 4> rows;
+        for (unsigned port = 0; port < 4; ++port) {
+            if ((ports >> port & 1U) != 0) {
+                rows[port] = row_payloads(numbered_super_frames(m_next_frame[port], 1));
+                m_next_frame[port] += 13;
+            }
+        }
+        for (std::size_t row = 0; row < 65; ++row) {
+            for (unsigned port = 0; port < 4; ++port) {
+                if (!rows[port].empty()) {
+                    append_row(port, rows[port][row]);
+                }
+            }
+        }
     }
 
     // What does not fill a row waits for the next frame.

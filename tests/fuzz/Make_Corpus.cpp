@@ -242,7 +242,8 @@ enum Step : std::uint8_t {
     end_buffer,
     skip_rows,
     change_byte,
-    cut
+    cut,
+    turns
 };
 
 Bytes raw_rows(const Bytes& bytes) {
@@ -270,8 +271,26 @@ void make_row_demux(const std::filesystem::path& root) {
     corpus.add("lost_rows",
                {0, super_frame, 0, skip_rows, 0, 3, super_frame, 0, skip_rows, 4, 255, rhd_frame});
     corpus.add("unknown_stream", joined({{0, row, 0x05}, Bytes(14, 0xAA), {row, 0x0F}, Bytes(14, 0x55)}));
+    corpus.add("turns", {workers | 3, turns, 0x0F, rhd_frame, turns, 0x0F, rhd_frame, end_buffer, turns, 0x05,
+                         turns, 0x0A, skip_rows, 2, 1, turns, 0x0F});
+    corpus.add("damaged_turns", {0, turns, 0x0F, change_byte, 0x41, 0x01, 0x01, change_byte, 0x80, 0x04, 0x03,
+                                 turns, 0x0F, change_byte, 0x00, 0x20, 0xF0});
+    corpus.add("turns_over_a_full_block", {workers, turns, 0x04, whole_block, 2, turns, 0x0F, turns, 0x0F});
     corpus.add("no_marker", {workers | 2, super_frame, 0, change_byte, 0x0F, 0x01, 0x10, rhd_frame,
                              end_buffer, super_frame, 0, change_byte, 0x0F, 0x04, 0x00});
+}
+
+void make_vector_code(const std::filesystem::path& root) {
+    const Corpus corpus(root, "vector_code");
+    corpus.add("super_frame", joined({{0, 0}, numbered_super_frames(26, 1)}));
+    Bytes wrong_tag = joined({{0, 0}, numbered_super_frames(39, 1)});
+    wrong_tag.back() ^= 0x80;
+    corpus.add("wrong_last_tag", wrong_tag);
+    corpus.add("large_products", joined({{1, 0}, Bytes(32, 0xFF), Bytes(64, 0x47)}));
+    corpus.add("no_numbers", joined({{1, 0}, Bytes(32, 0x12), Bytes(32, 0xFF), Bytes(32, 0x7F)}));
+    corpus.add("few_streams", joined({{2, 7}, rhd_rows(2, 7)}));
+    corpus.add("odd_streams", joined({{2, 13}, rhd_rows(2, 13)}));
+    corpus.add("all_streams", joined({{2, 32}, rhd_rows(2, 32)}));
 }
 
 // Recordings.
@@ -310,6 +329,7 @@ int main(int argc, char** argv) {
         make_adc_calibration(root);
         make_gain_calibration(root);
         make_row_demux(root);
+        make_vector_code(root);
         make_recording_checker(root);
     } catch (const std::exception& error) {
         std::fprintf(stderr, "%s\n", error.what());
