@@ -287,7 +287,7 @@ TEST_F(Stream_Self_Tests, ShortAndEmptyReadsDoNotEndTheSignalTest) {
 TEST_F(Stream_Self_Tests, FailingReadEndsTheSignalTestAlsoWithSomeSamplesThere) {
     // The first block of the port delivers 600 samples, up to a super frame without its flag.
     auto options = stream_options();
-    options.faults = {{"", recording::Fault_Kind::missing_flag, port, 600, 1}};
+    options.faults = {{recording::Fault_Kind::missing_flag, port, 600, 1}};
     use_box(options);
     open_box();
     m_box->stream().fail_read(3, {DMA_Read_Fault::Kind::fails});
