@@ -27,6 +27,7 @@ protected:
             return std::make_shared<ORBE_Controller_Library>(std::make_shared<Virtual_Box_Controller>(box),
                                                              false);
         };
+        forget_ttl_inputs();
         // Log lines have their own capture; standard error is left to what the library prints there.
         loguru::g_stderr_verbosity = loguru::Verbosity_OFF;
     }
@@ -37,6 +38,14 @@ protected:
         *npoe_adapter::g_controller_factory = {};
         EXPECT_EQ(m_box->accesses_while_closed(), 0U) << "the box was touched without a connection to it";
         EXPECT_EQ(m_box->reads_of_empty_uart(), 0U);
+    }
+
+    // The library keeps the last state of the TTL inputs for as long as the process lives, over tests that
+    // run in the same one: back to what a new process begins with.
+    static void forget_ttl_inputs() {
+        npoe_adapter::RHD_Converter converter;
+        demux::RHD_Frame frame{};
+        converter.publish_rhd_frame(frame);
     }
 
     static recording::Recording_Options stream_options() {
