@@ -53,6 +53,8 @@ protected:
             m_box->queue_stream_read({first, first + static_cast<std::ptrdiff_t>(mebibyte)});
             EXPECT_TRUE(m_controller->pump_data_to_demux());
         }
+        // The end of the stream drops RHD frames that are still queued.
+        m_controller->wait_until_delivered();
         m_controller->finalize_stream();
         return testing::internal::GetCapturedStdout();
     }
