@@ -71,6 +71,15 @@ public:
         return true;
     }
 
+    // Lets `operation` (record -> whether it has done so) add to the last record, unless that is the front
+    // one, which a consumer may have in hand. Answers whether it has. Blocks on the mutex only; wakes nobody,
+    // for what is in front is there already.
+    template <typename Operation>
+    bool extend_back(Operation operation) {
+        const std::lock_guard lock(m_mutex);
+        return size() > 1 && operation(*at(m_front + size() - 1));
+    }
+
     // The front record, which stays in the queue. Blocks while the queue is empty; never allocates.
     T& wait_front() {
         std::unique_lock lock(m_mutex);

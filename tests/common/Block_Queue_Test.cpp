@@ -145,6 +145,26 @@ TEST(BlockQueue, ExchangeOrDropLeavesTheRecordWhenTheQueueIsFull) {
     EXPECT_EQ(queue.size(), 6U);
 }
 
+TEST(BlockQueue, TheLastRecordCanBeAddedToUnlessItIsTheFrontOne) {
+    Block_Queue<int> queue;
+    const auto add_ten = [](int& record) {
+        record += 10;
+        return record < 30;
+    };
+    EXPECT_FALSE(queue.extend_back(add_ten));
+    queue.push_unbounded(1);
+    EXPECT_FALSE(queue.extend_back(add_ten));
+    queue.push_unbounded(2);
+    EXPECT_TRUE(queue.extend_back(add_ten));
+    EXPECT_TRUE(queue.extend_back(add_ten));
+    EXPECT_FALSE(queue.extend_back(add_ten)) << "the operation's own answer";
+    EXPECT_EQ(queue.wait_front(), 1);
+    queue.pop();
+    EXPECT_EQ(queue.wait_front(), 32);
+    EXPECT_FALSE(queue.extend_back(add_ten));
+    EXPECT_EQ(queue.size(), 1U);
+}
+
 // The producer waits inside the burst for what the consumer does: it is woken although the burst goes on.
 TEST(BlockQueue, InABurstAWaiterIsWokenWhenWhatItWantsIsThere) {
     for (const std::size_t wanted : {1U, 3U}) {

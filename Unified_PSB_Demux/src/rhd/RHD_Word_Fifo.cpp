@@ -4,6 +4,12 @@
 
 namespace Pelgar::ORBE::demux {
 
+namespace {
+
+constexpr std::size_t few_words = 4096;
+
+} // namespace
+
 void RHD_Word_Fifo::push_words(std::span<const std::uint16_t> words) {
     while (!words.empty()) {
         const std::size_t run = std::min(words.size(), rhd_piece_capacity);
@@ -13,13 +19,24 @@ void RHD_Word_Fifo::push_words(std::span<const std::uint16_t> words) {
     }
 }
 
+// Few words are copied behind those that wait already, so that short transfers do not take a piece each.
 void RHD_Word_Fifo::push_placed(std::size_t count) {
-    m_filling->count = count;
     {
         const std::lock_guard lock(m_mutex);
         m_pushed_count.fetch_add(count);
     }
-    m_queue.exchange_unbounded(m_filling);
+    const auto append = [&](RHD_Word_Piece& back) {
+        const bool fits = count <= rhd_piece_capacity - back.count;
+        if (fits) {
+            std::copy_n(m_filling->words, count, back.words + back.count);
+            back.count += count;
+        }
+        return fits;
+    };
+    if (count > few_words || !m_queue.extend_back(append)) {
+        m_filling->count = count;
+        m_queue.exchange_unbounded(m_filling);
+    }
 }
 
 void RHD_Word_Fifo::wait_until_used() {

@@ -53,7 +53,7 @@ TEST_P(RHD_Reader_Comparison, ReadsAndPrintsWhatTheReferenceDoes) {
         RHD_Word_Fifo fifo;
         RHD_Frame_Reader reader(fifo);
         reader.set_enabled_stream_count(static_cast<std::uint32_t>(stream_count));
-        const std::size_t longest = 1 + random() % 3'000;
+        const std::size_t longest = 1 + random() % 12'000;
         for (std::size_t at = 0; at < words.size();) {
             const std::size_t piece = std::min(1 + random() % longest, words.size() - at);
             fifo.push_words(std::span(words).subspan(at, piece));
