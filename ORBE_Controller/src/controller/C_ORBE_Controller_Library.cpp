@@ -117,6 +117,14 @@ bool ORBE_Controller_Library::setAPCornerFrequency(unsigned port, int channel, b
     return m_probe_settings.setAPCornerFrequency(port, channel, disable);
 }
 
+bool ORBE_Controller_Library::setStdb(unsigned port, int channel, bool standby) {
+    return m_probe_settings.setStdb(port, channel, standby);
+}
+
+bool ORBE_Controller_Library::get_lfp_gain(unsigned port, int channel, int* lfp_gain) {
+    return m_probe_settings.get_lfp_gain(port, channel, lfp_gain);
+}
+
 void ORBE_Controller_Library::clear_all_electrode_to_bank_assignments(unsigned port) {
     m_probe_settings.clear_all_electrode_to_bank_assignments(port);
 }
@@ -212,6 +220,19 @@ void ORBE_Controller_Library::prepare_for_streaming() {
 
 bool ORBE_Controller_Library::prepare_for_simulation_streaming(const std::string& path) {
     return m_stream.prepare_for_simulation_streaming(path);
+}
+
+void ORBE_Controller_Library::set_prompt_delivery(std::uint32_t transfer_bytes, std::uint32_t super_frames) {
+    m_stream.set_prompt_delivery(transfer_bytes, super_frames);
+}
+
+void ORBE_Controller_Library::set_NP_sample_listener(std::weak_ptr<demux::I_Sample_Listener> listener,
+                                                     unsigned port) {
+    m_stream.set_NP_sample_listener(std::move(listener), port);
+}
+
+void ORBE_Controller_Library::play_from_beginning_in_real_time() {
+    m_stream.play_from_beginning_in_real_time();
 }
 
 void ORBE_Controller_Library::enable_streaming(bool enable_np, std::initializer_list<unsigned> np_ports,

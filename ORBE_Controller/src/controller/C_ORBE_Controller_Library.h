@@ -15,6 +15,7 @@
 #include "ports/Probe_Ports.h"
 #include "ports/Probe_Settings.h"
 #include "probe/I_L2_Demux_CH_Results.h"
+#include "probe/I_Sample_Listener.h"
 #include "rhd/I_RHD_Frame_Listener.h"
 #include "streaming/Box_Stream.h"
 
@@ -92,6 +93,11 @@ public:
     bool getGain(unsigned port, int channel, int* ap_gain, int* lfp_gain);
     bool setReference(unsigned port, int channel, int shank, int reference, int int_ref_bank);
     bool setAPCornerFrequency(unsigned port, int channel, bool disable);
+    bool setStdb(unsigned port, int channel, bool standby);
+
+    // The LFP gain code that was set, which getGain does not tell. Throws std::out_of_range for a channel
+    // that there is not.
+    bool get_lfp_gain(unsigned port, int channel, int* lfp_gain);
 
     // Disconnects every channel from its electrodes in the configuration, but for the reference channel.
     void clear_all_electrode_to_bank_assignments(unsigned port);
@@ -163,6 +169,18 @@ public:
     // Simulation mode: opens the recorded raw DMA file and starts the demultiplexer. False when the file
     // cannot be opened.
     bool prepare_for_simulation_streaming(const std::string& path);
+
+    // For hosts that see data as they come. Before one of the two above.
+    // Reads the stream in transfers of so many bytes (a whole number of pages, at most 1 MiB) instead of
+    // 1 MiB, and hands a port's super frames on as soon as there are so many.
+    void set_prompt_delivery(std::uint32_t transfer_bytes, std::uint32_t super_frames);
+    // Announces a port's samples (index 0..3) to the listener, which is held weakly, and corrects their gain
+    // around the middle of their ten bits. After `pre_init`.
+    void set_NP_sample_listener(std::weak_ptr<demux::I_Sample_Listener> listener, unsigned port);
+
+    // Plays the recording from its beginning, 30,000 samples a second, to its last whole row. Not while
+    // another thread pumps.
+    void play_from_beginning_in_real_time();
 
     // Switches data sources on: probe ports by index 0..3 and RHD data streams by number 0..31.
     void enable_streaming(bool enable_np, std::initializer_list<unsigned> np_ports, bool enable_rhd,

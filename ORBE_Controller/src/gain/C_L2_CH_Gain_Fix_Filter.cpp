@@ -15,9 +15,7 @@ namespace Pelgar::ORBE {
 void C_L2_CH_Gain_Fix_Filter::publish_ap_ch_data(std::uint16_t (&values)[channel_count]) {
     const bool delivered = m_listener.deliver([&](auto& listener) {
         refresh(m_ap, m_ap_gain_factor, m_ap_gain_code);
-        if (m_ap.gain_loaded) {
-            apply_gain(values, m_ap.factors.data());
-        }
+        correct(values, m_ap);
         listener.publish_ap_ch_data(values);
     });
     if (!delivered) {
@@ -28,9 +26,7 @@ void C_L2_CH_Gain_Fix_Filter::publish_ap_ch_data(std::uint16_t (&values)[channel
 void C_L2_CH_Gain_Fix_Filter::publish_lp_ch_data(std::uint16_t (&values)[channel_count]) {
     const bool delivered = m_listener.deliver([&](auto& listener) {
         refresh(m_lfp, m_lfp_gain_factor, m_lfp_gain_code);
-        if (m_lfp.gain_loaded) {
-            apply_gain(values, m_lfp.factors.data());
-        }
+        correct(values, m_lfp);
         listener.publish_lp_ch_data(values);
     });
     if (!delivered) {
@@ -44,6 +40,17 @@ void C_L2_CH_Gain_Fix_Filter::burst_begins() {
 
 void C_L2_CH_Gain_Fix_Filter::burst_ends() {
     m_listener.end_burst();
+}
+
+void C_L2_CH_Gain_Fix_Filter::correct(std::uint16_t (&values)[channel_count], const Band& band) const {
+    if (!band.gain_loaded) {
+        return;
+    }
+    if (m_around_middle) {
+        apply_signed_gain(values, band.factors.data());
+    } else {
+        apply_gain(values, band.factors.data());
+    }
 }
 
 void C_L2_CH_Gain_Fix_Filter::refresh(Band& band, const Factor_Table& table, const Channel_Codes& codes) {

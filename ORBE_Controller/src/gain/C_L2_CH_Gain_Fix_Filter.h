@@ -6,6 +6,7 @@
 
 #include "common/Export.h"
 #include "common/Listener_Slot.h"
+#include "common/Relaxed.h"
 #include "probe/I_L2_Demux_CH_Results.h"
 
 #include <array>
@@ -45,6 +46,10 @@ public:
     // when the file cannot be opened or does not hold all that; factors read before a failure stay in force.
     bool load_gain_calibration(const char* path);
 
+    // From now on corrects the distance from the middle of the ten bits, for a consumer to whom that is no
+    // voltage, instead of the value.
+    void correct_around_middle() { m_around_middle = true; }
+
     // Where corrected blocks go. Held weakly.
     void set_listener(std::weak_ptr<demux::I_L2_Demux_CH_Results> listener);
     // The live listener, or empty.
@@ -62,6 +67,7 @@ private:
         bool gain_loaded = false;
     };
 
+    void correct(std::uint16_t (&values)[channel_count], const Band& band) const;
     void refresh(Band& band, const Factor_Table& table, const Channel_Codes& codes);
     void changed();
     static void read_factors(std::istream& file, Factor_Table& ap_gain_factor, Factor_Table& lfp_gain_factor);
@@ -73,6 +79,8 @@ private:
     Channel_Codes m_ap_gain_code{};
     Channel_Codes m_lfp_gain_code{};
     Listener_Slot<demux::I_L2_Demux_CH_Results> m_listener;
+
+    Relaxed<bool> m_around_middle{false};
 
     // Held for the whole of a load, which takes its time over the file.
     std::mutex m_load_mutex;

@@ -67,4 +67,26 @@ using plain::apply_gain;
 
 #endif
 
+// The middle of the converter's ten bits, which stands for no voltage, and their end.
+inline constexpr int converter_middle = 512;
+inline constexpr int converter_end = 1023;
+
+// The product for consumers to whom the middle is 0: the distance from it is multiplied, and what goes beyond
+// ten bits is held at their end.
+inline std::uint16_t signed_gain_product(std::uint16_t value, float factor) {
+    constexpr float below = -converter_middle;
+    constexpr float above = converter_end - converter_middle;
+    const float product = static_cast<float>(value - converter_middle) * factor;
+    const float number = product == product ? product : 0.0F;
+    const float held = number < below ? below : (number > above ? above : number);
+    return static_cast<std::uint16_t>(static_cast<std::int32_t>(held) + converter_middle);
+}
+
+template <std::size_t N>
+void apply_signed_gain(std::uint16_t (&values)[N], const float* factors) {
+    for (std::size_t i = 0; i < N; ++i) {
+        values[i] = signed_gain_product(values[i], factors[i]);
+    }
+}
+
 } // namespace Pelgar::ORBE

@@ -5,6 +5,7 @@
 
 #include <loguru.hpp>
 
+#include <cstdint>
 #include <string>
 
 namespace Pelgar::ORBE {
@@ -39,6 +40,15 @@ bool Probe_Settings::setReference(unsigned port, int channel, int reference, int
 
 bool Probe_Settings::setAPCornerFrequency(unsigned port, int channel, bool disable) {
     return m_ports.at(port).set_ap_corner_frequency(channel, disable);
+}
+
+bool Probe_Settings::setStdb(unsigned port, int channel, bool standby) {
+    return m_ports.at(port).config().set_standby(static_cast<std::uint32_t>(channel), standby) == 0;
+}
+
+bool Probe_Settings::get_lfp_gain(unsigned port, int channel, int* lfp_gain) {
+    *lfp_gain = static_cast<int>(m_ports.at(port).config().get_lfp_gain(static_cast<std::uint32_t>(channel)));
+    return true;
 }
 
 void Probe_Settings::clear_all_electrode_to_bank_assignments(unsigned port) {

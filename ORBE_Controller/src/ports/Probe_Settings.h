@@ -18,6 +18,8 @@ public:
     bool getGain(unsigned port, int channel, int* ap_gain, int* lfp_gain);
     bool setReference(unsigned port, int channel, int reference, int int_ref_bank);
     bool setAPCornerFrequency(unsigned port, int channel, bool disable);
+    bool setStdb(unsigned port, int channel, bool standby);
+    bool get_lfp_gain(unsigned port, int channel, int* lfp_gain);
 
     // These go through `Probe_Ports::run_on_port`, which routes the link to the port and logs what is thrown.
 

@@ -190,6 +190,10 @@ std::int32_t NP_Probe_Config_Module::get_gain(std::uint32_t channel, std::uint32
     return accepted;
 }
 
+std::uint32_t NP_Probe_Config_Module::get_lfp_gain(std::uint32_t channel) const {
+    return checked_at(m_lfp_gain, channel);
+}
+
 std::int32_t NP_Probe_Config_Module::set_ap_filter(std::uint32_t channel, bool on) {
     return set_channel_flag(channel, channel_ap_filter_bit, on);
 }

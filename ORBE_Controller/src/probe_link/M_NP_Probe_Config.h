@@ -62,6 +62,9 @@ public:
     // Answers the AP gain code in both `*ap_gain` and `*lfp_gain`; -1 for a channel out of range.
     std::int32_t get_gain(std::uint32_t channel, std::uint32_t* ap_gain, std::uint32_t* lfp_gain) const;
 
+    // The LFP gain code that was set; a channel out of range throws std::out_of_range.
+    std::uint32_t get_lfp_gain(std::uint32_t channel) const;
+
     std::int32_t set_ap_filter(std::uint32_t channel, bool on);
     std::int32_t set_standby(std::uint32_t channel, bool on);
 

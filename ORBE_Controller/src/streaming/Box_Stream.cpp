@@ -59,6 +59,17 @@ bool Box_Stream::prepare_for_simulation_streaming(const std::string& path) {
     return true;
 }
 
+void Box_Stream::set_prompt_delivery(std::uint32_t transfer_bytes, std::uint32_t super_frames) {
+    m_dma_pump.set_transfer_size(transfer_bytes);
+    m_recording_pump.set_piece_size(transfer_bytes);
+    m_demux_thread.demux().set_block_length(super_frames);
+}
+
+void Box_Stream::set_NP_sample_listener(std::weak_ptr<demux::I_Sample_Listener> listener, unsigned port) {
+    m_ports.at(port).gain_filter()->correct_around_middle();
+    m_demux_thread.demux().set_sample_listener(std::move(listener), port);
+}
+
 void Box_Stream::enable_streaming(bool enable_np, std::initializer_list<unsigned> np_ports, bool enable_rhd,
                                   std::initializer_list<unsigned> rhd_streams, bool soft_trigger) {
     LOG_SCOPE_F(INFO, "enable_streaming");

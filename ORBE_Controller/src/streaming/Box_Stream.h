@@ -4,6 +4,7 @@
 #pragma once
 
 #include "common/Relaxed.h"
+#include "probe/I_Sample_Listener.h"
 #include "streaming/DMA_Pump.h"
 #include "streaming/Demux_Thread.h"
 #include "streaming/Recording_Pump.h"
@@ -27,6 +28,11 @@ public:
     // What these do is said with the operations of the same names in `ORBE_Controller_Library`.
     void prepare_for_streaming();
     bool prepare_for_simulation_streaming(const std::string& path);
+    void set_prompt_delivery(std::uint32_t transfer_bytes, std::uint32_t super_frames);
+    void set_NP_sample_listener(std::weak_ptr<demux::I_Sample_Listener> listener, unsigned port);
+
+    void play_from_beginning_in_real_time() { m_recording_pump.play_from_beginning_in_real_time(); }
+
     void enable_streaming(bool enable_np, std::initializer_list<unsigned> np_ports, bool enable_rhd,
                           std::initializer_list<unsigned> rhd_streams, bool soft_trigger);
     void disable_streaming();
@@ -36,6 +42,7 @@ public:
     bool is_enabled() const { return m_streams_enabled; }
 
     bool pump_data_to_demux();
+
     std::uint32_t get_total_bytes_read() const { return m_dma_pump.total_bytes_read(); }
 
     void wait_until_delivered() { m_demux_thread.wait_until_delivered(); }

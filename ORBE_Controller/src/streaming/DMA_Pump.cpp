@@ -11,6 +11,10 @@
 
 namespace Pelgar::ORBE {
 
+void DMA_Pump::set_transfer_size(std::uint32_t bytes) {
+    m_page_aligned_recv_buffer_size = std::min<std::uint32_t>(bytes, demux::transfer_buffer_capacity);
+}
+
 void DMA_Pump::allocate_receive_buffer() {
     LOG_F(INFO, "m_page_aligned_recv_buffer_size = %d", m_page_aligned_recv_buffer_size);
     m_xfer_buffer = std::make_unique_for_overwrite<demux::Main_mux_transfer_buffer_wrapper>();

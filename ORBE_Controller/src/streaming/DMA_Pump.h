@@ -21,6 +21,9 @@ public:
     // Both must outlive the object.
     DMA_Pump(Box_Connection& box, demux::Async_NP_And_RHD_Demux& demux) : m_box(box), m_demux(demux) {}
 
+    // The length of a transfer, at most and at first 1 MiB. Before the receive buffer is allocated.
+    void set_transfer_size(std::uint32_t bytes);
+
     // The first allocates the first receive buffer, the second hands it to the driver; exceptions of the
     // back-end pass through. Both are needed before pumping.
     void allocate_receive_buffer();
@@ -45,7 +48,7 @@ public:
 private:
     Box_Connection& m_box;
     demux::Async_NP_And_RHD_Demux& m_demux;
-    static constexpr std::uint32_t m_page_aligned_recv_buffer_size = demux::transfer_buffer_capacity;
+    std::uint32_t m_page_aligned_recv_buffer_size = demux::transfer_buffer_capacity;
     // What the driver fills, and the demultiplexer's queue then takes as it is.
     std::unique_ptr<demux::Main_mux_transfer_buffer_wrapper> m_xfer_buffer;
     bool m_prepared = false;

@@ -43,15 +43,19 @@ public:
     // Frames taken in since construction. Any thread.
     std::uint32_t get_frame_count() const { return m_frame_count; }
 
-private:
-    std::uint32_t follow_frame_counter(std::uint16_t high_word, std::uint16_t low_word);
-    void remember_counter(std::uint32_t two_part_counter);
+protected:
     void publish_ap();
     void publish_lp();
 
-    Relaxed<std::uint32_t> m_frame_count{0};
+    // What is being gathered.
     std::uint16_t m_ap_ch_data[channel_count] = {};
     std::uint16_t m_lp_ch_data[channel_count] = {};
+
+private:
+    std::uint32_t follow_frame_counter(std::uint16_t high_word, std::uint16_t low_word);
+    void remember_counter(std::uint32_t two_part_counter);
+
+    Relaxed<std::uint32_t> m_frame_count{0};
     std::uint32_t m_prev_two_part_counter = 0xFFFFFFFF;
     Listener_Slot<I_L2_Demux_CH_Results> m_l2_ch_result_listener;
     // Counts the wraps of the 20-bit counter.

@@ -22,6 +22,13 @@ C_NP_Worker_Thread::C_NP_Worker_Thread() : C_NP_Worker_Thread(std::make_unique<C
 C_NP_Worker_Thread::C_NP_Worker_Thread(std::unique_ptr<I_L1_Demux_ADC_Results> l1_stage)
     : m_l1_stage(std::move(l1_stage)), m_demuxer(std::make_unique<NP_PSB_Raw_Data_Demuxer>(*m_l1_stage)) {}
 
+void C_NP_Worker_Thread::replace_l1_stage(std::unique_ptr<I_L1_Demux_ADC_Results> l1_stage) {
+    const auto listener = get_l2_listener();
+    m_demuxer = std::make_unique<NP_PSB_Raw_Data_Demuxer>(*l1_stage);
+    m_l1_stage = std::move(l1_stage);
+    set_l2_listener(listener);
+}
+
 C_NP_Worker_Thread::~C_NP_Worker_Thread() {
     if (m_thread.joinable()) {
         poison_queue();

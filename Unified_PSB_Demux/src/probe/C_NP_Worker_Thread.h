@@ -23,6 +23,10 @@ public:
     C_NP_Worker_Thread();
     explicit C_NP_Worker_Thread(std::unique_ptr<I_L1_Demux_ADC_Results> l1_stage);
 
+    // Puts another stage behind the frame demuxer; the listener of channel values stays. Not while the thread
+    // runs.
+    void replace_l1_stage(std::unique_ptr<I_L1_Demux_ADC_Results> l1_stage);
+
     // Ends and joins the thread if it still runs.
     ~C_NP_Worker_Thread();
     C_NP_Worker_Thread(const C_NP_Worker_Thread&) = delete;

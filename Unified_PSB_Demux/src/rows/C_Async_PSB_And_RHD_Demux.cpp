@@ -2,11 +2,13 @@
 
 #include "common/Checked_Index.h"
 #include "common/Console.h"
+#include "probe/CP_L1_Whole_Super_Frames.h"
 #include "rows/High_Water_Mark.h"
 #include "wire/Mux_Row_Format.h"
 
 #include <loguru.hpp>
 
+#include <cstddef>
 #include <stdexcept>
 #include <string>
 #include <utility>
@@ -52,6 +54,15 @@ void Async_NP_And_RHD_Demux::start_worker_threads() {
     }
     m_rhd_worker->start("RHD");
     m_worker_threads_started = true;
+}
+
+void Async_NP_And_RHD_Demux::set_block_length(std::uint32_t super_frames) {
+    m_row_splitter->set_block_length(super_frames);
+}
+
+void Async_NP_And_RHD_Demux::set_sample_listener(std::weak_ptr<I_Sample_Listener> listener, unsigned port) {
+    checked_at(m_np_workers, port)
+        ->replace_l1_stage(std::make_unique<CP_L1_Whole_Super_Frames>(std::move(listener)));
 }
 
 // Takes back what the poison packet of an earlier run has set.

@@ -8,6 +8,7 @@
 #include "common/Relaxed.h"
 #include "probe/C_NP_Worker_Thread.h"
 #include "probe/I_L2_Demux_CH_Results.h"
+#include "probe/I_Sample_Listener.h"
 #include "rhd/C_RHD_Worker_Thread.h"
 #include "rhd/I_RHD_Frame_Listener.h"
 #include "rows/Row_Splitter.h"
@@ -34,6 +35,15 @@ public:
     // Starts the four NP workers and the RHD worker, also anew when `run` has finished, for another `run`;
     // does nothing while they run.
     void start_worker_threads();
+
+    // For consumers that cannot wait for a whole block: hands a port's super frames on as soon as there are
+    // so many, instead of 1,792. 1 to 1,792; before `start_worker_threads`.
+    void set_block_length(std::uint32_t super_frames);
+
+    // Announces each sample of a port (index 0..3) to the listener, which is held weakly, and takes that
+    // port's super frames whole or not at all. Before `start_worker_threads`; std::out_of_range for another
+    // port.
+    void set_sample_listener(std::weak_ptr<I_Sample_Listener> listener, unsigned port);
 
     // Body of the main demux thread: returns after the poison packet, when everything before it is delivered
     // and the workers are joined. Throws std::runtime_error("Buffer must contain at least 16 byte") for a

@@ -61,6 +61,11 @@ Row_Splitter::Row_Splitter(NP_Workers& np_workers, C_RHD_Worker_Thread& rhd_work
     m_last_row_counter.fill(counter_before_first_row);
 }
 
+void Row_Splitter::set_block_length(std::uint32_t super_frames) {
+    constexpr std::size_t most = np_block_super_frame_count;
+    m_block_length = std::clamp<std::size_t>(super_frames, 1, most) * psb::bytes_per_super_frame;
+}
+
 // Most rows are as expected: they bear the marker and the next counter of their stream, and there is room for
 // them. Such rows are taken in turns, everything else row by row.
 void Row_Splitter::split(const std::uint8_t* rows, std::size_t row_count) {
@@ -160,7 +165,7 @@ std::size_t Row_Splitter::copy_turns(const std::uint8_t* rows, const Turn& turn)
 std::size_t Row_Splitter::room_of(unsigned stream) const {
     if (stream < np_port_count) {
         const std::size_t fill = m_np_blocks[stream]->fill;
-        return fill == 0 ? 0 : (np_block_capacity - fill) / mux_row::payload_length;
+        return fill == 0 ? 0 : (m_block_length - fill) / mux_row::payload_length;
     }
     return stream == mux_row::rhd_stream_id ? rhd_piece_capacity / mux_row::payload_words - m_rhd_rows_placed
                                             : 0;
@@ -208,7 +213,7 @@ bool Row_Splitter::take_row(const std::uint8_t* row) {
 }
 
 void Row_Splitter::take_np_row(unsigned port, const std::uint8_t* row) {
-    if (m_np_blocks[port]->fill == np_block_capacity) {
+    if (m_np_blocks[port]->fill == m_block_length) {
         hand_over_block(port);
     }
     if (m_np_blocks[port]->fill != 0 || starts_super_frame(row)) {

@@ -22,6 +22,9 @@ public:
     // The workers must outlive the splitter.
     Row_Splitter(NP_Workers& np_workers, C_RHD_Worker_Thread& rhd_worker);
 
+    // Hands a block over when it has so many super frames, 1 to 1,792. Before the first row.
+    void set_block_length(std::uint32_t super_frames);
+
     // Goes through the rows of one transfer, up to the first one without a marker.
     void split(const std::uint8_t* rows, std::size_t row_count);
 
@@ -60,7 +63,8 @@ private:
     C_RHD_Worker_Thread& m_rhd_worker;
     // The block of each port that is being filled.
     std::array<std::unique_ptr<NP_Block_Buffer>, np_port_count> m_np_blocks;
-    std::size_t m_rhd_rows_placed = 0; // of this transfer
+    std::size_t m_block_length = np_block_capacity; // bytes
+    std::size_t m_rhd_rows_placed = 0;              // of this transfer
     // The last row counter of each stream id.
     std::array<std::uint8_t, mux_row::stream_id_count> m_last_row_counter;
     std::array<std::uint32_t, np_port_count> m_np_rows{};

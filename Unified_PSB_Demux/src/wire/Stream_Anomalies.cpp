@@ -41,6 +41,11 @@ void lane_tag_mismatch() {
     console::err("Warning shift reg mismatch\n");
 }
 
+void super_frame_dropped(std::uint16_t high_word, std::uint16_t low_word) {
+    console::err("Super frame dropped because it is damaged, first counter (two part) : ", high_word, ' ',
+                 low_word, '\n');
+}
+
 void frame_number_rolled(std::uint32_t previous) {
     console::out("frame_number rolled : ", 0, ", prev count : ", previous, '\n');
 }

@@ -19,6 +19,7 @@ void block_not_whole_super_frames();
 void frame_count_not_whole_super_frames();
 void super_frame_align_failure();
 void lane_tag_mismatch();
+void super_frame_dropped(std::uint16_t high_word, std::uint16_t low_word);
 
 // Frame counters of the probe.
 void frame_number_rolled(std::uint32_t previous);
