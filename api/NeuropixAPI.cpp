@@ -9,10 +9,11 @@
 #include "adapter/Module_Pin.h"
 #include "adapter/Pump_Thread.h"
 #include "adapter/Raw_Data_File.h"
+#include "host_mode/Mode_Choice.h"
+#include "modes/Current_Mode.h"
 
 #include <loguru.hpp>
 
-#include <algorithm>
 #include <memory>
 #include <mutex>
 #include <stdexcept>
@@ -29,22 +30,12 @@ using namespace Pelgar::ORBE::npoe_adapter;
 constexpr const char* log_file = "ORBE.log";
 constexpr int log_file_verbosity = 9;
 
-// The one device: a box of its own kind behind the number 1.
-constexpr basestationID the_basestation{NPPlatform_USB, 1};
-
 constexpr NP_ErrorCode open_failed = VERSION_MISMATCH;
 
 // Turns every blocked reader away and ends the pump, so that the controller can go.
 void end_acquisition() {
     g_stop_requested = true;
-    for (const auto& converter : *g_np_converters) {
-        if (converter) {
-            converter->queue().signal_exit();
-        }
-    }
-    if (*g_rhd_converter) {
-        (*g_rhd_converter)->queue().signal_exit();
-    }
+    current_mode().turn_readers_away();
     join_pump_thread();
     // There is no pump any more, whoever started it: the next start_acquisition must start one.
     g_acquisition_running = false;
@@ -77,19 +68,6 @@ std::shared_ptr<ORBE_Controller_Library> make_controller_or_none(bool simulation
     }
 }
 
-void connect_converters(ORBE_Controller_Library& controller) {
-    for (unsigned port = 0; port < np_port_count; ++port) {
-        auto converter = std::make_shared<NP_Converter>();
-        controller.set_NP_aqustion_listener(converter, port, true);
-        const std::lock_guard lock(*g_objects_mutex);
-        (*g_np_converters)[port].swap(converter);
-    }
-    auto converter = std::make_shared<RHD_Converter>();
-    controller.set_RHD_aqustion_listener(converter);
-    const std::lock_guard lock(*g_objects_mutex);
-    g_rhd_converter->swap(converter);
-}
-
 // What a user does not see in the name of a recording that could not be opened.
 void explain(const std::string& recording) {
     if (recording.empty()) {
@@ -106,7 +84,7 @@ bool bring_up(ORBE_Controller_Library& controller) {
         return false;
     }
     g_stop_requested = false;
-    connect_converters(controller);
+    current_mode().connect_streams(controller);
     if (controller.is_in_simulation_mode()) {
         const std::string recording = probe_file_switch(simulation_switch).first_line;
         const bool prepared = controller.prepare_for_simulation_streaming(recording);
@@ -128,24 +106,25 @@ int getDeviceList(basestationID* list, int count) {
     if (g_log_file_pending.exchange(false)) {
         loguru::add_file(log_file, loguru::Truncate, log_file_verbosity);
     }
-    if (list != nullptr && count > 0) {
-        list[0] = the_basestation;
+    if (!choose_mode_while_closed()) {
+        return 0;
     }
-    return 1;
+    return current_mode().list_devices(list, count);
 }
 
 NP_ErrorCode getDeviceInfo(int slotID, basestationID* info) {
     LOG_SCOPE_F(INFO, "getDeviceInfo");
     LOG_F(INFO, "slotID : %d", slotID);
-    write_to_host(info, the_basestation);
-    return SUCCESS;
+    const Result_Answer answer("getDeviceInfo");
+    choose_mode_while_closed();
+    return answer(current_mode().device_info(slotID, info));
 }
 
-bool tryGetSlotID(const basestationID* /*id*/, int* slotID) {
+bool tryGetSlotID(const basestationID* id, int* slotID) {
     VLOG_SCOPE_F(1, "tryGetSlotID");
     VLOG_F(1, "%d", 0);
-    write_to_host(slotID, 0);
-    return true;
+    choose_mode_while_closed();
+    return current_mode().find_slot(id, slotID);
 }
 
 NP_ErrorCode openBS(int slotID) {
@@ -161,6 +140,13 @@ NP_ErrorCode openBS(int slotID) {
     if (current_controller()) {
         LOG_F(INFO, "Warning re initalizing library. slotID : %d", slotID);
     }
+    const Result_Answer answer("openBS");
+    if (!choose_mode()) {
+        return answer(open_failed);
+    }
+    if (const auto answered = current_mode().answer_opening(slotID)) {
+        return answer(*answered);
+    }
     const File_Switch simulation = probe_file_switch(simulation_switch);
     pin_own_module();
     keep_raw_data_file(simulation.first_line);
@@ -168,12 +154,13 @@ NP_ErrorCode openBS(int slotID) {
         end_acquisition();
         exchange_controller(make_controller_or_none(simulation.present));
         if (!bring_up(*current_controller())) {
-            return open_failed;
+            return answer(open_failed);
         }
     } catch (const std::runtime_error& exception) {
         LOG_F(ERROR, "openBS : %s", exception.what());
-        return open_failed;
+        return answer(open_failed);
     }
+    current_mode().opened(slotID);
     LOG_F(INFO, "Converter data structures prepared (%d)", slotID);
     return SUCCESS;
 }
@@ -181,6 +168,9 @@ NP_ErrorCode openBS(int slotID) {
 NP_ErrorCode closeBS(int slotID) {
     LOG_SCOPE_F(INFO, "closeBS");
     LOG_F(INFO, "SlotID : %d", slotID);
+    if (!current_mode().leave(slotID)) {
+        return SUCCESS;
+    }
     if (current_controller()) {
         disable_streaming("closeBS");
     }
@@ -192,23 +182,21 @@ NP_ErrorCode closeBS(int slotID) {
 NP_ErrorCode detectHeadStage(int slotID, int portID, bool* detected) {
     LOG_SCOPE_F(INFO, "detectHeadStage");
     LOG_F(INFO, "slotID : %d, portID : %d", slotID, portID);
+    const Result_Answer answer("detectHeadStage");
     bool present = false;
-    const auto result = forward_to_controller("detectHeadStage", [&](const auto& controller) {
-        const unsigned status = controller.get_cached_np_port_status();
-        const unsigned offered =
-            std::min<unsigned>(controller.get_np_port_count_from_fpga_signature(), np_port_count);
-        const unsigned port = port_index(portID);
-        present = port < offered && ((status >> port) & 1U) != 0;
+    const auto result = forward_to_controller("detectHeadStage", [&](auto& controller) {
+        present = current_mode().detect_headstage(controller, slotID, portID);
         return true;
     });
     write_to_host(detected, present);
-    return result;
+    return answer(result);
 }
 
 NP_ErrorCode arm(int slotID) {
     LOG_SCOPE_F(INFO, "arm");
     LOG_F(INFO, "slotID : %d", slotID);
-    return SUCCESS;
+    const Result_Answer answer("arm");
+    return answer(current_mode().arm(slotID));
 }
 
 } // namespace Neuropixels

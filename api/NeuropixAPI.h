@@ -12,6 +12,9 @@
 // give. Nothing else throws but std::bad_alloc. A caller that cannot catch, such as one in C, ends by an
 // exception.
 //
+// What is said below is the box's own behaviour. With the file ORBE_HOST_MODE in the working directory it is
+// presented as published acquisition programs expect it instead: docs/hosts.md.
+//
 // NeuropixAPI_Functions.inc lists all functions; NeuropixAPI_C.h declares them once more for hosts that look
 // them up by their plain names.
 #pragma once
@@ -285,6 +288,13 @@ struct firmware_Info {
     char name[64];
 };
 
+// Of the driver for a USB link, which this box has none of.
+struct driver_version {
+    uint32_t major;
+    uint32_t minor;
+    uint32_t build;
+};
+
 // Describes one packet of auxiliary ADC samples (8 bytes).
 struct PacketInfo {
     uint32_t Timestamp;
@@ -458,6 +468,14 @@ NP_EXPORT NP_ErrorCode getHSSupportedProbeCount(int slotID, int portID, int* cou
 // Not supported.
 NP_EXPORT NP_ErrorCode detectBS(int slotID, bool* detected);
 NP_EXPORT NP_ErrorCode setTriggerEdge(int slotID, bool rising);
+NP_EXPORT NP_ErrorCode setSyncClockFrequency(int slotID, double frequency);
+NP_EXPORT NP_ErrorCode setSyncClockPeriod(int slotID, int period_ms);
+NP_EXPORT NP_ErrorCode checkFtdiDriver(driver_version* required, driver_version* current, bool* present,
+                                       bool* right);
+NP_EXPORT NP_ErrorCode checkBasestationSupported(int slotID);
+NP_EXPORT NP_ErrorCode ob_getFirmwareInfo(int slotID, firmware_Info* info);
+NP_EXPORT NP_ErrorCode bs_resetFirmware(int slotID);
+NP_EXPORT NP_ErrorCode bsc_resetFirmware(int slotID);
 NP_EXPORT NP_ErrorCode switchmatrix_get(int slotID, switchmatrixoutput_t output, switchmatrixinput_t input,
                                         bool* connected);
 NP_EXPORT NP_ErrorCode switchmatrix_clear(int slotID, switchmatrixoutput_t output);

@@ -3,6 +3,7 @@
 #include "NeuropixAPI_C.h"
 
 #include "common/Copy_Text.h"
+#include "modes/Current_Mode.h"
 
 #include <loguru.hpp>
 
@@ -10,6 +11,7 @@
 
 // For the types in the tables' rows.
 using namespace Neuropixels;
+using Pelgar::ORBE::npoe_adapter::current_mode;
 
 namespace {
 
@@ -33,6 +35,15 @@ NP_ErrorCode hand_over(const std::string& whole, char* text, size_t len) {
     }
 #include "NeuropixAPI_Functions.inc"
 
+#define NP_LOGGED_TWIN_OF(name, parameters, arguments, ...)                                                  \
+    NP_ErrorCode np_##name parameters {                                                                      \
+        if (current_mode().twins_call_functions()) {                                                         \
+            return Neuropixels::name arguments;                                                              \
+        }                                                                                                    \
+        VLOG_SCOPE_F(1, "np_" #name);                                                                        \
+        VLOG_F(1, __VA_ARGS__);                                                                              \
+        return SUCCESS;                                                                                      \
+    }
 #define NP_LOGGED_TWIN(type, name, parameters, ...)                                                          \
     type name parameters {                                                                                   \
         VLOG_SCOPE_F(1, #name);                                                                              \

@@ -4,6 +4,7 @@
 
 #include "adapter/Adapter_State.h"
 #include "common/Copy_Text.h"
+#include "modes/Current_Mode.h"
 
 #include <loguru.hpp>
 
@@ -12,6 +13,8 @@ namespace Neuropixels {
 namespace {
 
 using Pelgar::ORBE::copy_text;
+using Pelgar::ORBE::npoe_adapter::current_mode;
+using Pelgar::ORBE::npoe_adapter::Result_Answer;
 using Pelgar::ORBE::npoe_adapter::write_to_host;
 
 void write_version(int* version_major, int* version_minor) {
@@ -37,6 +40,14 @@ void write_firmware_info(firmware_Info* info, const char* name) {
         VLOG_F(1, __VA_ARGS__);                                                                              \
         static_cast<void>(written);                                                                          \
         return static_cast<type>(SUCCESS);                                                                   \
+    }
+#define NP_FIXED_BY_MODE(type, name, parameters, arguments, written, ...)                                    \
+    type name parameters {                                                                                   \
+        VLOG_SCOPE_F(1, #name);                                                                              \
+        VLOG_F(1, __VA_ARGS__);                                                                              \
+        static_cast<void>(written);                                                                          \
+        const Result_Answer answer(#name);                                                                   \
+        return answer(current_mode().name arguments);                                                        \
     }
 #include "api/NeuropixAPI_dummy_info.inc"
 

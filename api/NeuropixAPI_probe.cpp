@@ -9,6 +9,7 @@
 #include "common/Copy_Text.h"
 #include "common/Parse_Number.h"
 #include "common/Waiting.h"
+#include "modes/Current_Mode.h"
 
 #include <loguru.hpp>
 
@@ -62,8 +63,8 @@ bool may_be_opened(int portID) {
            port_index(portID) < np_port_count;
 }
 
-NP_ErrorCode open_port(const char* name, int portID) {
-    return forward_over_i2c(name, [&](auto& controller) {
+NP_ErrorCode open_port(const char* name, int slotID, int portID) {
+    return forward_to_port(name, slotID, portID, [&](auto& controller) {
         const bool linked = controller.probe_init_part_1(port_index(portID));
         g_i2c_comm_initialised = true;
         return linked;
@@ -86,7 +87,7 @@ std::string ask_controller(const char* name, Operation operation) {
 NP_ErrorCode openPort(int slotID, int portID) {
     LOG_SCOPE_F(INFO, "openPort");
     LOG_F(INFO, "slotID : %d, portID : %d", slotID, portID);
-    return open_port("openPort", portID);
+    return open_port("openPort", slotID, portID);
 }
 
 NP_ErrorCode closePort(int slotID, int portID) {
@@ -98,7 +99,7 @@ NP_ErrorCode closePort(int slotID, int portID) {
 NP_ErrorCode openProbe(int slotID, int portID, int dockID) {
     LOG_SCOPE_F(INFO, "openProbe");
     LOG_F(INFO, "slotID : %d, portID : %d, dockID : %d", slotID, portID, dockID);
-    return SUCCESS;
+    return Result_Answer("openProbe")(current_mode().check_port(slotID, portID));
 }
 
 NP_ErrorCode closeProbe(int slotID, int portID, int /*dockID*/) {
@@ -112,8 +113,9 @@ NP_ErrorCode init(int slotID, int portID, int dockID) {
     LOG_F(INFO, "slotID : %d, portID : %d, dockID : %d", slotID, portID, dockID);
     const E_ORBE_Init_Config mode = read_init_mode();
     LOG_F(INFO, "Using init config : %d", static_cast<int>(mode));
-    return forward_over_i2c(
-        "init", [&](auto& controller) { return controller.probe_init_part_2(port_index(portID), mode); });
+    return forward_to_port("init", slotID, portID, [&](auto& controller) {
+        return controller.probe_init_part_2(port_index(portID), mode);
+    });
 }
 
 NP_ErrorCode selectElectrode(int slotID, int portID, int dockID, int channel, int shank, int bank) {
@@ -122,7 +124,7 @@ NP_ErrorCode selectElectrode(int slotID, int portID, int dockID, int channel, in
     VLOG_SCOPE_F(verbosity, "selectElectrode");
     VLOG_F(verbosity, "slotID : %d, portID : %d, dockID : %d", slotID, portID, dockID);
     VLOG_F(verbosity, "channel=%d, bank=%d", channel, bank);
-    return forward_over_i2c("selectElectrode", [&](auto& controller) {
+    return forward_to_port("selectElectrode", slotID, portID, [&](auto& controller) {
         return controller.selectElectrode(port_index(portID), channel, shank, bank);
     });
 }
@@ -133,7 +135,7 @@ NP_ErrorCode setGain(int slotID, int portID, int dockID, int channel, int ap_gai
     VLOG_SCOPE_F(verbosity, "setGain");
     VLOG_F(verbosity, "slotID : %d, portID : %d, dockID : %d", slotID, portID, dockID);
     VLOG_F(verbosity, "channel=%d, ap_gain=%d, lfp_gain=%d", channel, ap_gain, lfp_gain);
-    return forward_over_i2c("setGain", [&](auto& controller) {
+    return forward_to_port("setGain", slotID, portID, [&](auto& controller) {
         return controller.setGain(port_index(portID), channel, ap_gain, lfp_gain);
     });
 }
@@ -145,7 +147,7 @@ NP_ErrorCode setReference(int slotID, int portID, int dockID, int channel, int s
     VLOG_SCOPE_F(verbosity, "setReference");
     VLOG_F(verbosity, "slotID : %d, portID : %d, dockID : %d", slotID, portID, dockID);
     VLOG_F(verbosity, "channel=%d,reference=%d,bank=%d", channel, reference, intRefElectrodeBank);
-    return forward_over_i2c("setReference", [&](auto& controller) {
+    return forward_to_port("setReference", slotID, portID, [&](auto& controller) {
         return controller.setReference(port_index(portID), channel, shank, reference, intRefElectrodeBank);
     });
 }
@@ -156,19 +158,19 @@ NP_ErrorCode setAPCornerFrequency(int slotID, int portID, int dockID, int channe
     VLOG_SCOPE_F(verbosity, "setAPCornerFrequency");
     VLOG_F(verbosity, "slotID : %d, portID : %d, dockID : %d", slotID, portID, dockID);
     VLOG_F(verbosity, "channel=%d, disableHighPass : %d", channel, disableHighPass);
-    return forward_over_i2c("setAPCornerFrequency", [&](auto& controller) {
+    return forward_to_port("setAPCornerFrequency", slotID, portID, [&](auto& controller) {
         return controller.setAPCornerFrequency(port_index(portID), channel, disableHighPass);
     });
 }
 
-NP_ErrorCode getGain(int /*slotID*/, int portID, int /*dockID*/, int channel, int* APgainselect,
+NP_ErrorCode getGain(int slotID, int portID, int /*dockID*/, int channel, int* APgainselect,
                      int* LFPgainselect) {
     LOG_SCOPE_F(INFO, "getGain");
     // A call that fails leaves the host's numbers alone, and they are what is logged.
     int ap_gain = read_from_host(APgainselect);
     int lfp_gain = read_from_host(LFPgainselect);
-    const auto result = forward_over_i2c("getGain", [&](auto& controller) {
-        return controller.getGain(port_index(portID), channel, &ap_gain, &lfp_gain);
+    const auto result = forward_to_port("getGain", slotID, portID, [&](auto& controller) {
+        return current_mode().read_gain(controller, port_index(portID), channel, &ap_gain, &lfp_gain);
     });
     LOG_F(INFO, "portID : %d, APgainselect : %d, LFPgainselect : %d", portID, ap_gain, lfp_gain);
     write_to_host(APgainselect, ap_gain);
@@ -176,9 +178,9 @@ NP_ErrorCode getGain(int /*slotID*/, int portID, int /*dockID*/, int channel, in
     return result;
 }
 
-NP_ErrorCode clear_all_electrode_to_bank_assignments(int /*slotID*/, int portID) {
+NP_ErrorCode clear_all_electrode_to_bank_assignments(int slotID, int portID) {
     LOG_SCOPE_F(INFO, "clear_all_electrode_to_bank_assignments");
-    return forward_over_i2c("clear_all_electrode_to_bank_assignments", [&](auto& controller) {
+    return forward_to_port("clear_all_electrode_to_bank_assignments", slotID, portID, [&](auto& controller) {
         controller.clear_all_electrode_to_bank_assignments(port_index(portID));
         return true;
     });
@@ -187,7 +189,7 @@ NP_ErrorCode clear_all_electrode_to_bank_assignments(int /*slotID*/, int portID)
 NP_ErrorCode setADCCalibration(int slotID, int portID, const char* filename) {
     LOG_SCOPE_F(INFO, "setADCCalibration");
     VLOG_F(1, "slotID : %d, portID : %d, filename : %s", slotID, portID, shown(filename));
-    return forward_over_i2c("setADCCalibration", [&](auto& controller) {
+    return forward_to_port("setADCCalibration", slotID, portID, [&](auto& controller) {
         return controller.setADCCalibration(port_index(portID), filename);
     });
 }
@@ -195,7 +197,7 @@ NP_ErrorCode setADCCalibration(int slotID, int portID, const char* filename) {
 NP_ErrorCode setGainCalibration(int slotID, int portID, int /*dockID*/, const char* filename) {
     LOG_SCOPE_F(INFO, "setGainCalibration");
     VLOG_F(1, "slotID : %d, portID : %d", slotID, portID);
-    return forward_over_i2c("setGainCalibration", [&](auto& controller) {
+    return forward_to_port("setGainCalibration", slotID, portID, [&](auto& controller) {
         return controller.setGainCalibration(port_index(portID), filename);
     });
 }
@@ -203,7 +205,7 @@ NP_ErrorCode setGainCalibration(int slotID, int portID, int /*dockID*/, const ch
 NP_ErrorCode writeProbeConfiguration(int slotID, int portID, int dockID, bool readcheck) {
     LOG_SCOPE_F(INFO, "writeProbeConfiguration");
     LOG_F(INFO, "slotID : %d, portID : %d, dockID : %d, readcheck : %d", slotID, portID, dockID, readcheck);
-    return forward_over_i2c("writeProbeConfiguration", [&](auto& controller) {
+    return forward_to_port("writeProbeConfiguration", slotID, portID, [&](auto& controller) {
         return controller.writeProbeConfiguration(port_index(portID), readcheck);
     });
 }
@@ -232,7 +234,7 @@ NP_ErrorCode readProbePN(int slotID, int portID, int dockID, char* pn, size_t le
     if (pn != nullptr && len != 0) {
         pn[0] = '\0';
     }
-    const auto result = forward_over_i2c("readProbePN", [&](auto& controller) {
+    const auto result = forward_to_port("readProbePN", slotID, portID, [&](auto& controller) {
         return controller.readProbePN(port_index(portID), pn, bounded_length(len));
     });
     LOG_F(INFO, "Reporting probe part number : %s", len == 0 ? "" : shown(pn));
@@ -242,9 +244,9 @@ NP_ErrorCode readProbePN(int slotID, int portID, int dockID, char* pn, size_t le
 NP_ErrorCode readProbeSN(int slotID, int portID, int /*dockID*/, uint64_t* sn) {
     LOG_SCOPE_F(INFO, "readProbeSN");
     LOG_F(INFO, "slotID : %d, portID : %d", slotID, portID);
-    return forward_over_i2c("readProbeSN", [&](auto& controller) {
+    return forward_to_port("readProbeSN", slotID, portID, [&](auto& controller) {
         unsigned long long number = read_from_host(sn);
-        const bool read = controller.readProbeSN(port_index(portID), &number);
+        const bool read = current_mode().read_probe_serial_number(controller, port_index(portID), &number);
         write_to_host(sn, static_cast<uint64_t>(number));
         return read;
     });
@@ -254,9 +256,9 @@ NP_ErrorCode readHSPN(int slotID, int portID, char* pn, size_t len) {
     LOG_SCOPE_F(INFO, "readHSPN");
     LOG_F(INFO, "slotID : %d, portID : %d", slotID, portID);
     if (slotID == self_opening_slot) {
-        open_port("readHSPN", portID);
+        open_port("readHSPN", slotID, portID);
     }
-    while (!g_i2c_comm_initialised && may_be_opened(portID)) {
+    while (current_mode().headstage_waits_for_port() && !g_i2c_comm_initialised && may_be_opened(portID)) {
         console::out("Waiting for I2C_comm_initialization\n");
         wait_for(i2c_poll_wait);
     }
@@ -264,7 +266,7 @@ NP_ErrorCode readHSPN(int slotID, int portID, char* pn, size_t len) {
     char* const text = pn == nullptr || len == 0 ? unwanted.data() : pn;
     const size_t length = text == pn ? len : unwanted.size();
     text[0] = '\0';
-    const auto result = forward_over_i2c("readHSPN", [&](auto& controller) {
+    const auto result = forward_to_port("readHSPN", slotID, portID, [&](auto& controller) {
         return controller.readHSPN(port_index(portID), text, bounded_length(length));
     });
     if (text[0] != 'N') {

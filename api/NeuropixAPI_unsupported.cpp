@@ -4,12 +4,16 @@
 #include "NeuropixAPI.h"
 
 #include "common/Copy_Text.h"
+#include "modes/Current_Mode.h"
 
 #include <loguru.hpp>
 
 namespace Neuropixels {
 
 namespace {
+
+using Pelgar::ORBE::npoe_adapter::current_mode;
+using Pelgar::ORBE::npoe_adapter::Result_Answer;
 
 template <typename... Arguments>
 void leave_alone(const Arguments&... /*unused*/) {}
@@ -24,7 +28,14 @@ void leave_alone(const Arguments&... /*unused*/) {}
         VLOG_SCOPE_F(1, #name);                                                                              \
         VLOG_F(1, #name);                                                                                    \
         leave_alone arguments;                                                                               \
-        return NOTSUPPORTED;                                                                                 \
+        return Result_Answer(#name)(NOTSUPPORTED);                                                           \
+    }
+#define NP_UNSUPPORTED_BY_MODE(result, name, parameters, arguments)                                          \
+    result name parameters {                                                                                 \
+        VLOG_SCOPE_F(1, #name);                                                                              \
+        VLOG_F(1, #name);                                                                                    \
+        const Result_Answer answer(#name);                                                                   \
+        return answer(current_mode().name arguments);                                                        \
     }
 #define NP_UNSUPPORTED_OWN_TWIN(result, name, parameters, arguments)                                         \
     NP_UNSUPPORTED(result, name, parameters, arguments)

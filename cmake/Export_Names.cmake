@@ -47,6 +47,9 @@ set(twins ${rows})
 list(TRANSFORM rows REPLACE "^[^,]*, ([A-Za-z0-9_]+).*" "\\1")
 list(TRANSFORM twins REPLACE "^[^,]*, ([A-Za-z0-9_]+).*" "np_\\1")
 
+# api/NeuropixAPI_overloads.cpp
+set(integer_overloads setSyncClockFrequency)
+
 set(exports "EXPORTS\n")
 set(names "LIBRARY \"${DLL_NAME}\"\nEXPORTS\n")
 set(kinds)
@@ -64,6 +67,13 @@ foreach(row kind own host IN ZIP_LISTS rows kinds own_names host_names)
         message(FATAL_ERROR "Export_Names: ${row} is called \"${own}\" and \"${host}\"")
     endif()
     string(APPEND names "    \"${host}\"\n")
+    if(kind STREQUAL "function" AND row IN_LIST integer_overloads)
+        # The last parameter is a double here and an int there.
+        string(REGEX REPLACE "N@Z$" "H@Z" host "${host}")
+        string(REGEX REPLACE "d$" "i" own "${own}")
+        string(APPEND exports "    \"${host}\" = ${own}\n")
+        string(APPEND names "    \"${host}\"\n")
+    endif()
 endforeach()
 file(WRITE ${OUTPUT_DIR}/exports.def "${exports}")
 file(WRITE ${OUTPUT_DIR}/names.def "${names}")

@@ -13,8 +13,11 @@ namespace {
 // that.
 thread_local std::array<char, 1024> t_last_error{};
 
+thread_local unsigned t_error_count = 0;
+
 void keep_error(void* /*unused*/, const loguru::Message& message) {
     std::snprintf(t_last_error.data(), t_last_error.size(), "%s%s", message.prefix, message.message);
+    ++t_error_count;
 }
 
 bool listen_to_log() {
@@ -30,6 +33,10 @@ void keep_last_errors() {
 
 const char* last_error_of_this_thread() {
     return t_last_error.data();
+}
+
+unsigned error_count_of_this_thread() {
+    return t_error_count;
 }
 
 } // namespace Pelgar::ORBE::npoe_adapter

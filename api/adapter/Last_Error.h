@@ -11,4 +11,7 @@ void keep_last_errors();
 // valid until the thread logs the next one. Errors of more than 1023 characters are cut.
 const char* last_error_of_this_thread();
 
+// How many errors the calling thread has logged so far, so that a call can tell whether it has logged one.
+unsigned error_count_of_this_thread();
+
 } // namespace Pelgar::ORBE::npoe_adapter

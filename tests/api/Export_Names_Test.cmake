@@ -15,6 +15,8 @@ set(string_result "?AV?$basic_string@DU?$char_traits@D@std@@V?$allocator@D@2@@st
 expect_line(exports "EXPORTS")
 expect_line(exports "    \"?openBS@Neuropixels@@YA?AW4NP_ErrorCode@1@H@Z\" = _ZN11Neuropixels6openBSEi")
 expect_line(exports "    \"?np_dbg_setlevel@Neuropixels@@YAXH@Z\" = _ZN11Neuropixels15np_dbg_setlevelEi")
+expect_line(exports
+    "    \"?setSyncClockFrequency@Neuropixels@@YA?AW4NP_ErrorCode@1@HH@Z\" = _ZN11Neuropixels21setSyncClockFrequencyEii")
 expect_line(exports "    np_openBS")
 expect_line(exports "    np_dbg_setlevel")
 expect_line(exports "    np_start_acquisition")
@@ -30,6 +32,8 @@ foreach(name
         "?dbg_setlogcallback@Neuropixels@@YAXHP6AXH_JPEBD1@Z@Z"
         "?bs_get_fpga_design_label@Neuropixels@@YA${string_result}XZ"
         "?bs_get_fpga_design_build_date@Neuropixels@@YA${string_result}XZ"
+        "?setSyncClockFrequency@Neuropixels@@YA?AW4NP_ErrorCode@1@HN@Z"
+        "?setSyncClockFrequency@Neuropixels@@YA?AW4NP_ErrorCode@1@HH@Z"
         "np_openBS"
         "np_dbg_setlevel")
     expect_line(names "    \"${name}\"")

@@ -46,6 +46,13 @@ PUBLISHED(arm, NP_ErrorCode(int))
 PUBLISHED(setSWTrigger, NP_ErrorCode(int))
 PUBLISHED(setSWTriggerEx, NP_ErrorCode(int, swtriggerflags_t))
 PUBLISHED(setTriggerEdge, NP_ErrorCode(int, bool))
+PUBLISHED(setSyncClockFrequency, NP_ErrorCode(int, double))
+PUBLISHED(setSyncClockPeriod, NP_ErrorCode(int, int))
+PUBLISHED(checkFtdiDriver, NP_ErrorCode(driver_version*, driver_version*, bool*, bool*))
+PUBLISHED(checkBasestationSupported, NP_ErrorCode(int))
+PUBLISHED(ob_getFirmwareInfo, NP_ErrorCode(int, firmware_Info*))
+PUBLISHED(bs_resetFirmware, NP_ErrorCode(int))
+PUBLISHED(bsc_resetFirmware, NP_ErrorCode(int))
 PUBLISHED(switchmatrix_set, NP_ErrorCode(int, switchmatrixoutput_t, switchmatrixinput_t, bool))
 PUBLISHED(switchmatrix_get, NP_ErrorCode(int, switchmatrixoutput_t, switchmatrixinput_t, bool*))
 PUBLISHED(switchmatrix_clear, NP_ErrorCode(int, switchmatrixoutput_t))
@@ -241,6 +248,6 @@ PUBLISHED(IMU_getPllTimeBaseCorrection, NP_ErrorCode(int, int, int*))
 PUBLISHED(IMU_DfuRead, NP_ErrorCode(int, int, uint8_t*, size_t, size_t*))
 PUBLISHED(IMU_DfuWrite, NP_ErrorCode(int, int, const uint8_t*, size_t, size_t*))
 
-static_assert(__COUNTER__ - lines_before - 1 == 195);
+static_assert(__COUNTER__ - lines_before - 1 == 202);
 
 } // namespace

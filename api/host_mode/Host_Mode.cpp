@@ -1,0 +1,224 @@
+#include "host_mode/Host_Mode.h"
+
+#include "adapter/Adapter_State.h"
+#include "adapter/Error_Text.h"
+#include "adapter/File_Switch.h"
+#include "common/Never_Destroyed.h"
+#include "host_mode/Simulated_Probes.h"
+
+#include <loguru.hpp>
+
+namespace Pelgar::ORBE::npoe_adapter {
+
+namespace {
+
+// What the box hands on at a time. A port alone fills a transfer in 4.2 ms; 120 super frames are 4 ms.
+constexpr std::uint32_t transfer_bytes = 0x20000;
+constexpr std::uint32_t block_super_frames = 120;
+
+Never_Destroyed<Host_Mode> g_host_mode;
+
+} // namespace
+
+Host_Mode& host_mode() {
+    return *g_host_mode;
+}
+
+Host_Mode::Host_Mode() = default;
+
+void Host_Mode::configure(const Host_Mode_Options& options) {
+    const bool other_devices = options.devices != m_options.devices;
+    m_options = options;
+    Device_Table& table = options.devices == Host_Mode_Options::Devices::usb   ? m_usb
+                          : options.devices == Host_Mode_Options::Devices::pxi ? m_pxi
+                                                                               : m_both;
+    m_devices.store(&table, std::memory_order_release);
+    if (other_devices) {
+        for (Device_State& state : m_states) {
+            state.is_open = false;
+            state.is_running = false;
+        }
+    }
+}
+
+// ---- Devices.
+
+int Host_Mode::list_devices(basestationID* list, int count) {
+    for (std::size_t i = 0; i < devices().size(); ++i) {
+        if (list != nullptr && static_cast<int>(i) < count) {
+            list[i] = devices().device(i).id;
+        }
+    }
+    return static_cast<int>(devices().size());
+}
+
+NP_ErrorCode Host_Mode::device_info(int slotID, basestationID* info) {
+    const auto device = devices().in_slot(slotID);
+    if (!device) {
+        return NO_SLOT;
+    }
+    write_to_host(info, devices().device(*device).id);
+    return SUCCESS;
+}
+
+bool Host_Mode::find_slot(const basestationID* id, int* slotID) {
+    const auto device = id == nullptr ? std::nullopt : devices().with_id(*id);
+    if (device) {
+        write_to_host(slotID, devices().slot(*device));
+    }
+    return device.has_value();
+}
+
+NP_ErrorCode Host_Mode::check_slot(int slotID) const {
+    return devices().in_slot(slotID) ? SUCCESS : NO_SLOT;
+}
+
+NP_ErrorCode Host_Mode::check_open(int slotID) const {
+    const auto device = devices().in_slot(slotID);
+    if (!device) {
+        return NO_SLOT;
+    }
+    return m_states[*device].is_open ? SUCCESS : NOT_OPEN;
+}
+
+NP_ErrorCode Host_Mode::check_adc(int slotID) const {
+    const auto device = devices().in_slot(slotID);
+    if (!device) {
+        return NO_SLOT;
+    }
+    if (!devices().device(*device).has_adc_inputs) {
+        return NOTSUPPORTED;
+    }
+    return m_states[*device].is_open ? SUCCESS : NOT_OPEN;
+}
+
+std::optional<unsigned> Host_Mode::box_port(int slotID, int portID) const {
+    const auto device = devices().in_slot(slotID);
+    if (!device || portID < 1 || portID > devices().device(*device).probe_ports) {
+        return std::nullopt;
+    }
+    return port_index(portID);
+}
+
+NP_ErrorCode Host_Mode::check_port(int slotID, int portID) {
+    if (const auto refused = check_open(slotID); refused != SUCCESS) {
+        return refused;
+    }
+    const Host_Device& device = devices().device(*devices().in_slot(slotID));
+    if (portID < 1 || portID > device.port_count) {
+        return WRONG_PORT;
+    }
+    const auto port = box_port(slotID, portID);
+    const auto controller = current_controller();
+    return port && controller && has_headstage(*controller, *port) ? SUCCESS : NO_LINK;
+}
+
+bool Host_Mode::has_headstage(ORBE_Controller_Library& controller, unsigned port) const {
+    const std::uint32_t ports =
+        controller.is_in_simulation_mode() ? m_simulated_ports : controller.get_cached_np_port_status();
+    return ((ports >> port) & 1U) != 0;
+}
+
+// A host may use a probe without having opened its port.
+NP_ErrorCode Host_Mode::check_link(ORBE_Controller_Library& controller, int /*slotID*/, int portID) {
+    bool& is_up = m_link_is_up.at(port_index(portID));
+    is_up = is_up || controller.probe_init_part_1(port_index(portID));
+    return is_up ? SUCCESS : NO_LINK;
+}
+
+// ---- Opening and closing.
+
+std::optional<NP_ErrorCode> Host_Mode::answer_opening(int slotID) {
+    const auto device = devices().in_slot(slotID);
+    if (!device) {
+        return NO_SLOT;
+    }
+    const auto controller = current_controller();
+    const bool box_is_open =
+        any_is_open() && controller && controller->get_current_error_level() == Error_Level::healthy;
+    if (!box_is_open) {
+        return std::nullopt;
+    }
+    // Nothing is taken from a host that opens what is open, nor from one that has the other device.
+    m_states[*device].is_open = true;
+    return SUCCESS;
+}
+
+void Host_Mode::connect_streams(ORBE_Controller_Library& controller) {
+    for (Device_State& state : m_states) {
+        state.is_open = false;
+        state.is_running = false;
+    }
+    m_link_is_up = {};
+    m_sync_source.reset();
+    m_adc_inputs.reset();
+    m_simulated_ports = controller.is_in_simulation_mode()
+                            ? ports_in_recording(probe_file_switch(simulation_switch).first_line)
+                            : 0;
+    controller.set_prompt_delivery(transfer_bytes, block_super_frames);
+    for (unsigned port = 0; port < probe_port_count; ++port) {
+        if (((used_ports() >> port) & 1U) == 0) {
+            continue;
+        }
+        auto& stream = m_electrode_streams[port];
+        if (!stream) {
+            stream =
+                std::make_shared<Electrode_Stream>(static_cast<int>(port) + 1, m_sync_source, m_sync_levels);
+            m_readable_streams[port].store(stream.get(), std::memory_order_release);
+        }
+        controller.set_NP_aqustion_listener(stream, port, true);
+        controller.set_NP_sample_listener(stream, port);
+    }
+    if (!m_adc_stream) {
+        m_adc_stream = std::make_shared<ADC_Stream>(m_adc_inputs, m_sync_source, m_sync_levels);
+        m_readable_adc_stream.store(m_adc_stream.get(), std::memory_order_release);
+    }
+    controller.set_RHD_aqustion_listener(m_adc_stream);
+}
+
+void Host_Mode::opened(int slotID) {
+    m_states[*devices().in_slot(slotID)].is_open = true;
+}
+
+bool Host_Mode::leave(int slotID) {
+    const auto device = devices().in_slot(slotID);
+    if (!device) {
+        return false;
+    }
+    arm(slotID);
+    const bool was_open = m_states[*device].is_open.exchange(false);
+    return !any_is_open() && (was_open || current_controller() != nullptr);
+}
+
+void Host_Mode::turn_readers_away() {
+    for (std::size_t device = 0; device < devices().size(); ++device) {
+        end_run(device);
+    }
+}
+
+bool Host_Mode::any_is_open() const {
+    return m_states[0].is_open || m_states[1].is_open;
+}
+
+bool Host_Mode::any_is_running() const {
+    return m_states[0].is_running || m_states[1].is_running;
+}
+
+std::uint32_t Host_Mode::used_ports() const {
+    int most = 0;
+    for (std::size_t i = 0; i < devices().size(); ++i) {
+        most = std::max(most, devices().device(i).probe_ports);
+    }
+    return (1U << static_cast<unsigned>(most)) - 1U;
+}
+
+// ---- Results.
+
+NP_ErrorCode Host_Mode::answer(const char* name, NP_ErrorCode result, bool is_explained) {
+    if (result != SUCCESS && !is_explained) {
+        LOG_F(ERROR, "%s : %s", name, error_text(result));
+    }
+    return result;
+}
+
+} // namespace Pelgar::ORBE::npoe_adapter
