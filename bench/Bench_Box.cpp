@@ -22,7 +22,8 @@ constexpr std::uint64_t unsteady_bytes = std::uint64_t{24} << 20;
 
 } // namespace
 
-Bench_Box::Bench_Box(const Bench_Stream& stream) : m_stream(stream) {
+Bench_Box::Bench_Box(const Bench_Stream& stream, std::size_t bytes_a_transfer)
+    : m_stream(stream), m_transfer_bytes(bytes_a_transfer) {
     create_modules();
 }
 
@@ -63,10 +64,10 @@ bool Bench_Box::setup_read(std::uint8_t* buffer, std::uint32_t size, std::uint8_
 
 std::uint32_t Bench_Box::read_stream(std::uint64_t /*unused*/, bool /*complete*/) {
     const std::uint64_t transfer = m_transfers.load(std::memory_order_relaxed);
-    const std::uint64_t begin = transfer * transfer_bytes;
+    const std::uint64_t begin = transfer * m_transfer_bytes;
     while (!m_stopped) {
         const std::chrono::nanoseconds wait =
-            transfer < m_times.size() ? m_permission(begin + transfer_bytes) : idle_wait;
+            transfer < m_times.size() ? m_permission(begin + m_transfer_bytes) : idle_wait;
         if (wait <= std::chrono::nanoseconds::zero()) {
             break;
         }
@@ -85,8 +86,8 @@ std::uint32_t Bench_Box::read_stream(std::uint64_t /*unused*/, bool /*complete*/
 }
 
 void Bench_Box::note_allocations(std::uint64_t transfer) {
-    const std::uint64_t in_round = transfer * transfer_bytes % m_stream.bytes().size();
-    const bool steady = transfer * transfer_bytes >= m_stream.bytes().size() && in_round >= unsteady_bytes;
+    const std::uint64_t in_round = transfer * m_transfer_bytes % m_stream.bytes().size();
+    const bool steady = transfer * m_transfer_bytes >= m_stream.bytes().size() && in_round >= unsteady_bytes;
     const std::uint64_t allocations = allocation_count();
     if (steady && m_in_steady_part) {
         m_steady_allocations += allocations - m_allocations_before;

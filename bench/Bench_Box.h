@@ -22,7 +22,8 @@ class Bench_Box final : public A_ORBE_Controller {
 public:
     static constexpr std::size_t transfer_bytes = std::size_t{1} << 20;
 
-    explicit Bench_Box(const Bench_Stream& stream);
+    // Transfers have 1 MiB, or what the library asks for instead.
+    explicit Bench_Box(const Bench_Stream& stream, std::size_t bytes_a_transfer = transfer_bytes);
     ~Bench_Box() override = default;
 
     // How long a read that would deliver the stream up to the position has to wait before it asks again; not
@@ -39,7 +40,7 @@ public:
 
     // When the driver handed out the transfer in which the position lies: the pump pushes it at once. Steady
     // clock, nanoseconds. Not while reads are under way.
-    std::int64_t delivery_time(std::uint64_t end) const { return m_times[(end - 1) / transfer_bytes]; }
+    std::int64_t delivery_time(std::uint64_t end) const { return m_times[(end - 1) / m_transfer_bytes]; }
 
     std::int64_t transfer_time(std::uint64_t transfer) const { return m_times[transfer]; }
 
@@ -72,6 +73,7 @@ private:
     void note_allocations(std::uint64_t transfer);
 
     const Bench_Stream& m_stream;
+    const std::size_t m_transfer_bytes;
     std::array<std::uint32_t, 0x4000> m_registers{};
     std::uint8_t* m_buffer = nullptr;
     std::uint32_t m_size = 0;

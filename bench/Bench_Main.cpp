@@ -2,6 +2,7 @@
 // alone, and what the whole road does from the driver's reads to the host's packets. Compare figures of one
 // run only. Exit codes: 0 done, 1 a benchmark failed or a report cannot be written, 2 wrong arguments.
 #include "Descriptor_Buffer.h"
+#include "Host_Latency.h"
 #include "Process_Counters.h"
 #include "Rate_Table.h"
 #include "Road_Report.h"
@@ -100,6 +101,9 @@ bool measure(const Choice& choice, std::ostream& report) {
     }
     if (choice.road) {
         runs = run_full_box(choice, report);
+    }
+    if (choice.road) {
+        print_host_latency(report, measure_host_latency(Bench_Stream({4, 0}), choice.seconds));
     }
     if (choice.growth) {
         for (Road_Result& result : run_growth(choice, report)) {

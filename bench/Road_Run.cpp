@@ -59,17 +59,6 @@ void enable_streaming(ORBE_Controller_Library& controller, unsigned rhd_streams)
     }
 }
 
-Latency latency_of(std::vector<double> milliseconds) {
-    if (milliseconds.empty()) {
-        return {};
-    }
-    std::sort(milliseconds.begin(), milliseconds.end());
-    const auto at = [&](double share) {
-        return milliseconds[static_cast<std::size_t>(share * static_cast<double>(milliseconds.size() - 1))];
-    };
-    return {milliseconds.size(), at(0.5), at(0.99), milliseconds.back()};
-}
-
 double milliseconds_between(std::int64_t from, std::int64_t to) {
     return static_cast<double>(to - from) / 1e6;
 }
@@ -362,6 +351,17 @@ Road_Result Road::run() {
 }
 
 } // namespace
+
+Latency latency_of(std::vector<double> milliseconds) {
+    if (milliseconds.empty()) {
+        return {};
+    }
+    std::sort(milliseconds.begin(), milliseconds.end());
+    const auto at = [&](double share) {
+        return milliseconds[static_cast<std::size_t>(share * static_cast<double>(milliseconds.size() - 1))];
+    };
+    return {milliseconds.size(), at(0.5), at(0.99), milliseconds.back()};
+}
 
 Road_Result run_road(const Bench_Stream& stream, const Road_Options& options) {
     return Road(stream, options).run();

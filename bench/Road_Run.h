@@ -36,6 +36,9 @@ struct Latency {
     double largest = 0;
 };
 
+// Of none: all 0.
+Latency latency_of(std::vector<double> milliseconds);
+
 struct Thread_Share {
     std::string name;
     double cpu_per_second = 0; // CPU seconds a second of the stream
