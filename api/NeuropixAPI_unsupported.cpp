@@ -32,8 +32,9 @@ void leave_alone(const Arguments&... /*unused*/) {}
     }
 #define NP_UNSUPPORTED_BY_MODE(result, name, parameters, arguments)                                          \
     result name parameters {                                                                                 \
-        VLOG_SCOPE_F(1, #name);                                                                              \
-        VLOG_F(1, #name);                                                                                    \
+        const int verbosity = current_mode().log_verbosity(#name);                                           \
+        VLOG_SCOPE_F(verbosity, #name);                                                                      \
+        VLOG_F(verbosity, #name);                                                                            \
         const Result_Answer answer(#name);                                                                   \
         return answer(current_mode().name arguments);                                                        \
     }

@@ -8,6 +8,9 @@
 
 #include <loguru.hpp>
 
+#include <algorithm>
+#include <cstring>
+
 namespace Pelgar::ORBE::npoe_adapter {
 
 namespace {
@@ -213,6 +216,11 @@ std::uint32_t Host_Mode::used_ports() const {
 }
 
 // ---- Results.
+
+int Host_Mode::log_verbosity(const char* name) {
+    constexpr int never = loguru::Verbosity_MAX + 1;
+    return std::strcmp(name, "ADC_getPacketFifoStatus") == 0 ? never : 1;
+}
 
 NP_ErrorCode Host_Mode::answer(const char* name, NP_ErrorCode result, bool is_explained) {
     if (result != SUCCESS && !is_explained) {

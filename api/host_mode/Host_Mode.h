@@ -65,6 +65,9 @@ public:
     // Sees to it that getLastErrorMessage says something of every failure.
     NP_ErrorCode answer(const char* name, NP_ErrorCode result, bool is_explained) override;
 
+    // What hosts ask several hundred times a second is not logged.
+    int log_verbosity(const char* name) override;
+
     bool twins_call_functions() override { return true; }
 
 #define NP_FUNCTION(result, name, parameters, arguments)

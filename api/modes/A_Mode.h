@@ -73,6 +73,8 @@ public:
 
     // Every result of an entry point passes here, with whether the call has logged an error.
     virtual NP_ErrorCode answer(const char* name, NP_ErrorCode result, bool is_explained) = 0;
+    // At which verbosity the call of a function below is logged.
+    virtual int log_verbosity(const char* name) = 0;
     // Whether the C twins that are only logged call their functions.
     virtual bool twins_call_functions() = 0;
 

@@ -53,6 +53,8 @@ public:
         return result;
     }
 
+    int log_verbosity(const char* /*name*/) override { return 1; }
+
     bool twins_call_functions() override { return false; }
 
 #define NP_FUNCTION(result, name, parameters, arguments)

@@ -316,6 +316,7 @@ TEST_F(Needed, ADCQueueHoldsTwoSeconds) {
     EXPECT_EQ(ADC_getPacketFifoStatus(usb_slot, &available, &headroom), SUCCESS);
     EXPECT_EQ(available, 0);
     EXPECT_GE(headroom, 60'000);
+    EXPECT_FALSE(m_log.has_scope(1, "ADC_getPacketFifoStatus")) << "hosts ask hundreds of times a second";
     EXPECT_EQ(setSWTrigger(usb_slot), SUCCESS);
     while (available < 60'000) {
         std::this_thread::sleep_for(std::chrono::milliseconds(5));
