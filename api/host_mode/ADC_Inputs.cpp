@@ -29,6 +29,7 @@ void ADC_Inputs::reset() {
     const std::lock_guard lock(m_mutex);
     m_range = ADC_RANGE_5V;
     m_thresholds.fill(ttl_thresholds);
+    m_states = 0;
     update();
 }
 

@@ -20,7 +20,8 @@ class ADC_Inputs {
 public:
     ADC_Inputs() { reset(); }
 
-    // As before any host: 5 V, and thresholds between the levels of TTL signals.
+    // As before any host: 5 V, thresholds between the levels of TTL signals, all comparators low. Not while
+    // samples come.
     void reset();
 
     // False for what is no range.

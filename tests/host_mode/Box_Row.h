@@ -162,6 +162,8 @@ private:
     void open(const char* line, int opened_slot) {
         select_host_mode(line);
         basestationID_of_line();
+        // Another test of the process may have given the device another slot.
+        Neuropixels::mapBS(1, usb_slot);
         ASSERT_EQ(Neuropixels::openBS(opened_slot), Neuropixels::SUCCESS);
         m_clock.emplace(m_box->stream());
     }
