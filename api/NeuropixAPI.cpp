@@ -149,7 +149,7 @@ NP_ErrorCode openBS(int slotID) {
     }
     const File_Switch simulation = probe_file_switch(simulation_switch);
     pin_own_module();
-    keep_raw_data_file(simulation.first_line);
+    keep_raw_data_file(simulation);
     try {
         end_acquisition();
         exchange_controller(make_controller_or_none(simulation.present));

@@ -403,7 +403,7 @@ NP_EXPORT void getAPIVersion(int* version_major, int* version_minor);
 NP_EXPORT size_t getAPIVersionFull(char* text, size_t len);
 // The last line that this library logged at the level "error" on the calling thread, whichever call it came
 // from; empty when there was none. A call that succeeds leaves it, and some failures log no error: openBS,
-// for one, when no port is locked or when the recording is missing.
+// for one, when no port is locked.
 NP_EXPORT size_t getLastErrorMessage(char* text, size_t len);
 
 // A short text for a result, also for a number that is none. Never null; stays valid.
@@ -605,8 +605,8 @@ NP_EXPORT std::string bs_get_fpga_design_build_date();
 NP_EXPORT NP_ErrorCode start_acquisition(int slotID, int portID);
 
 // Switches the streams off and waits for the pump thread to end. After the pump has ended by itself (end of a
-// recording, failed read) this call waits for ever; closeBS does not. Waits until a bistPSB or a
-// start_acquisition that is under way is over. Returns 0.
+// recording, failed read, a stream that openBS could not prepare) this call waits for ever; closeBS does not.
+// Waits until a bistPSB or a start_acquisition that is under way is over. Returns 0.
 NP_EXPORT NP_ErrorCode stop_acquisition(int slotID, int portID);
 
 // Copies `requestedAmount` packets of the port, blocking until they are there. Returns 0; with fewer in

@@ -1,8 +1,8 @@
 # Writes NeuropixAPI_plain.h, the header for C: cmake -D... -P Plain_Header.cmake
 #
 # It is NeuropixAPI.h function by function, each under the name and with the types of its C twin: one file without
-# namespaces, templates or macros that make declarations, so that whatever reads C headers (compilers, LabVIEW's wizard,
-# cffi) takes it as it is, and the comments of NeuropixAPI.h serve its readers as well. Made anew whenever that changes,
+# namespaces, templates or macros that make declarations, so that compilers take it as it is, other readers of C headers
+# find nothing but declarations below its #include lines, and the comments of NeuropixAPI.h serve its readers as well. Made anew whenever that changes,
 # so that the two cannot drift apart.
 #
 # In:  SOURCE_DIR  the project

@@ -24,6 +24,8 @@ class Block_Queue {
     static_assert(std::is_trivially_copyable_v<T>, "records are copied in and out as plain memory");
 
 public:
+    static constexpr std::size_t one_by_one = 0;
+
     Block_Queue() = default;
     Block_Queue(const Block_Queue&) = delete;
     Block_Queue& operator=(const Block_Queue&) = delete;
@@ -83,13 +85,15 @@ public:
     // The front record, which stays in the queue. Blocks while the queue is empty; never allocates.
     T& wait_front() {
         std::unique_lock lock(m_mutex);
-        wait(lock, 1, [this] { return size() != 0; });
+        wait(lock, one_by_one, [this] { return size() != 0; });
         return front();
     }
 
     // As `wait_front`, but answers null, at once or as soon as it is woken, when exit has been signalled. A
-    // caller that goes on to take `wanted` records says so: in a burst it is then not woken for each.
-    T* wait_front_or_exit(std::size_t wanted = 1) {
+    // caller that is about to take `wanted` records more says so: in a burst it is then woken once for them.
+    // One that always takes a single one says `one_by_one`: it is woken for a burst's first record, and from
+    // then on for many at a time.
+    T* wait_front_or_exit(std::size_t wanted = one_by_one) {
         std::unique_lock lock(m_mutex);
         wait(lock, wanted, [this] { return size() != 0 || signalled_for_exit(); });
         return signalled_for_exit() ? nullptr : &front();
@@ -103,11 +107,12 @@ public:
         }
     }
 
-    // Between these two calls of the producer a waiter is woken when as many records are there as it wants,
-    // and at the end, when any are there. The producer must not wait for anything in between.
+    // Between these two calls of the producer a waiter is woken when as many records are there as it wants
+    // (at most 32), and at the end, when any are there. The producer must not wait for anything in between.
     void begin_burst() {
         const std::lock_guard lock(m_mutex);
         m_in_burst = true;
+        m_woken_in_burst = false;
     }
 
     void end_burst() {
@@ -166,16 +171,23 @@ private:
             fill(at(m_front + size()));
             count = size() + 1;
             m_size.store(count, std::memory_order_relaxed);
-            wake = m_waiters != 0 && (!m_in_burst || count >= std::max(m_wanted, m_records_to_wake_for));
+            wake = m_waiters != 0 && count >= records_to_wake_for();
             if (wake) {
                 m_wanted = nothing_wanted;
-                m_records_to_wake_for = std::min(2 * m_records_to_wake_for, most_records_a_wake_up);
+                m_woken_in_burst = true;
             }
         }
         if (wake) {
             m_filled.notify_one();
         }
         return count;
+    }
+
+    std::size_t records_to_wake_for() const {
+        if (!m_in_burst) {
+            return 1;
+        }
+        return m_wanted == one_by_one && m_woken_in_burst ? most_records_a_wake_up : m_wanted;
     }
 
     template <typename Condition>
@@ -218,7 +230,7 @@ private:
     std::size_t m_waiters = 0;
     std::size_t m_wanted = nothing_wanted; // the least that any waiter wants
     bool m_in_burst = false;
-    std::size_t m_records_to_wake_for = 1; // in a burst
+    bool m_woken_in_burst = false;
     std::uint64_t m_removed = 0;
     std::atomic<std::size_t> m_size{0};
     std::atomic<bool> m_exit{false};

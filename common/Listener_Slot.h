@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <memory>
 #include <mutex>
+#include <thread>
 #include <utility>
 
 namespace Pelgar::ORBE {
@@ -33,63 +34,66 @@ public:
     // Carries out `operation` on the live listener; answers false when there is none.
     template <typename Operation>
     bool deliver(Operation operation) {
-        if (!m_in_burst) {
-            const std::shared_ptr<Listener> listener = lock();
-            if (listener) {
-                operation(*listener);
-            }
-            return listener != nullptr;
+        const std::shared_ptr<Listener> listener = is_in_own_burst() ? burst_listener() : lock();
+        if (listener) {
+            operation(*listener);
         }
-        if (is_stale()) {
-            let_go();
-            look_up();
-        }
-        if (m_held) {
-            operation(*m_held);
-        }
-        return m_held != nullptr;
+        return listener != nullptr;
     }
 
-    // Between these two calls the listener is looked up once, and anew only when another one has been set or
-    // its owner has let it go. The listener is told of the burst.
+    // Between these two calls the listener is looked for anew only when another one has been set, and is told
+    // of the burst. An object that several threads deliver through has one burst at a time: the others'
+    // deliveries go on as if there were none.
     void begin_burst() {
-        m_in_burst = true;
-        look_up();
+        std::thread::id nobody{};
+        if (m_burst_thread.compare_exchange_strong(nobody, std::this_thread::get_id())) {
+            look_up();
+        }
     }
 
     void end_burst() {
-        let_go();
-        m_in_burst = false;
+        if (is_in_own_burst()) {
+            let_go();
+            m_burst_thread.store(std::thread::id{});
+        }
     }
 
 private:
-    // Nobody but this slot holding the listener means that its owner has let it go.
-    bool is_stale() const {
-        return m_held_version != m_version.load(std::memory_order_acquire) || m_held.use_count() == 1;
+    bool is_in_own_burst() const {
+        return m_burst_thread.load(std::memory_order_relaxed) == std::this_thread::get_id();
+    }
+
+    std::shared_ptr<Listener> burst_listener() {
+        if (m_told_version != m_version.load(std::memory_order_acquire)) {
+            let_go();
+            look_up();
+        }
+        return m_told.lock();
     }
 
     void look_up() {
-        m_held_version = m_version.load(std::memory_order_acquire);
-        m_held = lock();
-        if (m_held) {
-            m_held->burst_begins();
+        m_told_version = m_version.load(std::memory_order_acquire);
+        m_told = get();
+        if (const auto listener = m_told.lock()) {
+            listener->burst_begins();
         }
     }
 
     void let_go() {
-        if (m_held) {
-            m_held->burst_ends();
-            m_held.reset();
+        if (const auto listener = m_told.lock()) {
+            listener->burst_ends();
         }
+        m_told.reset();
     }
 
     mutable std::mutex m_mutex;
     std::weak_ptr<Listener> m_listener;
     std::atomic<std::uint64_t> m_version{0};
 
-    bool m_in_burst = false;
-    std::shared_ptr<Listener> m_held;
-    std::uint64_t m_held_version = 0;
+    std::atomic<std::thread::id> m_burst_thread{std::thread::id{}};
+    // Of the thread that is in a burst.
+    std::weak_ptr<Listener> m_told;
+    std::uint64_t m_told_version = 0;
 };
 
 } // namespace Pelgar::ORBE

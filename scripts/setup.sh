@@ -15,6 +15,7 @@ libgtest-dev                tests   tests
 libbenchmark-dev            tests   benchmarks
 libfftw3-dev                tests   a Fourier transform to hold the own one of the self test against
 python3-minimal             tests   a host in Python
+libpython3-stdlib           tests   what that host loads the library with
 dpkg-dev                    tests   Debian packages: finds out what they depend on
 file                        tests   Debian packages: cpack asks it what to look at
 pkg-config                  tests   a host that finds the library by it

@@ -50,10 +50,16 @@ fs::path free_name(std::time_t time) {
 
 } // namespace
 
-void keep_raw_data_file(const std::string& recording) {
+void keep_raw_data_file(const File_Switch& simulation) {
     std::error_code error;
     const auto size = fs::file_size(raw_data_file_name, error);
-    if (error || size == 0 || is_same_file(recording.c_str(), raw_data_file_name)) {
+    if (error || size == 0) {
+        return;
+    }
+    // What cannot be read may be this very file, misspelt.
+    const char* const recording = simulation.first_line.c_str();
+    if (simulation.present &&
+        (!why_unreadable(recording).empty() || is_same_file(recording, raw_data_file_name))) {
         return;
     }
     const std::time_t time = time_of_last_change(raw_data_file_name, error);

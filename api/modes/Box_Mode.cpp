@@ -44,8 +44,7 @@ int take_packets(NP_Converter& converter, electrodePacket* packets, int requeste
     const std::lock_guard lock(converter.reader_mutex());
     MT_NP_PXI_Queue& queue = converter.queue();
     for (int i = 0; i < requested; ++i) {
-        const electrodePacket* front =
-            queue.peek_xfer_buffer_from_queue(static_cast<std::size_t>(requested - i));
+        const electrodePacket* front = queue.peek_xfer_buffer_from_queue(packets_wanted(requested, i));
         if (packets != nullptr) {
             packets[i] = *front;
         }
@@ -189,8 +188,7 @@ NP_ErrorCode Box_Mode::read_adc_packets(int /*slotID*/, PacketInfo* packetInfo, 
             }
             int16_t* const samples =
                 data == nullptr ? nullptr : data + taken * std::ptrdiff_t{adc_packet_length};
-            converter->read_sample_packet_to_buffer(samples, status,
-                                                    static_cast<std::size_t>(requested - taken));
+            converter->read_sample_packet_to_buffer(samples, status, packets_wanted(requested, taken));
             if (converter->queue().signalled_for_exit() || g_stop_requested) {
                 // Nothing of what was copied so far is for the host to use.
                 taken = 0;

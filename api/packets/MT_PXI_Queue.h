@@ -16,6 +16,12 @@ namespace Pelgar::ORBE::npoe_adapter {
 // A push is accepted while the queue holds at most this many packets, so that it holds one more at the most.
 inline constexpr std::size_t packet_queue_limit = 500;
 
+// What a reader that is asked for `requested` packets in a call, and has taken `taken`, says that it wants.
+inline std::size_t packets_wanted(int requested, int taken) {
+    return requested == 1 ? Block_Queue<std::uint8_t>::one_by_one
+                          : static_cast<std::size_t>(requested - taken);
+}
+
 template <typename Record>
 class MT_PXI_Queue {
 public:
@@ -42,8 +48,8 @@ public:
 
     // The front record, which stays in the queue. Blocks while the queue is empty. Once exit is signalled it
     // answers a scratch record at once: look at `signalled_for_exit` before using what it points to. A reader
-    // that goes on to take `wanted` records says so.
-    const Record* peek_xfer_buffer_from_queue(std::size_t wanted = 1) {
+    // says how many records it is about to take, as with `Block_Queue::wait_front_or_exit`.
+    const Record* peek_xfer_buffer_from_queue(std::size_t wanted = Block_Queue<Record>::one_by_one) {
         if (const Record* front = m_records.wait_front_or_exit(wanted)) {
             return front;
         }

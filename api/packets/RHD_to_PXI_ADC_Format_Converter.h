@@ -22,9 +22,11 @@ public:
     void burst_ends() override;
 
     // Takes one record: twelve int16 to `dst` and the status; either may be null and is then skipped. Blocks
-    // while there is none; writes nothing once the queue is signalled for exit. A reader that goes on to take
-    // `wanted` records says so.
-    void read_sample_packet_to_buffer(std::int16_t* dst, std::uint16_t* status, std::size_t wanted = 1);
+    // while there is none; writes nothing once the queue is signalled for exit. A reader says
+    // how many records it is about to take, as with `Block_Queue::wait_front_or_exit`.
+
+    void read_sample_packet_to_buffer(std::int16_t* dst, std::uint16_t* status,
+                                      std::size_t wanted = Block_Queue<ADC_Packet_Record>::one_by_one);
 
     MT_RHD_PXI_Queue& queue() { return m_queue; }
 

@@ -40,17 +40,18 @@ Log_Router::Log_Router() {
 #if !defined(_WIN32)
 
 void Log_Router::wait_before_fork() {
-    instance().m_mutex.lock();
+    instance().m_mutex->lock();
 }
 
 void Log_Router::go_on_in_parent() {
-    instance().m_mutex.unlock();
+    instance().m_mutex->unlock();
 }
 
 void Log_Router::go_on_in_child() {
     // The system has given the thread another number, under which it cannot hand the lock back: it takes a
     // new one.
-    std::construct_at(&instance().m_mutex);
+    Log_Router& router = instance();
+    router.m_parents_mutex = std::exchange(router.m_mutex, std::make_unique<std::recursive_mutex>());
 }
 
 #endif
@@ -61,13 +62,13 @@ Log_Router& Log_Router::instance() {
 }
 
 void Log_Router::add(std::shared_ptr<Log_Sink> sink) {
-    const std::lock_guard lock(m_mutex);
+    const std::lock_guard lock(*m_mutex);
     m_sinks.push_back(std::move(sink));
     update_cutoff();
 }
 
 bool Log_Router::remove(std::string_view id) noexcept {
-    const std::lock_guard lock(m_mutex);
+    const std::lock_guard lock(*m_mutex);
     const auto found =
         std::find_if(m_sinks.begin(), m_sinks.end(), [&](const auto& sink) { return sink->id() == id; });
     if (found == m_sinks.end()) {
@@ -79,13 +80,13 @@ bool Log_Router::remove(std::string_view id) noexcept {
 }
 
 void Log_Router::remove_all() noexcept {
-    const std::lock_guard lock(m_mutex);
+    const std::lock_guard lock(*m_mutex);
     m_sinks.clear();
     update_cutoff();
 }
 
 void Log_Router::deliver(const Log_Record& record) noexcept {
-    const std::lock_guard lock(m_mutex);
+    const std::lock_guard lock(*m_mutex);
     if (m_delivering) {
         return;
     }

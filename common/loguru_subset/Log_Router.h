@@ -46,7 +46,10 @@ private:
 #endif
 
     // Recursive, so that a callback may add and remove listeners.
-    std::recursive_mutex m_mutex;
+    std::unique_ptr<std::recursive_mutex> m_mutex = std::make_unique<std::recursive_mutex>();
+#if !defined(_WIN32)
+    std::unique_ptr<std::recursive_mutex> m_parents_mutex; // of a forked process, for ever locked
+#endif
     bool m_delivering = false;
     std::vector<std::shared_ptr<Log_Sink>> m_sinks;
 };

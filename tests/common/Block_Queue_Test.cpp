@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <cstdint>
@@ -167,15 +168,18 @@ TEST(BlockQueue, TheLastRecordCanBeAddedToUnlessItIsTheFrontOne) {
 
 // The producer waits inside the burst for what the consumer does: it is woken although the burst goes on.
 TEST(BlockQueue, InABurstAWaiterIsWokenWhenWhatItWantsIsThere) {
-    for (const std::size_t wanted : {1U, 3U}) {
-        Block_Queue<int> queue;
+    Block_Queue<int> queue;
+    constexpr std::size_t single = Block_Queue<int>::one_by_one;
+    // Each on the queue that the ones before have used.
+    for (const std::size_t wanted :
+         {single, std::size_t{8}, std::size_t{1}, std::size_t{3}, single, std::size_t{1}}) {
         std::atomic<bool> woken{false};
         std::thread consumer([&] {
             EXPECT_NE(queue.wait_front_or_exit(wanted), nullptr);
             woken = true;
         });
         queue.begin_burst();
-        for (std::size_t i = 0; i < wanted; ++i) {
+        for (std::size_t i = 0; i < std::max(wanted, std::size_t{1}); ++i) {
             queue.push_unbounded(1);
         }
         while (!woken) {
@@ -183,12 +187,45 @@ TEST(BlockQueue, InABurstAWaiterIsWokenWhenWhatItWantsIsThere) {
         }
         queue.end_burst();
         consumer.join();
+        while (queue.size() != 0) {
+            queue.pop();
+        }
     }
+}
+
+// A call for several whose last record is missing is woken for that one, however many wake-ups there were
+// before.
+TEST(BlockQueue, InABurstTheRestOfACallIsNotWaitedForLonger) {
+    Block_Queue<int> queue;
+    std::atomic<int> taken{0};
+    std::thread consumer([&] {
+        for (std::size_t rest = 7; rest != 0; --rest) {
+            EXPECT_NE(queue.wait_front_or_exit(rest), nullptr);
+            queue.pop();
+            ++taken;
+        }
+    });
+    queue.begin_burst();
+    for (const int records : {6, 1}) {
+        const int before = taken;
+        for (int i = 0; i < records; ++i) {
+            queue.push_unbounded(i);
+        }
+        if (before + records < 7) {
+            queue.end_burst();
+            queue.begin_burst();
+        }
+        while (taken != before + records) {
+            std::this_thread::yield();
+        }
+    }
+    queue.end_burst();
+    consumer.join();
 }
 
 // However the waiter goes to sleep and is woken in between.
 TEST(BlockQueue, AfterTheEndOfABurstNothingIsLeftToAWaiter) {
-    for (const std::size_t wanted : {1U, 5U, 100U}) {
+    for (const std::size_t wanted : {0U, 1U, 5U, 100U}) {
         Block_Queue<std::size_t> queue;
         std::atomic<std::size_t> taken{0};
         std::size_t mismatches = 0;

@@ -4,6 +4,7 @@
 
 #include <memory>
 #include <string>
+#include <thread>
 
 namespace {
 
@@ -56,7 +57,7 @@ TEST_F(Listener_Slot, TellsTheListenerOfABurst) {
     m_slot.begin_burst();
     EXPECT_TRUE(deliver());
     EXPECT_TRUE(deliver());
-    EXPECT_EQ(m_a.use_count(), 2);
+    EXPECT_EQ(m_a.use_count(), 1) << "nobody but its owner keeps it";
     m_slot.end_burst();
     EXPECT_EQ(m_a.use_count(), 1);
     EXPECT_TRUE(deliver());
@@ -86,7 +87,35 @@ TEST_F(Listener_Slot, ABurstDoesNotKeepAListenerThatItsOwnerLetsGo) {
     EXPECT_FALSE(deliver());
     EXPECT_FALSE(deliver());
     m_slot.end_burst();
-    EXPECT_EQ(m_log, "(aa)a~a");
+    EXPECT_EQ(m_log, "(aa~a");
+}
+
+TEST_F(Listener_Slot, BurstsOfSeveralStagesDoNotKeepAListenerForOneAnother) {
+    Pelgar::ORBE::Listener_Slot<Listener> other;
+    m_slot.set(m_a);
+    other.set(m_a);
+    m_slot.begin_burst();
+    other.begin_burst();
+    EXPECT_TRUE(deliver());
+    m_a.reset();
+    EXPECT_FALSE(deliver());
+    EXPECT_FALSE(other.deliver([](Listener& listener) { listener.take(); }));
+    m_slot.end_burst();
+    other.end_burst();
+    EXPECT_EQ(m_log, "(a(aa~a");
+}
+
+TEST_F(Listener_Slot, AnotherThreadDeliversBesideABurst) {
+    m_slot.set(m_a);
+    m_slot.begin_burst();
+    std::thread([&] {
+        m_slot.begin_burst();
+        EXPECT_TRUE(deliver());
+        m_slot.end_burst();
+    }).join();
+    EXPECT_TRUE(deliver());
+    m_slot.end_burst();
+    EXPECT_EQ(m_log, "(aaa)a") << "one burst, that of the first thread";
 }
 
 TEST_F(Listener_Slot, ABurstWithoutAListenerIsNoBurstForTheOneThatComesLater) {

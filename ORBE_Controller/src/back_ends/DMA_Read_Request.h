@@ -1,5 +1,6 @@
 // Layer: device controller. Where the drivers' back-ends put the bytes of the DMA stream, and the loop that
-// fills it. Set up on the host's threads before the stream runs, filled on the pump thread.
+// fills it. Set up on the host's threads before the stream runs, and between two reads on the pump thread,
+// which fills it.
 #pragma once
 
 #include <cstdint>

@@ -1,7 +1,7 @@
 // Layer: device controller, its lowest seam. One object is one connection to a box: its register space, its
 // DMA stream, and the modules of the design that sit on top. What stands behind it is the hardware, a
-// simulation, or a model of the box. The host's threads use the registers, one at a time, while the pump
-// thread reads the stream; the two do not meet.
+// simulation, or a model of the box. The host's threads use the registers, while the pump thread reads
+// the stream; the two do not meet. Only the configurator's register may be used by several threads at once.
 #pragma once
 
 #include "connection/I_InputDataStream.h"

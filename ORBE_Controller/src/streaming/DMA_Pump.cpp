@@ -23,12 +23,18 @@ void DMA_Pump::allocate_receive_buffer() {
 void DMA_Pump::prepare() {
     m_box.modules().data_stream().prepare_buffer_for_hw_read(m_xfer_buffer->data,
                                                              m_page_aligned_recv_buffer_size);
+    m_registered = m_xfer_buffer->data;
     m_prepared = true;
 }
 
 bool DMA_Pump::pump() {
     try {
         M_DataStream& stream = m_box.modules().data_stream();
+        // Whatever went wrong before: the driver never gets a transfer that is queued already.
+        if (m_registered != m_xfer_buffer->data) {
+            stream.exchange_buffer(m_xfer_buffer->data, m_page_aligned_recv_buffer_size);
+            m_registered = m_xfer_buffer->data;
+        }
         const unsigned count = stream.read(m_xfer_buffer->data, m_page_aligned_recv_buffer_size, true);
         if (count != m_page_aligned_recv_buffer_size) {
             console::out("R:", count, " byte read from device\n");
@@ -40,7 +46,6 @@ bool DMA_Pump::pump() {
         if (valid > 0) {
             m_xfer_buffer->size = valid;
             m_demux.exchange_xfer_buffer(m_xfer_buffer);
-            stream.exchange_buffer(m_xfer_buffer->data, m_page_aligned_recv_buffer_size);
         }
         ++m_read_counter;
         m_total_bytes_read.fetch_add(valid);
@@ -53,6 +58,9 @@ bool DMA_Pump::pump() {
 }
 
 void DMA_Pump::purge_read_buffers() {
+    if (!m_xfer_buffer) {
+        return;
+    }
     if (!m_box.is_healthy()) {
         LOG_F(INFO, "m_current_error_level != 0");
     }

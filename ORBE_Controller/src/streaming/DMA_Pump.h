@@ -52,6 +52,7 @@ private:
     // What the driver fills, and the demultiplexer's queue then takes as it is.
     std::unique_ptr<demux::Main_mux_transfer_buffer_wrapper> m_xfer_buffer;
     bool m_prepared = false;
+    const void* m_registered = nullptr; // what the driver fills
     Relaxed<std::uint32_t> m_total_bytes_read{0};
     std::uint32_t m_read_counter = 0;
     std::uint8_t m_pump_print_counter = 0;

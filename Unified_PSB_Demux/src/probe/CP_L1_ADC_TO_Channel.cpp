@@ -7,6 +7,7 @@
 #include "wire/Stream_Anomalies.h"
 
 #include <cstddef>
+#include <typeinfo>
 #include <utility>
 
 namespace Pelgar::ORBE::demux {
@@ -58,6 +59,10 @@ void CP_L1_ADC_TO_Channel::publish_adc_data(const std::uint16_t (&adc)[adc_frame
 
 // The state is brought on in the steps of `publish_adc_data`, as far as a listener that throws can tell.
 bool CP_L1_ADC_TO_Channel::publish_super_frame(const unsigned char* bytes) {
+    // A class derived from this one, which looks at the frames itself, gets them one by one.
+    if (typeid(*this) != typeid(CP_L1_ADC_TO_Channel)) {
+        return false;
+    }
     constexpr std::uint32_t last_frame = psb::frames_per_super_frame - 1;
     const std::uint32_t counter = super_frame::frame_counter(bytes, 0);
     const std::uint32_t high_part = m_three_word_counter_high_part;

@@ -7,6 +7,7 @@
 #include <array>
 #include <cstddef>
 #include <cstring>
+#include <utility>
 
 namespace Pelgar::ORBE::demux {
 
@@ -50,18 +51,32 @@ void report_lane_tags(const std::array<std::uint16_t, words_per_frame>& words) {
     }
 }
 
-// The stages behind are told of a block's beginning and of its end, whatever that is.
+// The stages behind are told of what follows without a wait: super frames that are in order. It ends with the
+// object, and before something is printed, which may take any time.
 class Burst {
 public:
-    explicit Burst(I_L1_Demux_ADC_Results& listener) : m_listener(listener) { m_listener.burst_begins(); }
+    explicit Burst(I_L1_Demux_ADC_Results& listener) : m_listener(listener) {}
 
-    ~Burst() { m_listener.burst_ends(); }
+    ~Burst() { end(); }
 
     Burst(const Burst&) = delete;
     Burst& operator=(const Burst&) = delete;
 
+    void go_on() {
+        if (!std::exchange(m_is_on, true)) {
+            m_listener.burst_begins();
+        }
+    }
+
+    void end() {
+        if (std::exchange(m_is_on, false)) {
+            m_listener.burst_ends();
+        }
+    }
+
 private:
     I_L1_Demux_ADC_Results& m_listener;
+    bool m_is_on = false;
 };
 
 } // namespace
@@ -83,14 +98,18 @@ void NP_PSB_Raw_Data_Demuxer::feed_psb_raw_data_block_buffer(const unsigned char
         anomaly::frame_count_not_whole_super_frames();
     }
 
-    const Burst burst(m_listener);
+    Burst burst(m_listener);
     const unsigned char* const end = data + byte_count;
     const unsigned char* last_whole = nullptr;
     for (; data != end; data += psb::bytes_per_super_frame) {
-        if (super_frame::is_in_order(data) && m_listener.publish_super_frame(data)) [[likely]] {
-            last_whole = data;
-            continue;
+        if (super_frame::is_in_order(data)) [[likely]] {
+            burst.go_on();
+            if (m_listener.publish_super_frame(data)) [[likely]] {
+                last_whole = data;
+                continue;
+            }
         }
+        burst.end();
         if (!super_frame::has_start_flag(data)) [[unlikely]] {
             anomaly::super_frame_align_failure();
             break;

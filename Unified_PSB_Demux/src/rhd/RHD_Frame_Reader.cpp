@@ -89,6 +89,8 @@ bool RHD_Frame_Reader::read_frame_in_place(RHD_Frame& frame) {
 
 // Every other road: words that are no frame, and frames that go on in a piece that may still have to come.
 bool RHD_Frame_Reader::read_frame_word_by_word(RHD_Frame& frame) {
+    // What is wrong is printed.
+    m_fifo.tell_of_wait();
     frame.preamble = find_preamble();
     for (unsigned i = 1; i < preamble_words; ++i) {
         frame.preamble |= std::uint64_t{m_fifo.pop_word()} << (word_bits * i);

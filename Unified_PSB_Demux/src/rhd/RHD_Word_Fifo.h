@@ -23,8 +23,8 @@ struct RHD_Words_Forgotten {};
 
 class RHD_Word_Fifo {
 public:
-    // `before_wait` is called on the reader's thread whenever the FIFO has run empty, before the reader waits
-    // for words.
+    // `before_wait` is called on the reader's thread before anything that may take time: whenever the FIFO
+    // has run empty, before the reader waits for words, and when the reader says so.
     explicit RHD_Word_Fifo(std::function<void()> before_wait = [] {})
         : m_before_wait(std::move(before_wait)) {}
 
@@ -68,6 +68,9 @@ public:
     // they are until they are read or skipped. Reader only; blocks while the FIFO is empty. Throws
     // RHD_Words_Forgotten.
     std::span<const std::uint16_t> wait_words();
+
+    // The reader is about to do something that may take time.
+    void tell_of_wait() { m_before_wait(); }
 
     // Words that have not been read yet. Reader only.
     std::size_t size() const {

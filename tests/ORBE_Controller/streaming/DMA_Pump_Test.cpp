@@ -39,6 +39,24 @@ TEST_F(Hardware_Pump, FullReadIsPushedAndPrintsNothingOfItsOwn) {
     EXPECT_EQ(m_box->read_calls(), (std::vector<Fake_ORBE_Controller::Read_Call>{{0, true}}));
 }
 
+TEST_F(Hardware_Pump, DriverNeverFillsATransferThatIsQueued) {
+    std::vector<std::uint8_t*> filled;
+    for (int read = 0; read < 3; ++read) {
+        m_box->queue_stream_read(std::vector<std::uint8_t>(mebibyte));
+        EXPECT_TRUE(m_controller->pump_data_to_demux());
+        filled.push_back(m_box->setup_calls().back().buffer);
+    }
+    EXPECT_NE(filled[0], filled[1]);
+    EXPECT_NE(filled[1], filled[2]);
+    // An empty read queues nothing, so that the next one fills the same again.
+    const std::size_t registered = m_box->setup_calls().size();
+    m_box->queue_stream_read({});
+    EXPECT_TRUE(m_controller->pump_data_to_demux());
+    m_box->queue_stream_read({});
+    EXPECT_TRUE(m_controller->pump_data_to_demux());
+    EXPECT_EQ(m_box->setup_calls().size(), registered + 1);
+}
+
 TEST_F(Hardware_Pump, ShortReadIsPushedWithItsSize) {
     m_box->queue_stream_read(std::vector<std::uint8_t>(160, 0));
     testing::internal::CaptureStdout();

@@ -156,6 +156,26 @@ std::string feed(Road& road, const std::vector<Bytes>& blocks, const Words& word
     return output.out + "\n--\n" + output.err;
 }
 
+// A stage of a host's own.
+class Frame_Counter : public CP_L1_ADC_TO_Channel {
+public:
+    void publish_adc_data(const std::uint16_t (&adc)[adc_frame_length]) override {
+        ++frames;
+        CP_L1_ADC_TO_Channel::publish_adc_data(adc);
+    }
+
+    unsigned frames = 0;
+};
+
+TEST(Super_Frame, DerivedStageGetsTheFramesOneByOne) {
+    Frame_Counter stage;
+    NP_PSB_Raw_Data_Demuxer demuxer(stage);
+    const Bytes bytes = numbered_super_frames(0, 5);
+    captured_output(
+        [&] { demuxer.feed_psb_raw_data_block_buffer(bytes.data(), static_cast<unsigned>(bytes.size())); });
+    EXPECT_EQ(stage.frames, 65U);
+}
+
 TEST(Super_Frame, BothRoadsLeaveTheSameBehind) {
     std::mt19937 random(3);
     std::uint32_t counter = 0xFFF00 / 13 * 13 - 13 * 40;

@@ -67,10 +67,10 @@ protected:
 };
 
 TEST_F(RawDataFile, MissingAndEmptyOnesAreLeftAlone) {
-    keep_raw_data_file("");
+    keep_raw_data_file({});
     EXPECT_EQ(files(), Names{});
     write("raw_data.bin", "");
-    keep_raw_data_file("");
+    keep_raw_data_file({});
     EXPECT_EQ(files(), Names{"raw_data.bin"});
     EXPECT_TRUE(m_log.lines().empty());
 }
@@ -78,8 +78,9 @@ TEST_F(RawDataFile, MissingAndEmptyOnesAreLeftAlone) {
 TEST_F(RawDataFile, OneWithContentIsKeptUnderANameWithItsDate) {
     write("raw_data.bin", "a day's work");
     const std::string kept = "raw_data_" + date() + ".bin";
-    keep_raw_data_file("another.bin");
-    EXPECT_EQ(files(), Names{kept});
+    write("another.bin", "a recording");
+    keep_raw_data_file({"another.bin", true});
+    EXPECT_EQ(files(), (Names{"another.bin", kept}));
     EXPECT_EQ(content_of(kept), "a day's work");
     EXPECT_EQ(m_log.count(-1, "raw_data.bin was not empty and is kept as " + kept), 1);
 }
@@ -89,7 +90,7 @@ TEST_F(RawDataFile, NameThatIsTakenIsCountedOn) {
     for (const char* number : {"", "_2", "_3"}) {
         write("raw_data.bin", std::string("content") + number);
         const std::string kept = "raw_data_" + date() + number + ".bin";
-        keep_raw_data_file("");
+        keep_raw_data_file({});
         expected.insert(kept);
         EXPECT_EQ(files(), expected);
         EXPECT_EQ(content_of(kept), std::string("content") + number);
@@ -100,18 +101,27 @@ TEST_F(RawDataFile, RecordingThatIsAboutToBePlayedStaysWhereItIs) {
     write("raw_data.bin", "a recording");
     for (const std::string& recording : {std::string("raw_data.bin"), std::string("./raw_data.bin"),
                                          fs::absolute("raw_data.bin").string()}) {
-        keep_raw_data_file(recording);
+        keep_raw_data_file({recording, true});
         EXPECT_EQ(files(), Names{"raw_data.bin"}) << recording;
     }
     EXPECT_EQ(content_of("raw_data.bin"), "a recording");
     EXPECT_TRUE(m_log.lines().empty());
 }
 
+TEST_F(RawDataFile, StaysWhereItIsWhenTheSwitchMayHaveMeantIt) {
+    write("raw_data.bin", "a recording");
+    for (const char* misspelt : {"\"raw_data.bin\"", " raw_data.bin", "raw_data", ""}) {
+        keep_raw_data_file({misspelt, true});
+        EXPECT_EQ(files(), Names{"raw_data.bin"}) << misspelt;
+    }
+    EXPECT_EQ(content_of("raw_data.bin"), "a recording");
+}
+
 #if defined(__linux__)
 TEST_F(RawDataFile, RecordingUnderASecondNameStaysWhereItIs) {
     write("recording.bin", "a recording");
     fs::create_symlink("recording.bin", "raw_data.bin");
-    keep_raw_data_file("recording.bin");
+    keep_raw_data_file({"recording.bin", true});
     EXPECT_EQ(files(), (Names{"raw_data.bin", "recording.bin"}));
 }
 
@@ -121,7 +131,7 @@ TEST_F(RawDataFile, OneThatCannotBeMovedStaysAsItIs) {
     // The superuser writes everywhere, so the test gives that up for a while.
     const bool superuser = geteuid() == 0;
     ASSERT_EQ(superuser ? seteuid(65534) : 0, 0);
-    keep_raw_data_file("");
+    keep_raw_data_file({});
     ASSERT_EQ(superuser ? seteuid(0) : 0, 0);
     ASSERT_EQ(chmod(".", 0755), 0);
     EXPECT_EQ(files(), Names{"raw_data.bin"});
