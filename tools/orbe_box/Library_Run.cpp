@@ -13,8 +13,8 @@ namespace Pelgar::ORBE::tools {
 namespace {
 
 // What tells of a failure on standard output, where other text may stand before it in the line.
-constexpr std::array<std::string_view, 3> failure_starts{"Exception", "Sim file open error",
-                                                         "Frq check failed"};
+constexpr std::string_view unopened_recording = "Sim file open error";
+constexpr std::array<std::string_view, 3> failure_starts{"Exception", unopened_recording, "Frq check failed"};
 
 // The part of the line that tells of a failure; empty when none does.
 std::string failure_in(const std::string& line) {
@@ -67,6 +67,11 @@ std::string Library_Run::take_error() {
     const std::string logged = m_watch.take();
     const std::string error = last_line_of(m_errors, m_errors_read, whole);
     const std::string failure = last_line_of(m_output, m_output_read, failure_in);
+    // That text has no end of line, so that the next one stands right behind it; and the log knows the
+    // reason.
+    if (failure.starts_with(unopened_recording) && !logged.empty()) {
+        return logged;
+    }
     if (!failure.empty()) {
         return failure;
     }

@@ -297,11 +297,15 @@ TEST_F(Box_Program, ADataPathThatFailsSaysWhatWasSeen) {
 TEST_F(Box_Program, WithoutItsRecordingsTheSimulatedBoxSaysWhichAreMissing) {
     std::filesystem::create_directory("recordings");
     const Run_Result result = run({"--simulation", "--recordings", "recordings", "selftest", "1"});
-    EXPECT_NE(result.output.find("FAIL  the test pattern does not arrive (Sim file open error : "),
+    EXPECT_NE(result.output.find(
+                  "FAIL  the test pattern does not arrive (Recording cannot be opened, No such file or "
+                  "directory: "),
               std::string::npos)
         << result.output;
-    EXPECT_NE(result.output.find("recordings/muxed_raw_data_psb_test.bin"), std::string::npos);
-    EXPECT_NE(result.output.find("recordings/muxed_np_raw_data_2_minute.bin"), std::string::npos);
+    EXPECT_NE(result.output.find("recordings/muxed_raw_data_psb_test.bin)\n"), std::string::npos)
+        << result.output;
+    EXPECT_NE(result.output.find("recordings/muxed_np_raw_data_2_minute.bin)\n"), std::string::npos)
+        << result.output;
     EXPECT_EQ(result.exit_code, 1);
     EXPECT_EQ(without_directory(result.errors), "");
 }
