@@ -47,9 +47,10 @@ run_wine() {
         $fixed_addresses "$wine" "$@"
         return
     fi
-    local errors status
+    # shellcheck disable=SC2034 # counts only
+    local errors status start
     errors=$(mktemp)
-    while true; do
+    for start in {1..20}; do # what fails so often fails for good
         status=0
         # A file, because Wine's services hold on to what the first program writes to.
         WINEDEBUG=-all,err+virtual "$wine" "$@" 2>"$errors" || status=$?

@@ -58,6 +58,12 @@ expect "a program that fails" fixed 1 1 bad 'echo bad; exit 1' 'echo good'
 expect "addresses at random" random 0 1 good 'echo good'
 expect "a failure with addresses at random" random 1 1 bad 'echo bad >&2; exit 1' 'echo good'
 expect "a failure without a word" random 1 1 "" 'exit 1' 'echo good'
+never=()
+for _ in {1..25}; do
+    never+=("$not_started")
+done
+expect "starts that never succeed" random 1 20 \
+    "err:virtual:virtual_alloc_first_teb wine: failed to map the shared user data: c0000018" "${never[@]}"
 expect "a program that leaves another one behind" random 0 1 good 'sleep 60 >/dev/null & echo good'
 expect "a crash" random 139 1 "" 'exit 139' 'echo good'
 expect "a program that was not started" random 3 2 bad "$not_started" 'echo bad; exit 3' 'echo good'
