@@ -4,13 +4,13 @@
 // takes, because hosts end reading threads by force.
 #pragma once
 
-#include "host_mode/ADC_Inputs.h"
-#include "host_mode/ADC_Stream.h"
 #include "host_mode/Device_Table.h"
-#include "host_mode/Electrode_Stream.h"
 #include "host_mode/Host_Mode_Options.h"
-#include "host_mode/Sync_Levels.h"
-#include "host_mode/Sync_Source.h"
+#include "host_streams/ADC_Inputs.h"
+#include "host_streams/ADC_Stream.h"
+#include "host_streams/Electrode_Stream.h"
+#include "host_streams/Sync_Levels.h"
+#include "host_streams/Sync_Source.h"
 #include "modes/A_Mode.h"
 
 #include <array>

@@ -3,15 +3,15 @@
 #include "Waiter_Guard.h"
 
 #include <gain/Gain_Product.h>
-#include <host_mode/ADC_Inputs.h>
 #include <host_mode/Device_Table.h>
-#include <host_mode/Drop_Report.h>
 #include <host_mode/Host_Mode_Options.h>
-#include <host_mode/Packet_Ring.h>
-#include <host_mode/Sample_Count.h>
-#include <host_mode/Sample_Stamp.h>
-#include <host_mode/Sync_Levels.h>
-#include <host_mode/Sync_Source.h>
+#include <host_streams/ADC_Inputs.h>
+#include <host_streams/Drop_Report.h>
+#include <host_streams/Packet_Ring.h>
+#include <host_streams/Sample_Count.h>
+#include <host_streams/Sample_Stamp.h>
+#include <host_streams/Sync_Levels.h>
+#include <host_streams/Sync_Source.h>
 #include <probe/Super_Frame_Counter.h>
 #include <streaming/Recording_Pace.h>
 

@@ -1,6 +1,6 @@
-#include "host_mode/ADC_Stream.h"
+#include "host_streams/ADC_Stream.h"
 
-#include "host_mode/Sample_Stamp.h"
+#include "host_streams/Sample_Stamp.h"
 
 namespace Pelgar::ORBE::npoe_adapter {
 

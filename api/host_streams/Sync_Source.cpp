@@ -1,6 +1,6 @@
-#include "host_mode/Sync_Source.h"
+#include "host_streams/Sync_Source.h"
 
-#include "host_mode/Sample_Stamp.h"
+#include "host_streams/Sample_Stamp.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,6 +1,6 @@
-#include "host_mode/Electrode_Stream.h"
+#include "host_streams/Electrode_Stream.h"
 
-#include "host_mode/Sample_Stamp.h"
+#include "host_streams/Sample_Stamp.h"
 
 #include <chrono>
 #include <cstring>

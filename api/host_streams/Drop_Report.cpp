@@ -1,4 +1,4 @@
-#include "host_mode/Drop_Report.h"
+#include "host_streams/Drop_Report.h"
 
 #include <loguru.hpp>
 

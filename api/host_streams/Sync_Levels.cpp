@@ -1,4 +1,4 @@
-#include "host_mode/Sync_Levels.h"
+#include "host_streams/Sync_Levels.h"
 
 #include <algorithm>
 

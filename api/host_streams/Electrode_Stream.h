@@ -4,12 +4,12 @@
 #pragma once
 
 #include "NeuropixAPI.h"
-#include "host_mode/Drop_Report.h"
-#include "host_mode/Packet_Ring.h"
-#include "host_mode/Run_Gate.h"
-#include "host_mode/Sample_Count.h"
-#include "host_mode/Sync_Levels.h"
-#include "host_mode/Sync_Source.h"
+#include "host_streams/Drop_Report.h"
+#include "host_streams/Packet_Ring.h"
+#include "host_streams/Run_Gate.h"
+#include "host_streams/Sample_Count.h"
+#include "host_streams/Sync_Levels.h"
+#include "host_streams/Sync_Source.h"
 #include "probe/I_L2_Demux_CH_Results.h"
 #include "probe/I_Sample_Listener.h"
 

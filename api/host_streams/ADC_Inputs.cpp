@@ -1,4 +1,4 @@
-#include "host_mode/ADC_Inputs.h"
+#include "host_streams/ADC_Inputs.h"
 
 #include <algorithm>
 #include <cmath>
