@@ -105,7 +105,7 @@ TEST(Super_Frame_Counters, GoOnOverTheWrapsForDays) {
     Super_Frame_Counter counter;
     // Beyond 32 bits of frames, which are three hours.
     const std::uint64_t end = (std::uint64_t{1} << 32U) / 13 + 1000;
-    for (std::uint64_t i = 0; i < end; i += i % 1'000'000 < 200 ? 1 : 40'000) {
+    for (std::uint64_t i = 0; i < end; i += std::uint64_t{i % 1'000'000 < 200 ? 1U : 40'000U}) {
         ASSERT_EQ(counter.follow(wrapped(i)), i);
     }
 }

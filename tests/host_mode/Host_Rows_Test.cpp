@@ -511,7 +511,7 @@ TEST_F(Needed, HardwareIDsAreAnsweredWithoutOpeningAPort) {
     HardwareID id{};
     EXPECT_EQ(getBSCHardwareID(slot, &id), SUCCESS);
     EXPECT_STREQ(id.ProductNumber, "ORBE NA");
-    EXPECT_EQ(id.SerialNumber, 12345U);
+    EXPECT_EQ(std::uint64_t{id.SerialNumber}, 12345U);
     std::memset(&id, 0x55, sizeof id);
     EXPECT_EQ(getHeadstageHardwareID(slot, 2, &id), SUCCESS);
     EXPECT_STREQ(id.ProductNumber, "NP2_HS_30");
@@ -523,7 +523,7 @@ TEST_F(Needed, HardwareIDsAreAnsweredWithoutOpeningAPort) {
     std::memset(&id, 0x55, sizeof id);
     EXPECT_EQ(getProbeHardwareID(slot, 2, 1, &id), SUCCESS);
     EXPECT_STREQ(id.ProductNumber, "PRB_1_4_0480_1");
-    EXPECT_EQ(id.SerialNumber, 0x1122334455667788U);
+    EXPECT_EQ(std::uint64_t{id.SerialNumber}, 0x1122334455667788U);
 }
 
 TEST_F(Needed, HeadstageTesterIsNotThere) {

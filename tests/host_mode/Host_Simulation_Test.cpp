@@ -166,7 +166,7 @@ TEST_F(Host_Simulation, EveryProbeHasItsOwnSerialNumber) {
         uint64_t number = 0;
         EXPECT_EQ(getProbeHardwareID(2, port, 1, &id), SUCCESS);
         EXPECT_EQ(readProbeSN(2, port, 1, &number), SUCCESS);
-        EXPECT_EQ(id.SerialNumber, number);
+        EXPECT_EQ(std::uint64_t{id.SerialNumber}, number);
         EXPECT_NE(number, 0U);
         for (const std::uint64_t other : numbers) {
             EXPECT_NE(number, other);
