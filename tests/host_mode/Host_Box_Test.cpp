@@ -5,6 +5,7 @@
 #include "Killed_Reader.h"
 #include "OE_Host.h"
 #include "SG_Host.h"
+#include "Wait_Until.h"
 
 #include "Log_Capture.h"
 #include "Virtual_Box_Controller.h"
@@ -17,7 +18,6 @@
 #include <atomic>
 #include <chrono>
 #include <fstream>
-#include <functional>
 #include <memory>
 #include <random>
 #include <string>
@@ -33,18 +33,7 @@ using Clock = std::chrono::steady_clock;
 using Faults = std::vector<std::string>;
 using Gaps = std::vector<std::uint64_t>;
 
-constexpr auto patience = std::chrono::seconds(120);
-
-bool wait_until(const std::function<bool()>& done) {
-    const auto begin = Clock::now();
-    while (!done()) {
-        if (Clock::now() - begin > patience) {
-            return false;
-        }
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    }
-    return true;
-}
+constexpr std::chrono::seconds patience(120);
 
 class Host_Box : public testing::Test {
 protected:
@@ -74,7 +63,7 @@ protected:
 
     template <typename Host>
     static void expect_packets(Host& host, std::uint64_t packets) {
-        EXPECT_TRUE(wait_until([&] { return host.readers().fewest_packets() >= packets; }));
+        EXPECT_TRUE(wait_until([&] { return host.readers().fewest_packets() >= packets; }, patience));
     }
 
     Log_Capture m_log;
@@ -165,7 +154,7 @@ TEST_F(Host_Box, BothDevicesStartAndStopByThemselves) {
     probes.start();
     expect_packets(probes, 200);
     inputs.start();
-    EXPECT_TRUE(wait_until([&] { return inputs.readers().adc_packets() > 3000; }));
+    EXPECT_TRUE(wait_until([&] { return inputs.readers().adc_packets() > 3000; }, patience));
     inputs.stop();
     EXPECT_EQ(inputs.readers().faults(), Faults{});
     EXPECT_GT(inputs.readers().adc().last_sample(), 200U * 12) << "one clock for both devices";
@@ -283,7 +272,7 @@ TEST_F(Host_Box, LongRunOfFourPortsAndTheADCInputsLosesNothing) {
     std::uint64_t first_resident = 0;
     std::uint64_t most_resident = 0;
     const std::uint64_t due = seconds * Box_Clock::ticks_per_second / 12;
-    EXPECT_TRUE(wait_until([&] { return probes.readers().fewest_packets() >= due / 10; }));
+    EXPECT_TRUE(wait_until([&] { return probes.readers().fewest_packets() >= due / 10; }, patience));
     first_resident = resident_bytes();
     const auto last = Clock::now() + std::chrono::seconds(5 * seconds + 60);
     while (probes.readers().fewest_packets() < due && Clock::now() < last) {

@@ -2,11 +2,11 @@
 #include "Host_Files.h"
 #include "OE_Host.h"
 #include "SG_Host.h"
+#include "Wait_Until.h"
 
 #include <gtest/gtest.h>
 
 #include <chrono>
-#include <functional>
 #include <string>
 #include <thread>
 #include <vector>
@@ -19,18 +19,7 @@ using Clock = std::chrono::steady_clock;
 using Faults = std::vector<std::string>;
 using Gaps = std::vector<std::uint64_t>;
 
-constexpr auto patience = std::chrono::seconds(60);
-
-bool wait_until(const std::function<bool()>& done) {
-    const auto begin = Clock::now();
-    while (!done()) {
-        if (Clock::now() - begin > patience) {
-            return false;
-        }
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    }
-    return true;
-}
+constexpr std::chrono::seconds patience(60);
 
 class Host_Simulation : public testing::Test {
 protected:
@@ -47,7 +36,7 @@ protected:
     // A whole recording has come, whole, and from its first sample on.
     template <typename Host>
     static void expect_all_of_it(Host& host) {
-        EXPECT_TRUE(wait_until([&] { return host.readers().fewest_packets() >= all_packets; }));
+        EXPECT_TRUE(wait_until([&] { return host.readers().fewest_packets() >= all_packets; }, patience));
     }
 
     template <typename Host>

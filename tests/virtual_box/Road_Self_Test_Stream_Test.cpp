@@ -26,14 +26,6 @@ using Headstage = Virtual_Headstage;
 constexpr unsigned port = 2;
 constexpr std::uint64_t block = 1792;
 
-std::size_t occurrences(const std::string& text, const std::string& part) {
-    std::size_t count = 0;
-    for (auto at = text.find(part); at != std::string::npos; at = text.find(part, at + part.size())) {
-        ++count;
-    }
-    return count;
-}
-
 class Stream_Self_Tests : public Box_Fixture {
 protected:
     // A box whose test signal lies in this bin of 1,024.

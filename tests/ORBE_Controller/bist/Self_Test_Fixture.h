@@ -73,14 +73,6 @@ protected:
         return kept;
     }
 
-    static std::size_t occurrences(const std::string& text, const std::string& part) {
-        std::size_t count = 0;
-        for (auto at = text.find(part); at != std::string::npos; at = text.find(part, at + part.size())) {
-            ++count;
-        }
-        return count;
-    }
-
     unsigned host_ap_sets() const {
         return m_host[0]->ap_sets + m_host[1]->ap_sets + m_host[2]->ap_sets + m_host[3]->ap_sets;
     }

@@ -16,14 +16,6 @@ inline constexpr std::size_t mebibyte = 0x100000;
 inline constexpr const char* refused_transfer =
     "Async_PSB_And_RHD_Demux : Main mux data invalid, discarding data packet\n";
 
-inline std::size_t occurrences(const std::string& text, const std::string& part) {
-    std::size_t count = 0;
-    for (auto at = text.find(part); at != std::string::npos; at = text.find(part, at + part.size())) {
-        ++count;
-    }
-    return count;
-}
-
 class Hardware_Streaming : public Opened_Controller_Fixture {
 protected:
     static constexpr std::uint32_t continuous_mode = 0x1000;

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstddef>
 #include <string>
 #include <utility>
 
@@ -21,6 +22,15 @@ Printed printed_by(Call&& call) {
     call();
     std::string err = testing::internal::GetCapturedStderr();
     return {testing::internal::GetCapturedStdout(), std::move(err)};
+}
+
+// How often a text holds a part.
+inline std::size_t occurrences(const std::string& text, const std::string& part) {
+    std::size_t count = 0;
+    for (auto at = text.find(part); at != std::string::npos; at = text.find(part, at + part.size())) {
+        ++count;
+    }
+    return count;
 }
 
 // The text of the exception that the call throws.
