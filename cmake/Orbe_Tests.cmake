@@ -14,15 +14,11 @@ endfunction()
 
 # A test program: GoogleTest's tests from the sources, each run by ctest in a process and a working directory
 # of its own, because the library keeps process-wide state and writes files into the working directory. Tests of
-# what lies below the layers bring the main function themselves: WITHOUT_SUPPORT. Tests that keep real time run ALONE.
+# what lies below the layers bring the main function themselves: WITHOUT_SUPPORT.
 function(orbe_add_tests name)
-    cmake_parse_arguments(tests "WITHOUT_SUPPORT;ALONE" "TIMEOUT" "SOURCES;USES" ${ARGN})
+    cmake_parse_arguments(tests "WITHOUT_SUPPORT" "TIMEOUT" "SOURCES;USES" ${ARGN})
     if(NOT tests_TIMEOUT)
         set(tests_TIMEOUT 120)
-    endif()
-    set(alone FALSE)
-    if(tests_ALONE)
-        set(alone TRUE)
     endif()
     add_executable(${name} ${tests_SOURCES})
     target_include_directories(${name} PRIVATE ${CMAKE_CURRENT_SOURCE_DIR})
@@ -38,5 +34,5 @@ function(orbe_add_tests name)
     gtest_discover_tests(${name}
         TEST_PREFIX ${name}.
         DISCOVERY_TIMEOUT 180
-        PROPERTIES TIMEOUT ${tests_TIMEOUT} RUN_SERIAL ${alone})
+        PROPERTIES TIMEOUT ${tests_TIMEOUT})
 endfunction()

@@ -45,13 +45,19 @@ NP_ErrorCode Host_Mode::start(int slotID, int /*portID*/) {
     if (m_states[device].is_running) {
         return SUCCESS;
     }
-    if (!any_is_running()) {
-        if (const auto failed = start_box(); failed != SUCCESS) {
-            return failed;
-        }
+    if (any_is_running()) {
+        begin_run(device);
+        return SUCCESS;
     }
+    stop_box();
+    // The run takes in what comes before the box sends anything: the first row may be here before the thread
+    // that triggered goes on.
     begin_run(device);
-    return SUCCESS;
+    const auto started = start_box();
+    if (started != SUCCESS) {
+        end_run(device);
+    }
+    return started;
 }
 
 NP_ErrorCode Host_Mode::stop(int slotID, int /*portID*/) {
@@ -72,7 +78,6 @@ NP_ErrorCode Host_Mode::arm(int slotID) {
 
 // The streams' samples are counted from 0 for all devices at once, before the first row comes.
 NP_ErrorCode Host_Mode::start_box() {
-    stop_box();
     ++m_streaming;
     for (const auto& stream : m_electrode_streams) {
         if (stream) {
