@@ -23,15 +23,21 @@ inline recording::Recording_Options ramp_options(std::vector<unsigned> ports = {
     return options;
 }
 
-// Writes a recording and has the library play it.
-inline void select_recording(const recording::Recording_Options& options) {
-    const std::string path = std::filesystem::absolute("host_recording.bin").string();
+// Writes a recording into the working directory and answers where it lies.
+inline std::filesystem::path write_recording(const recording::Recording_Options& options) {
+    std::filesystem::path path = std::filesystem::absolute("host_recording.bin");
     std::ofstream file(path, std::ios::binary);
     recording::Recording_Generator generator(options);
     for (auto piece = generator.next(); !piece.empty(); piece = generator.next()) {
         file.write(reinterpret_cast<const char*>(piece.data()), static_cast<std::streamsize>(piece.size()));
     }
-    std::ofstream("ORBE_DFGMZ_ADAPTER_SIM", std::ios::trunc) << path << "\n";
+    return path;
+}
+
+// The same, and has the library play it.
+inline void select_recording(const recording::Recording_Options& options) {
+    const std::filesystem::path path = write_recording(options);
+    std::ofstream("ORBE_DFGMZ_ADAPTER_SIM", std::ios::trunc) << path.string() << "\n";
 }
 
 } // namespace Pelgar::ORBE::test

@@ -1,5 +1,5 @@
-// Test support, host mode. A busy machine, on which a thread that has created another one goes on much later than the
-// other one. Any thread.
+// Test support, host mode. A busy machine, on which a thread that has created another one goes on much later
+// than the other one. Any thread.
 #pragma once
 
 #include <atomic>
