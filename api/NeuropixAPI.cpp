@@ -1,5 +1,5 @@
-// Layer: façade. Devices, opening and closing the basestation. Called on the host's threads; openBS and
-// closeBS must not overlap any other call.
+// Layer: façade. Devices, opening and closing the basestation. Called on the host's threads; openings and
+// closings that overlap are made one after the other.
 #include "NeuropixAPI.h"
 
 #include "adapter/Adapter_State.h"
@@ -106,6 +106,7 @@ int getDeviceList(basestationID* list, int count) {
     if (g_log_file_pending.exchange(false)) {
         loguru::add_file(log_file, loguru::Truncate, log_file_verbosity);
     }
+    const std::lock_guard opening(*g_opening_mutex);
     if (!choose_mode_while_closed()) {
         return 0;
     }
@@ -116,6 +117,7 @@ NP_ErrorCode getDeviceInfo(int slotID, basestationID* info) {
     LOG_SCOPE_F(INFO, "getDeviceInfo");
     LOG_F(INFO, "slotID : %d", slotID);
     const Result_Answer answer("getDeviceInfo");
+    const std::lock_guard opening(*g_opening_mutex);
     choose_mode_while_closed();
     return answer(current_mode().device_info(slotID, info));
 }
@@ -123,6 +125,7 @@ NP_ErrorCode getDeviceInfo(int slotID, basestationID* info) {
 bool tryGetSlotID(const basestationID* id, int* slotID) {
     VLOG_SCOPE_F(1, "tryGetSlotID");
     VLOG_F(1, "%d", 0);
+    const std::lock_guard opening(*g_opening_mutex);
     choose_mode_while_closed();
     return current_mode().find_slot(id, slotID);
 }
@@ -137,6 +140,7 @@ NP_ErrorCode openBS(int slotID) {
         LOG_F(ERROR, "openBS : %s", why_there_is_no_basestation());
         return open_failed;
     }
+    const std::lock_guard opening(*g_opening_mutex);
     if (current_controller()) {
         LOG_F(INFO, "Warning re initalizing library. slotID : %d", slotID);
     }
@@ -168,6 +172,7 @@ NP_ErrorCode openBS(int slotID) {
 NP_ErrorCode closeBS(int slotID) {
     LOG_SCOPE_F(INFO, "closeBS");
     LOG_F(INFO, "SlotID : %d", slotID);
+    const std::lock_guard opening(*g_opening_mutex);
     if (!current_mode().leave(slotID)) {
         return SUCCESS;
     }

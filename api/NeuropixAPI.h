@@ -437,7 +437,8 @@ NP_EXPORT NP_ErrorCode getParameter_double(np_parameter_t parameter, double* val
 // Opens the box, or, when the file "ORBE_DFGMZ_ADAPTER_SIM" lies in the working directory, the recorded raw
 // DMA file that the first line of that file names. Opening again closes what was open. Returns 0, or 5 when
 // the box or the recording cannot be brought up; what was made until then stays until closeBS, and calls that
-// need no more of the box than there is go on to answer. Must not overlap any other call of this library.
+// need no more of the box than there is go on to answer. Openings and closings that overlap are made one after
+// the other; start_acquisition and stop_acquisition must not overlap them.
 NP_EXPORT NP_ErrorCode openBS(int slotID);
 
 // Stops streaming, wakes blocked readers and releases the box. Returns 0.

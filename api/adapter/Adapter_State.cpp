@@ -5,6 +5,7 @@
 
 namespace Pelgar::ORBE::npoe_adapter {
 
+Never_Destroyed<std::mutex> g_opening_mutex;
 Never_Destroyed<std::mutex> g_objects_mutex;
 Never_Destroyed<std::shared_ptr<ORBE_Controller_Library>> g_controller;
 Never_Destroyed<std::array<std::shared_ptr<NP_Converter>, np_port_count>> g_np_converters;

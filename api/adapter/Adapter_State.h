@@ -29,6 +29,10 @@ inline constexpr std::size_t np_port_count = demux::np_port_count;
 using NP_Converter = L2_CH_Results_NP_PXI_Format_Converter;
 using RHD_Converter = RHD_to_PXI_ADC_Format_Converter;
 
+// Held while a basestation is opened or closed, and while the way of presenting the box is chosen: one after
+// the other. Taken before every other lock.
+extern Never_Destroyed<std::mutex> g_opening_mutex;
+
 // Guards the three pointers below it. openBS and closeBS, which alone change them, may read them without.
 extern Never_Destroyed<std::mutex> g_objects_mutex;
 extern Never_Destroyed<std::shared_ptr<ORBE_Controller_Library>> g_controller;

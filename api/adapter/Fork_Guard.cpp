@@ -21,6 +21,7 @@ void begin_anew_in_child() {
     if (*g_controller) {
         g_basestation_is_a_parents = true;
     }
+    g_opening_mutex.begin_anew();
     g_objects_mutex.begin_anew();
     g_i2c_mutex.begin_anew();
     g_stream_mutex.begin_anew();

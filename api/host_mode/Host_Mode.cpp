@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <mutex>
 
 namespace Pelgar::ORBE::npoe_adapter {
 
@@ -37,10 +38,7 @@ void Host_Mode::configure(const Host_Mode_Options& options) {
                                                                                : m_both;
     m_devices.store(&table, std::memory_order_release);
     if (other_devices) {
-        for (Device_State& state : m_states) {
-            state.is_open = false;
-            state.is_running = false;
-        }
+        close_devices();
     }
 }
 
@@ -140,6 +138,7 @@ std::optional<NP_ErrorCode> Host_Mode::answer_opening(int slotID) {
     const bool box_is_open =
         any_is_open() && controller && controller->get_current_error_level() == Error_Level::healthy;
     if (!box_is_open) {
+        close_devices();
         return std::nullopt;
     }
     // Nothing is taken from a host that opens what is open, nor from one that has the other device.
@@ -147,11 +146,16 @@ std::optional<NP_ErrorCode> Host_Mode::answer_opening(int slotID) {
     return SUCCESS;
 }
 
-void Host_Mode::connect_streams(ORBE_Controller_Library& controller) {
+// From now on nothing is triggered.
+void Host_Mode::close_devices() {
+    const std::lock_guard stream(*g_stream_mutex);
     for (Device_State& state : m_states) {
         state.is_open = false;
         state.is_running = false;
     }
+}
+
+void Host_Mode::connect_streams(ORBE_Controller_Library& controller) {
     m_link_is_up = {};
     m_sync_source.reset();
     m_adc_inputs.reset();
@@ -188,8 +192,14 @@ bool Host_Mode::leave(int slotID) {
     if (!device) {
         return false;
     }
-    arm(slotID);
-    const bool was_open = m_states[*device].is_open.exchange(false);
+    bool was_open = false;
+    {
+        const std::lock_guard stream(*g_stream_mutex);
+        was_open = m_states[*device].is_open.exchange(false);
+        if (was_open) {
+            stop_device(*device);
+        }
+    }
     return !any_is_open() && (was_open || current_controller() != nullptr);
 }
 

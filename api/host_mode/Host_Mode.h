@@ -103,11 +103,14 @@ private:
     Electrode_Stream* electrode_stream(int slotID, int portID) const;
     std::uint32_t used_ports() const;
 
+    // All of the following hold the stream.
+    void stop_device(std::size_t device);
     NP_ErrorCode start_box();
     void stop_box();
     void begin_run(std::size_t device);
     void end_run(std::size_t device);
     bool any_is_open() const;
+    void close_devices();
     bool any_is_running() const;
 
     Host_Mode_Options m_options;

@@ -39,9 +39,13 @@ NP_ErrorCode Host_Mode::start(int slotID, int /*portID*/) {
     if (const auto refused = check_open(slotID); refused != SUCCESS) {
         return refused;
     }
-    const std::size_t device = *devices().in_slot(slotID);
     // A self test that pumps is waited for.
     const std::lock_guard stream(*g_stream_mutex);
+    // It may have been closed meanwhile.
+    if (const auto refused = check_open(slotID); refused != SUCCESS) {
+        return refused;
+    }
+    const std::size_t device = *devices().in_slot(slotID);
     if (m_states[device].is_running) {
         return SUCCESS;
     }
@@ -69,11 +73,17 @@ NP_ErrorCode Host_Mode::arm(int slotID) {
         return refused;
     }
     const std::lock_guard stream(*g_stream_mutex);
-    end_run(*devices().in_slot(slotID));
+    if (const auto device = devices().in_slot(slotID)) {
+        stop_device(*device);
+    }
+    return SUCCESS;
+}
+
+void Host_Mode::stop_device(std::size_t device) {
+    end_run(device);
     if (!any_is_running()) {
         stop_box();
     }
-    return SUCCESS;
 }
 
 // The streams' samples are counted from 0 for all devices at once, before the first row comes.

@@ -1,0 +1,25 @@
+// Test support, random hosts. Every exported function by both of its names, to be called with random
+// arguments.
+#pragma once
+
+#include "Random_Arguments.h"
+
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace Pelgar::ORBE::test {
+
+struct Random_Function {
+    std::string name;
+    // Calls it; what it throws is thrown.
+    std::function<void(Random_Arguments&)> call;
+
+    // Whether it begins or ends an acquisition or an opening. The box's own way leaves it to hosts to make
+    // such calls one after the other.
+    bool changes_state() const;
+};
+
+std::vector<Random_Function> all_functions();
+
+} // namespace Pelgar::ORBE::test
