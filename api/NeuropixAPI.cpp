@@ -106,7 +106,6 @@ int getDeviceList(basestationID* list, int count) {
     if (g_log_file_pending.exchange(false)) {
         loguru::add_file(log_file, loguru::Truncate, log_file_verbosity);
     }
-    const std::lock_guard opening(*g_opening_mutex);
     if (!choose_mode_while_closed()) {
         return 0;
     }
@@ -117,17 +116,16 @@ NP_ErrorCode getDeviceInfo(int slotID, basestationID* info) {
     LOG_SCOPE_F(INFO, "getDeviceInfo");
     LOG_F(INFO, "slotID : %d", slotID);
     const Result_Answer answer("getDeviceInfo");
-    const std::lock_guard opening(*g_opening_mutex);
-    choose_mode_while_closed();
+    if (!choose_mode_while_closed()) {
+        return answer(NO_SLOT);
+    }
     return answer(current_mode().device_info(slotID, info));
 }
 
 bool tryGetSlotID(const basestationID* id, int* slotID) {
     VLOG_SCOPE_F(1, "tryGetSlotID");
     VLOG_F(1, "%d", 0);
-    const std::lock_guard opening(*g_opening_mutex);
-    choose_mode_while_closed();
-    return current_mode().find_slot(id, slotID);
+    return choose_mode_while_closed() && current_mode().find_slot(id, slotID);
 }
 
 NP_ErrorCode openBS(int slotID) {

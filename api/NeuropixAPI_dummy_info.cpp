@@ -4,6 +4,7 @@
 
 #include "adapter/Adapter_State.h"
 #include "common/Copy_Text.h"
+#include "host_mode/Mode_Choice.h"
 #include "modes/Current_Mode.h"
 
 #include <loguru.hpp>
@@ -46,6 +47,7 @@ void write_firmware_info(firmware_Info* info, const char* name) {
         VLOG_SCOPE_F(1, #name);                                                                              \
         VLOG_F(1, __VA_ARGS__);                                                                              \
         static_cast<void>(written);                                                                          \
+        Pelgar::ORBE::npoe_adapter::choose_mode_while_closed();                                              \
         const Result_Answer answer(#name);                                                                   \
         return answer(current_mode().name arguments);                                                        \
     }

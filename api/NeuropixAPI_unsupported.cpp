@@ -4,6 +4,7 @@
 #include "NeuropixAPI.h"
 
 #include "common/Copy_Text.h"
+#include "host_mode/Mode_Choice.h"
 #include "modes/Current_Mode.h"
 
 #include <loguru.hpp>
@@ -32,6 +33,7 @@ void leave_alone(const Arguments&... /*unused*/) {}
     }
 #define NP_UNSUPPORTED_BY_MODE(result, name, parameters, arguments)                                          \
     result name parameters {                                                                                 \
+        Pelgar::ORBE::npoe_adapter::choose_mode_while_closed();                                              \
         const int verbosity = current_mode().log_verbosity(#name);                                           \
         VLOG_SCOPE_F(verbosity, #name);                                                                      \
         VLOG_F(verbosity, #name);                                                                            \

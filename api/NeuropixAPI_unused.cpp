@@ -2,6 +2,7 @@
 // and does nothing else, but for those that the mode carries out. Called on the host's threads; none blocks.
 #include "NeuropixAPI.h"
 
+#include "host_mode/Mode_Choice.h"
 #include "modes/Current_Mode.h"
 
 #include <loguru.hpp>
@@ -20,6 +21,7 @@ using namespace Pelgar::ORBE::npoe_adapter;
     type name parameters {                                                                                   \
         VLOG_SCOPE_F(1, #name);                                                                              \
         VLOG_F(1, __VA_ARGS__);                                                                              \
+        choose_mode_while_closed();                                                                          \
         const Result_Answer answer(#name);                                                                   \
         return answer(current_mode().name arguments);                                                        \
     }

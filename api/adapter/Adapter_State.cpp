@@ -18,6 +18,7 @@ Never_Destroyed<std::unique_ptr<std::thread>> g_pump_thread;
 std::atomic<bool> g_acquisition_running{false};
 Relaxed<bool> g_stop_requested{false};
 Relaxed<bool> g_pump_ended{false};
+Relaxed<bool> g_pump_broke_off{false};
 std::atomic<bool> g_log_file_pending{true};
 
 Never_Destroyed<Controller_Factory> g_controller_factory;

@@ -52,6 +52,8 @@ extern Never_Destroyed<std::unique_ptr<std::thread>> g_pump_thread;
 extern std::atomic<bool> g_acquisition_running;
 extern Relaxed<bool> g_stop_requested;
 extern Relaxed<bool> g_pump_ended;
+// The pump has ended by itself: a failed read, or the end of a recording.
+extern Relaxed<bool> g_pump_broke_off;
 extern std::atomic<bool> g_log_file_pending;
 
 // How openBS makes its controller; tests put one on a modelled box in its place.

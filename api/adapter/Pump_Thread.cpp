@@ -26,6 +26,7 @@ void run_pump(const std::shared_ptr<ORBE_Controller_Library>& controller, int sl
         if (!pump_once(*controller)) {
             // The "ended" flag stays clear: stop_acquisition tells a stopped pump from one that broke off.
             LOG_F(INFO, "error in main pump thread (%d,%d)", slotID, portID);
+            g_pump_broke_off = true;
             return;
         }
     }
@@ -36,6 +37,7 @@ void run_pump(const std::shared_ptr<ORBE_Controller_Library>& controller, int sl
 } // namespace
 
 void start_pump_thread(std::shared_ptr<ORBE_Controller_Library> controller, int slotID, int portID) {
+    g_pump_broke_off = false;
     *g_pump_thread = std::make_unique<std::thread>(run_pump, std::move(controller), slotID, portID);
 }
 

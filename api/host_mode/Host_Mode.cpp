@@ -19,6 +19,15 @@ namespace {
 // What the box hands on at a time. A port alone fills a transfer in 4.2 ms; 120 super frames are 4 ms.
 constexpr std::uint32_t transfer_bytes = 0x20000;
 constexpr std::uint32_t block_super_frames = 120;
+// Without a probe the ADC inputs alone fill a transfer, this one in 3 ms.
+constexpr std::uint32_t transfer_bytes_without_probes = 0x1000;
+
+// Where a probe's link has failed, all other ports go on. A driver that did not open, or whose reads fail, is
+// opened again.
+bool box_is_usable(const ORBE_Controller_Library& controller) {
+    const Error_Level level = controller.get_current_error_level();
+    return level == Error_Level::healthy || level == Error_Level::probe_link;
+}
 
 Never_Destroyed<Host_Mode> g_host_mode;
 
@@ -79,7 +88,8 @@ NP_ErrorCode Host_Mode::check_open(int slotID) const {
     if (!device) {
         return NO_SLOT;
     }
-    return m_states[*device].is_open ? SUCCESS : NOT_OPEN;
+    // A process that was forked off has the states of its parent, but no box.
+    return m_states[*device].is_open && current_controller() ? SUCCESS : NOT_OPEN;
 }
 
 NP_ErrorCode Host_Mode::check_adc(int slotID) const {
@@ -135,9 +145,7 @@ std::optional<NP_ErrorCode> Host_Mode::answer_opening(int slotID) {
         return NO_SLOT;
     }
     const auto controller = current_controller();
-    const bool box_is_open =
-        any_is_open() && controller && controller->get_current_error_level() == Error_Level::healthy;
-    if (!box_is_open) {
+    if (!any_is_open() || !controller || !box_is_usable(*controller)) {
         close_devices();
         return std::nullopt;
     }
@@ -149,9 +157,9 @@ std::optional<NP_ErrorCode> Host_Mode::answer_opening(int slotID) {
 // From now on nothing is triggered.
 void Host_Mode::close_devices() {
     const std::lock_guard stream(*g_stream_mutex);
-    for (Device_State& state : m_states) {
-        state.is_open = false;
-        state.is_running = false;
+    for (std::size_t device = 0; device < m_states.size(); ++device) {
+        m_states[device].is_open = false;
+        end_run(device);
     }
 }
 
@@ -162,9 +170,15 @@ void Host_Mode::connect_streams(ORBE_Controller_Library& controller) {
     m_simulated_ports = controller.is_in_simulation_mode()
                             ? ports_in_recording(probe_file_switch(simulation_switch).first_line)
                             : 0;
-    controller.set_prompt_delivery(transfer_bytes, block_super_frames);
+    const bool has_probes =
+        controller.is_in_simulation_mode() || (controller.get_cached_np_port_status() & used_ports()) != 0;
+    controller.set_prompt_delivery(has_probes ? transfer_bytes : transfer_bytes_without_probes,
+                                   block_super_frames);
+    controller.set_stopping_despite_errors(true);
     for (unsigned port = 0; port < probe_port_count; ++port) {
         if (((used_ports() >> port) & 1U) == 0) {
+            // A recording may hold it all the same.
+            controller.set_NP_aqustion_listener(m_unheard, port, true);
             continue;
         }
         auto& stream = m_electrode_streams[port];
@@ -204,9 +218,7 @@ bool Host_Mode::leave(int slotID) {
 }
 
 void Host_Mode::turn_readers_away() {
-    for (std::size_t device = 0; device < devices().size(); ++device) {
-        end_run(device);
-    }
+    close_devices();
 }
 
 bool Host_Mode::any_is_open() const {

@@ -12,6 +12,7 @@
 #include "host_streams/Sync_Levels.h"
 #include "host_streams/Sync_Source.h"
 #include "modes/A_Mode.h"
+#include "probe/CP_L2_CH_Results_Null_Writer.h"
 
 #include <array>
 #include <atomic>
@@ -128,6 +129,10 @@ private:
     std::array<std::shared_ptr<Electrode_Stream>, probe_port_count> m_electrode_streams;
     std::array<std::atomic<Electrode_Stream*>, probe_port_count> m_readable_streams{};
     std::atomic<ADC_Stream*> m_readable_adc_stream{nullptr};
+
+    // Of ports that no device has.
+    const std::shared_ptr<demux::CP_L2_CH_Results_Null_Writer> m_unheard =
+        std::make_shared<demux::CP_L2_CH_Results_Null_Writer>();
 
     std::uint32_t m_streaming = 0;       // times that the box has streamed
     std::uint32_t m_simulated_ports = 0; // of the recording that is open

@@ -46,6 +46,12 @@ NP_ErrorCode Host_Mode::start(int slotID, int /*portID*/) {
         return refused;
     }
     const std::size_t device = *devices().in_slot(slotID);
+    if (g_pump_broke_off) {
+        // Nothing comes any more, whoever triggered.
+        end_run(0);
+        end_run(1);
+        stop_box();
+    }
     if (m_states[device].is_running) {
         return SUCCESS;
     }
@@ -214,6 +220,9 @@ NP_ErrorCode Host_Mode::read_adc_packets(int slotID, PacketInfo* packetInfo, int
     }
     if (!devices().device(*devices().in_slot(slotID)).has_adc_inputs) {
         return NOTSUPPORTED;
+    }
+    if (channelCount < 0) {
+        return PARAMETER_INVALID;
     }
     if (ADC_Stream* const stream = m_readable_adc_stream.load(std::memory_order_acquire)) {
         const std::size_t taken =

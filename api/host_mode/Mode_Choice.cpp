@@ -1,12 +1,14 @@
 #include "host_mode/Mode_Choice.h"
 
 #include "adapter/Adapter_State.h"
+#include "adapter/Last_Error.h"
 #include "host_mode/Host_Mode.h"
 #include "host_mode/Host_Mode_Options.h"
 #include "modes/Current_Mode.h"
 
 #include <loguru.hpp>
 
+#include <mutex>
 #include <stdexcept>
 
 namespace Pelgar::ORBE::npoe_adapter {
@@ -19,6 +21,7 @@ bool choose_mode() {
         if (!stays) {
             current_mode().turn_readers_away();
             if (options) {
+                keep_last_errors();
                 host_mode().configure(*options);
             }
             put_in_force(mode);
@@ -31,6 +34,10 @@ bool choose_mode() {
 }
 
 bool choose_mode_while_closed() {
+    if (current_controller() != nullptr) {
+        return true;
+    }
+    const std::lock_guard opening(*g_opening_mutex);
     return current_controller() != nullptr || choose_mode();
 }
 

@@ -8,7 +8,8 @@ namespace Pelgar::ORBE::npoe_adapter {
 // What another mode streams ends.
 bool choose_mode();
 
-// The same while no basestation is open; otherwise leaves the mode as it is, and is true.
+// The same while no basestation is open; otherwise leaves the mode as it is, and is true. Waits for an
+// opening or a closing that is under way. Any thread.
 bool choose_mode_while_closed();
 
 } // namespace Pelgar::ORBE::npoe_adapter

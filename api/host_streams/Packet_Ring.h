@@ -3,6 +3,7 @@
 // such a thread holds may be missed. One producer; any number of readers, who get each packet once.
 #pragma once
 
+#include <algorithm>
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
@@ -29,8 +30,10 @@ public:
         : m_capacity(capacity), m_records(std::make_unique<Record[]>(capacity)) {}
 
     std::size_t size() const {
+        // Readers and the producer may have moved on between the two.
         const std::uint64_t first = m_first.load(std::memory_order_acquire);
-        return static_cast<std::size_t>(m_end.load(std::memory_order_acquire) - first);
+        const std::uint64_t queued = m_end.load(std::memory_order_acquire) - first;
+        return std::min(static_cast<std::size_t>(queued), m_capacity);
     }
 
     // The producer: `write` (Record& -> void) fills the next record. False, without calling it, when the ring

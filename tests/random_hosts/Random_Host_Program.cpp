@@ -10,10 +10,10 @@
 #include "Waiter_Guard.h"
 
 #include "generator/Calibration_Generator.h"
-#include "library_run/Quiet_Library.h"
 #include <adapter/Adapter_State.h>
 
 #include <CLI/CLI.hpp>
+#include <loguru.hpp>
 
 #include <cstdint>
 #include <cstdio>
@@ -71,10 +71,12 @@ int run(Options& options) {
     const Box_Clock clock(box.box()->stream());
     const Waiter_Guard waiter;
     Random_Host host(options, box);
-    {
-        const tools::Quiet_Library quiet("library.txt", "library-errors.txt");
-        host.run();
+    // Standard error is for those who look at the process: the sanitizers, and stacks.
+    if (std::freopen("library.txt", "w", stdout) == nullptr) {
+        return EXIT_FAILURE;
     }
+    loguru::g_stderr_verbosity = loguru::Verbosity_OFF;
+    host.run();
     *npoe_adapter::g_controller_factory = {};
     bool is_as_announced = true;
     for (const auto& [text, times] : host.exceptions()) {

@@ -226,6 +226,10 @@ void ORBE_Controller_Library::set_prompt_delivery(std::uint32_t transfer_bytes, 
     m_stream.set_prompt_delivery(transfer_bytes, super_frames);
 }
 
+void ORBE_Controller_Library::set_stopping_despite_errors(bool stops) {
+    m_stream.set_stopping_despite_errors(stops);
+}
+
 void ORBE_Controller_Library::set_NP_sample_listener(std::weak_ptr<demux::I_Sample_Listener> listener,
                                                      unsigned port) {
     m_stream.set_NP_sample_listener(std::move(listener), port);

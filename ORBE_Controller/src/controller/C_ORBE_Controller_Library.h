@@ -174,6 +174,9 @@ public:
     // Reads the stream in transfers of so many bytes (a whole number of pages, at most 1 MiB) instead of
     // 1 MiB, and hands a port's super frames on as soon as there are so many.
     void set_prompt_delivery(std::uint32_t transfer_bytes, std::uint32_t super_frames);
+    // Sources are switched off, too, after a probe's link or a read has failed: the registers are there all
+    // the same, and what goes on sending would be taken for the next run.
+    void set_stopping_despite_errors(bool stops);
     // Announces a port's samples (index 0..3) to the listener, which is held weakly, and corrects their gain
     // around the middle of their ten bits. After `pre_init`.
     void set_NP_sample_listener(std::weak_ptr<demux::I_Sample_Listener> listener, unsigned port);

@@ -113,7 +113,7 @@ void Box_Stream::disable_streaming() {
         m_recording_pump.pause();
         return;
     }
-    if (!m_box.is_healthy()) {
+    if (!may_stop_sources()) {
         LOG_F(WARNING, "Skipping commands for disabling streams ( m_current_error_level > 0 )");
         return;
     }
@@ -121,9 +121,13 @@ void Box_Stream::disable_streaming() {
     m_box.modules().okelly_adapter().enable_streams({});
 }
 
+bool Box_Stream::may_stop_sources() const {
+    return m_box.is_healthy() || (m_stops_despite_errors && m_box.error_level() != Error_Level::driver_open);
+}
+
 void Box_Stream::disable_data_sources() {
     LOG_SCOPE_F(INFO, "disable_data_sources");
-    if (m_box.is_healthy()) {
+    if (may_stop_sources()) {
         m_box.modules().data_stream().disable_data_source();
         m_box.modules().okelly_adapter().set_continous_mode(false);
     }
@@ -161,7 +165,7 @@ void Box_Stream::set_RHD_aqustion_listener(std::weak_ptr<demux::I_RHD_Frame_List
 void Box_Stream::finalize_stream() {
     LOG_SCOPE_F(INFO, "finalize_stream");
     std::exception_ptr failure;
-    if (m_box.is_healthy()) {
+    if (may_stop_sources()) {
         try {
             disable_data_sources();
             LOG_F(INFO, "Purge on exit disabled");

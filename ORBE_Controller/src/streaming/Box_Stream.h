@@ -31,6 +31,8 @@ public:
     void set_prompt_delivery(std::uint32_t transfer_bytes, std::uint32_t super_frames);
     void set_NP_sample_listener(std::weak_ptr<demux::I_Sample_Listener> listener, unsigned port);
 
+    void set_stopping_despite_errors(bool stops) { m_stops_despite_errors = stops; }
+
     void play_from_beginning_in_real_time() { m_recording_pump.play_from_beginning_in_real_time(); }
 
     void enable_streaming(bool enable_np, std::initializer_list<unsigned> np_ports, bool enable_rhd,
@@ -63,6 +65,7 @@ public:
     void purge_read_buffers() { m_dma_pump.purge_read_buffers(); }
 
 private:
+    bool may_stop_sources() const;
     void enable_box_sources(bool enable_np, std::initializer_list<unsigned> np_ports, bool enable_rhd,
                             std::initializer_list<unsigned> rhd_streams, bool soft_trigger);
 
@@ -72,6 +75,7 @@ private:
     DMA_Pump m_dma_pump;
     Recording_Pump m_recording_pump;
     Saved_Listeners m_saved_listeners;
+    bool m_stops_despite_errors = false;
     bool m_prepared_for_streaming = false;
     Relaxed<bool> m_streams_enabled{false};
 };

@@ -3,6 +3,7 @@
 #include "common/Waiting.h"
 #include "wire/Mux_Row_Format.h"
 
+#include <algorithm>
 #include <cstddef>
 
 namespace Pelgar::ORBE {
@@ -25,7 +26,9 @@ void Recording_Pace::wait_until_due(std::span<const std::uint8_t> piece) {
         m_start = now;
     }
     count_samples(piece);
-    const std::uint64_t samples = m_port ? m_samples : m_rhd_words / words_per_rhd_frame;
+    // Of a port that loses rows or stops the others tell.
+    const std::uint64_t most = *std::max_element(m_samples.begin(), m_samples.end());
+    const std::uint64_t samples = most > 0 ? most : m_rhd_words / words_per_rhd_frame;
     const auto due = *m_start + std::chrono::nanoseconds(samples * 1'000'000'000 / samples_per_second);
     if (now - due > longest_delay) {
         *m_start += now - due;
@@ -42,10 +45,9 @@ void Recording_Pace::count_samples(std::span<const std::uint8_t> piece) {
         const unsigned stream_id = row[mux_row::marker_offset] & mux_row::stream_id_mask;
         if (stream_id == mux_row::rhd_stream_id) {
             m_rhd_words += mux_row::payload_words;
-        } else if (stream_id < mux_row::rhd_stream_id && (!m_port || m_port == stream_id) &&
+        } else if (stream_id < m_samples.size() &&
                    (row[mux_row::start_flag_offset] & mux_row::start_flag) != 0) {
-            m_port = stream_id;
-            ++m_samples;
+            ++m_samples[stream_id];
         }
     }
 }

@@ -2,6 +2,9 @@
 // Called on the pump thread; waits.
 #pragma once
 
+#include "wire/Mux_Row_Format.h"
+
+#include <array>
 #include <chrono>
 #include <cstdint>
 #include <optional>
@@ -22,9 +25,8 @@ private:
     void count_samples(std::span<const std::uint8_t> piece);
 
     std::optional<Clock::time_point> m_start;
-    std::uint64_t m_samples = 0;
-    // The probe port whose super frames are counted: the first one that comes, since all send as many.
-    std::optional<unsigned> m_port;
+    // Super frames of each probe port.
+    std::array<std::uint64_t, demux::np_port_count> m_samples{};
     std::uint64_t m_rhd_words = 0;
 };
 
