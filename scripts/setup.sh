@@ -11,6 +11,7 @@ g++                         build   compiler
 cmake                       build   build
 ninja-build                 build   build
 libcli11-dev                build   command lines of the programs in tools/
+nlohmann-json3-dev          build   descriptions of recordings, which are JSON
 libgtest-dev                tests   tests
 libbenchmark-dev            tests   benchmarks
 libfftw3-dev                tests   a Fourier transform to hold the own one of the self test against

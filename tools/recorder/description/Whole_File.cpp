@@ -1,0 +1,50 @@
+#include "description/Whole_File.h"
+
+#include <cerrno>
+#include <fstream>
+#include <sstream>
+
+namespace Pelgar::ORBE::recorder {
+
+std::system_error file_error(const std::filesystem::path& path, const std::string& what) {
+    const int error = errno != 0 ? errno : EIO;
+    return {error, std::generic_category(), what + " '" + path.string() + "'"};
+}
+
+std::string read_file(const std::filesystem::path& path) {
+    errno = 0;
+    std::ifstream file(path, std::ios::binary);
+    if (!file) {
+        throw file_error(path, "cannot read");
+    }
+    std::ostringstream content;
+    if (file.peek() != std::ifstream::traits_type::eof()) {
+        content << file.rdbuf();
+    }
+    if (file.bad()) {
+        throw file_error(path, "cannot read");
+    }
+    return content.str();
+}
+
+void write_file(const std::filesystem::path& path, const std::string& content) {
+    std::filesystem::path temporary = path;
+    temporary += ".partial";
+    errno = 0;
+    std::ofstream file(temporary, std::ios::binary | std::ios::trunc);
+    file << content;
+    file.close();
+    if (!file) {
+        const std::system_error error = file_error(path, "cannot write");
+        std::error_code ignored;
+        std::filesystem::remove(temporary, ignored);
+        throw error;
+    }
+    std::error_code error;
+    std::filesystem::rename(temporary, path, error);
+    if (error) {
+        throw std::system_error(error, "cannot write '" + path.string() + "'");
+    }
+}
+
+} // namespace Pelgar::ORBE::recorder
