@@ -57,6 +57,8 @@ struct Recording_Description {
     std::string program_version;
     // The first sample of every file of the recording, counted from the trigger; a multiple of 12.
     std::uint64_t first_sample = 0;
+    // And the one before which they end, if not by themselves; a multiple of 12. Not in the file.
+    std::optional<std::uint64_t> end_sample;
     std::vector<int> saved_channels; // of every probe, ascending; empty: all
     std::vector<Probe_Description> probes;
     std::optional<ADC_Description> adc;

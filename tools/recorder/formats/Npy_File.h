@@ -1,0 +1,48 @@
+// Tools, recorder. A table of numbers in one dimension as numpy reads it, which says at its beginning how
+// many there are. The stream's thread; blocks on the disk.
+#pragma once
+
+#include "formats/Data_File.h"
+
+#include <cstdint>
+#include <cstring>
+#include <filesystem>
+#include <string>
+
+namespace Pelgar::ORBE::recorder {
+
+inline constexpr std::size_t npy_head_size = 128;
+
+// `type` is numpy's name of it: "<i8".
+std::string npy_head(const std::string& type, std::uint64_t count);
+
+class Npy_File {
+public:
+    Npy_File(const std::filesystem::path& path, std::string type) : m_file(path), m_type(std::move(type)) {}
+
+    template <typename Number>
+    void append(Number number) {
+        begin();
+        std::memcpy(m_file.append(sizeof(number)), &number, sizeof(number));
+        ++m_count;
+    }
+
+    std::uint64_t count() const { return m_count; }
+
+    std::uint64_t size() const { return m_file.size(); }
+
+    // The numbers first, and then how many there are, so that the file is in order at any moment.
+    void flush();
+
+    void close();
+
+private:
+    void begin();
+
+    Data_File m_file;
+    std::string m_type;
+    std::uint64_t m_count = 0;
+    std::uint64_t m_told = 0; // in the head that is on the disk
+};
+
+} // namespace Pelgar::ORBE::recorder

@@ -1,0 +1,26 @@
+#include "formats/Open_Ephys_Structure.h"
+
+#include "description/Whole_File.h"
+
+namespace Pelgar::ORBE::recorder {
+
+Open_Ephys_Structure::Open_Ephys_Structure(const std::filesystem::path& folder,
+                                           const Recording_Description& description)
+    : m_path(open_ephys_structure_path(folder)), m_description(description),
+      m_streams(open_ephys_streams(folder, description)), m_presences(m_streams.size()) {
+    write();
+}
+
+void Open_Ephys_Structure::tell(std::size_t stream, const Open_Ephys_Presence& presence) {
+    const std::lock_guard lock(m_mutex);
+    if (m_presences.at(stream) != presence) {
+        m_presences[stream] = presence;
+        write();
+    }
+}
+
+void Open_Ephys_Structure::write() const {
+    write_file(m_path, open_ephys_structure(m_streams, m_presences, m_description));
+}
+
+} // namespace Pelgar::ORBE::recorder
