@@ -5,6 +5,7 @@
 #include "adapter/File_Switch.h"
 #include "common/Never_Destroyed.h"
 #include "host_mode/Simulated_Probes.h"
+#include "host_streams/Prompt_Delivery.h"
 
 #include <loguru.hpp>
 
@@ -16,9 +17,6 @@ namespace Pelgar::ORBE::npoe_adapter {
 
 namespace {
 
-// What the box hands on at a time. A port alone fills a transfer in 4.2 ms; 120 super frames are 4 ms.
-constexpr std::uint32_t transfer_bytes = 0x20000;
-constexpr std::uint32_t block_super_frames = 120;
 // Without a probe the ADC inputs alone fill a transfer, this one in 3 ms.
 constexpr std::uint32_t transfer_bytes_without_probes = 0x1000;
 
@@ -172,8 +170,8 @@ void Host_Mode::connect_streams(ORBE_Controller_Library& controller) {
                             : 0;
     const bool has_probes =
         controller.is_in_simulation_mode() || (controller.get_cached_np_port_status() & used_ports()) != 0;
-    controller.set_prompt_delivery(has_probes ? transfer_bytes : transfer_bytes_without_probes,
-                                   block_super_frames);
+    controller.set_prompt_delivery(has_probes ? prompt_transfer_bytes : transfer_bytes_without_probes,
+                                   prompt_block_super_frames);
     controller.set_stopping_despite_errors(true);
     for (unsigned port = 0; port < probe_port_count; ++port) {
         if (((used_ports() >> port) & 1U) == 0) {

@@ -14,9 +14,6 @@ namespace {
 constexpr int middle = 512;
 constexpr int ten_bits = 1023;
 
-// How long a packet waits for the sync input's level at its samples, which comes with another stream.
-constexpr std::int64_t sync_patience_ns = 20'000'000;
-
 std::int64_t now_ns() {
     const auto now = std::chrono::steady_clock::now().time_since_epoch();
     return std::chrono::duration_cast<std::chrono::nanoseconds>(now).count();
@@ -30,8 +27,10 @@ void make_signed(const std::uint16_t (&values)[demux::channel_count], std::int16
 
 } // namespace
 
-Electrode_Stream::Electrode_Stream(int number, const Sync_Source& sync_source, const Sync_Levels& sync_levels)
-    : m_sync_source(sync_source), m_sync_levels(sync_levels), m_drops("Port " + std::to_string(number)) {}
+Electrode_Stream::Electrode_Stream(int number, const Sync_Source& sync_source, const Sync_Levels& sync_levels,
+                                   std::chrono::nanoseconds patience)
+    : m_sync_source(sync_source), m_sync_levels(sync_levels), m_patience(patience.count()),
+      m_drops("Port " + std::to_string(number)) {}
 
 void Electrode_Stream::begin_sample(const demux::Sample_Position& position) {
     const std::uint32_t streaming = m_streaming.load(std::memory_order_acquire);
@@ -105,7 +104,7 @@ std::size_t Electrode_Stream::take(Neuropixels::electrodePacket* packets, std::s
 bool Electrode_Stream::is_settled(const Record& record) const {
     return !m_sync_source.uses_inputs() ||
            m_sync_levels.has(record.streaming, record.samples[NP1_PROBE_SUPERFRAMESIZE - 1]) ||
-           now_ns() - record.made_at >= sync_patience_ns;
+           now_ns() - record.made_at >= m_patience;
 }
 
 void Electrode_Stream::set_sync(const Record& record, Neuropixels::electrodePacket& packet) const {

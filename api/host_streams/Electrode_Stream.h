@@ -14,6 +14,7 @@
 #include "probe/I_Sample_Listener.h"
 
 #include <atomic>
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 
@@ -24,8 +25,13 @@ public:
     // 2.05 s.
     static constexpr std::size_t capacity = 5120;
 
-    // `number` is the API's, 1..4. What is passed must outlive the stream.
-    Electrode_Stream(int number, const Sync_Source& sync_source, const Sync_Levels& sync_levels);
+    // How long a packet waits for the sync input's level at its samples, which comes with another stream.
+    static constexpr std::chrono::milliseconds sync_patience{20};
+
+    // `number` is the API's, 1..4. What is passed must outlive the stream. Who knows by itself when the level
+    // has come passes a `patience` of 0.
+    Electrode_Stream(int number, const Sync_Source& sync_source, const Sync_Levels& sync_levels,
+                     std::chrono::nanoseconds patience = sync_patience);
 
     // ---- The port's NP worker thread.
 
@@ -66,6 +72,7 @@ private:
 
     const Sync_Source& m_sync_source;
     const Sync_Levels& m_sync_levels;
+    const std::int64_t m_patience; // ns
     Run_Gate m_gate;
     std::atomic<std::uint32_t> m_streaming{0};
     Packet_Ring<Record> m_ring{capacity};
