@@ -69,8 +69,8 @@ struct Recording_Description {
 // The channels that are saved, said one by one.
 std::vector<int> saved_channels(const Recording_Description& description);
 
-// Two electrodes in a row, bank 0, as a probe is after its bring-up: channel 191, where the reference
-// electrode is, is disconnected.
+// Bank 0 with the gains that acquisition programs begin with. Channel 191, where the reference electrode is,
+// is disconnected.
 Probe_Description default_probe(int port);
 
 } // namespace Pelgar::ORBE::recorder
