@@ -77,6 +77,7 @@ std::string to_json(const Recording_Description& description, const std::string&
         {"start_time", time_text(description.start_time)},
         {"source", description.source},
         {"program_version", description.program_version},
+        {"run_name", description.run_name},
         {"first_sample", description.first_sample},
         {"saved_channels", saved_channels(description)},
         {"probes", Json::array()},
@@ -105,6 +106,7 @@ Described_Folder from_json(const std::string& text) {
         description.start_time = *start_time;
         json.at("source").get_to(description.source);
         json.at("program_version").get_to(description.program_version);
+        description.run_name = json.value("run_name", "");
         json.at("first_sample").get_to(description.first_sample);
         json.at("saved_channels").get_to(description.saved_channels);
         int last = -1;

@@ -55,6 +55,8 @@ struct Recording_Description {
     Start_Time start_time{};
     std::string source = "box"; // or the name of the raw recording
     std::string program_version;
+    // What files are named after; empty: the folder. A recording keeps it when its folder gets another name.
+    std::string run_name;
     // The first sample of every file of the recording, counted from the trigger; a multiple of 12.
     std::uint64_t first_sample = 0;
     // And the one before which they end, if not by themselves; a multiple of 12. Not in the file.

@@ -23,11 +23,15 @@ std::optional<Format> format_of(std::string_view name) {
 }
 
 std::unique_ptr<A_Recording_Writer> make_writer(Format format, const std::filesystem::path& folder,
-                                                const Recording_Description& description) {
+                                                const Recording_Description& wanted) {
     std::filesystem::create_directories(folder);
     if (std::filesystem::exists(folder / description_file_name)) {
         throw std::system_error(std::make_error_code(std::errc::file_exists),
                                 "'" + folder.string() + "' holds a recording already");
+    }
+    Recording_Description description = wanted;
+    if (description.run_name.empty()) {
+        description.run_name = spikeglx_run_name(folder);
     }
     write_description(folder, format_name(format), description);
     std::unique_ptr<A_Folder_Format> format_folder;

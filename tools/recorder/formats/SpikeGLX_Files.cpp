@@ -188,19 +188,20 @@ void write_adc(std::ostream& text, const SpikeGLX_Stream& stream, const ADC_Desc
     text << "(XD0;" << inputs << ":" << inputs << ")(SY0;" << inputs + 1 << ":" << inputs + 1 << ")\n";
 }
 
+} // namespace
+
 // Readers take what stands between points for the stream.
-std::string run_name(const std::filesystem::path& folder) {
+std::string spikeglx_run_name(const std::filesystem::path& folder) {
     std::string name =
         std::filesystem::absolute(folder / ".").lexically_normal().parent_path().filename().string();
     std::replace(name.begin(), name.end(), '.', '_');
     return name;
 }
 
-} // namespace
-
 std::vector<SpikeGLX_Stream> spikeglx_streams(const std::filesystem::path& folder,
                                               const Recording_Description& description) {
-    const std::string run = run_name(folder);
+    const std::string& given = description.run_name;
+    const std::string run = given.empty() ? spikeglx_run_name(folder) : given;
     const std::filesystem::path run_folder = folder / (run + "_g0");
     const std::string file = run + "_g0_t0.";
     std::vector<SpikeGLX_Stream> streams;

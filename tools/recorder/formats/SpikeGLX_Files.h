@@ -24,7 +24,10 @@ struct SpikeGLX_Stream {
     int sample_rate;
 };
 
-// The files of a recording in this folder, which gives the run its name.
+// The run's name for a recording in this folder that has none yet.
+std::string spikeglx_run_name(const std::filesystem::path& folder);
+
+// The files of a recording in this folder.
 std::vector<SpikeGLX_Stream> spikeglx_streams(const std::filesystem::path& folder,
                                               const Recording_Description& description);
 
