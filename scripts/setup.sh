@@ -17,6 +17,8 @@ libbenchmark-dev            tests   benchmarks
 libfftw3-dev                tests   a Fourier transform to hold the own one of the self test against
 python3-minimal             tests   a host in Python
 libpython3-stdlib           tests   what that host loads the library with
+python3-neo                 tests   opens recorded folders as the lab's tools do
+python3-numpy               tests   compares what it finds in them
 dpkg-dev                    tests   Debian packages: finds out what they depend on
 file                        tests   Debian packages: cpack asks it what to look at
 pkg-config                  tests   a host that finds the library by it

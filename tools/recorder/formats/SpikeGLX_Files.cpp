@@ -23,18 +23,23 @@ std::string yes_or_no(bool yes) {
     return yes ? "true" : "false";
 }
 
-std::string range_of_numbers(const std::vector<int>& numbers, int offset) {
+// Channels among all that the probe has: the AP band's, the LFP band's, the status.
+std::string saved_numbers(const std::vector<int>& saved, bool is_ap) {
+    std::vector<int> numbers = saved;
+    for (int& number : numbers) {
+        number += is_ap ? 0 : static_cast<int>(channel_count);
+    }
+    numbers.push_back(2 * static_cast<int>(channel_count));
     std::string text;
     for (std::size_t begin = 0; begin < numbers.size();) {
         std::size_t end = begin + 1;
         while (end < numbers.size() && numbers[end] == numbers[end - 1] + 1) {
             ++end;
         }
-        text += std::to_string(numbers[begin] + offset);
+        text += (begin == 0 ? "" : ",") + std::to_string(numbers[begin]);
         if (end - begin > 1) {
-            text += ":" + std::to_string(numbers[end - 1] + offset);
+            text += ":" + std::to_string(numbers[end - 1]);
         }
-        text += ",";
         begin = end;
     }
     return text;
@@ -147,8 +152,7 @@ void write_probe(std::ostream& text, const SpikeGLX_Stream& stream,
          << "imMaxInt=" << probe_largest_value << "\n"
          << "imSampRate=" << stream.sample_rate << "\n"
          << "snsApLfSy=" << (is_ap ? channels : 0) << "," << (is_ap ? 0 : channels) << ",1\n"
-         << "snsSaveChanSubset=" << range_of_numbers(saved, is_ap ? 0 : static_cast<int>(channel_count))
-         << 2 * channel_count << "\n"
+         << "snsSaveChanSubset=" << saved_numbers(saved, is_ap) << "\n"
          << "typeThis=imec\n";
     std::string standby;
     for (std::size_t channel = 0; channel < channel_count; ++channel) {
