@@ -8,6 +8,7 @@
 #include "adapter/Last_Error.h"
 #include "adapter/Module_Pin.h"
 #include "adapter/Pump_Thread.h"
+#include "adapter/Raw_Capture_Switch.h"
 #include "adapter/Raw_Data_File.h"
 #include "host_mode/Mode_Choice.h"
 #include "modes/Current_Mode.h"
@@ -16,6 +17,7 @@
 
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <utility>
@@ -78,9 +80,12 @@ void explain(const std::string& recording) {
     }
 }
 
-bool bring_up(ORBE_Controller_Library& controller) {
+bool bring_up(ORBE_Controller_Library& controller, const std::optional<std::string>& capture) {
     if (!controller.open() || !controller.check_and_switch_firmware_if_nec(true) ||
         !controller.pre_init(true)) {
+        return false;
+    }
+    if (capture && !start_capture("openBS", controller, *capture)) {
         return false;
     }
     g_stop_requested = false;
@@ -150,12 +155,16 @@ NP_ErrorCode openBS(int slotID) {
         return answer(*answered);
     }
     const File_Switch simulation = probe_file_switch(simulation_switch);
+    const auto capture = read_raw_capture_switch();
+    if (capture && !may_capture("openBS", *capture, simulation)) {
+        return answer(open_failed);
+    }
     pin_own_module();
     keep_raw_data_file(simulation);
     try {
         end_acquisition();
         exchange_controller(make_controller_or_none(simulation.present));
-        if (!bring_up(*current_controller())) {
+        if (!bring_up(*current_controller(), capture)) {
             return answer(open_failed);
         }
     } catch (const std::runtime_error& exception) {

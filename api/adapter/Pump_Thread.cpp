@@ -19,7 +19,7 @@ bool pump_once(ORBE_Controller_Library& controller) {
     }
 }
 
-void run_pump(const std::shared_ptr<ORBE_Controller_Library>& controller, int slotID, int portID) {
+void pump_until_told(const std::shared_ptr<ORBE_Controller_Library>& controller, int slotID, int portID) {
     VLOG_F(1, "slotID %d, portID %d : Main pump thread started", slotID, portID);
     raise_own_thread_priority();
     while (!g_stop_requested) {
@@ -32,6 +32,12 @@ void run_pump(const std::shared_ptr<ORBE_Controller_Library>& controller, int sl
     }
     g_pump_ended = true;
     LOG_F(INFO, "End of main pump thread (%d,%d)", slotID, portID);
+}
+
+void run_pump(const std::shared_ptr<ORBE_Controller_Library>& controller, int slotID, int portID) {
+    controller->begin_raw_capture();
+    pump_until_told(controller, slotID, portID);
+    controller->end_raw_capture();
 }
 
 } // namespace

@@ -253,6 +253,22 @@ void ORBE_Controller_Library::disable_data_sources() {
     m_stream.disable_data_sources();
 }
 
+void ORBE_Controller_Library::capture_raw_data(const std::string& path) {
+    m_stream.capture_raw_data(path);
+}
+
+void ORBE_Controller_Library::begin_raw_capture() {
+    m_stream.begin_raw_capture();
+}
+
+void ORBE_Controller_Library::end_raw_capture() {
+    m_stream.end_raw_capture();
+}
+
+std::optional<Raw_Capture_State> ORBE_Controller_Library::raw_capture_state() const {
+    return m_stream.raw_capture_state();
+}
+
 bool ORBE_Controller_Library::pump_data_to_demux() {
     return m_stream.pump_data_to_demux();
 }

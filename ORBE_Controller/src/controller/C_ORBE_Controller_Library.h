@@ -16,12 +16,14 @@
 #include "ports/Probe_Settings.h"
 #include "probe/I_L2_Demux_CH_Results.h"
 #include "probe/I_Sample_Listener.h"
+#include "raw_capture/Raw_Capture.h"
 #include "rhd/I_RHD_Frame_Listener.h"
 #include "streaming/Box_Stream.h"
 
 #include <cstdint>
 #include <initializer_list>
 #include <memory>
+#include <optional>
 #include <string>
 
 namespace Pelgar::ORBE {
@@ -194,6 +196,16 @@ public:
     // Moves one buffer into the demultiplexer. False when the read failed or the recording has ended. Pump
     // thread; blocks in the driver's read, or 10 ms in simulation mode.
     bool pump_data_to_demux();
+
+    // Writes what is pumped from now on into a file of that name, each run into one of its own, beside the
+    // demultiplexing and without slowing it; what has been written stays when the box is closed. Before
+    // pumping. Throws std::bad_alloc and std::system_error.
+    void capture_raw_data(const std::string& path);
+    // A run is what is pumped between these two. They do nothing without the above.
+    void begin_raw_capture();
+    void end_raw_capture();
+    // Nothing where nothing is captured. Any thread.
+    std::optional<Raw_Capture_State> raw_capture_state() const;
 
     // What was pumped from the box since construction, in bytes modulo 2^32. Any thread.
     std::uint32_t get_total_bytes_read() const { return m_stream.get_total_bytes_read(); }

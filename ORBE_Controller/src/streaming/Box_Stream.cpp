@@ -4,6 +4,7 @@
 #include "connection/Box_Connection.h"
 #include "fpga/Okelly_Adapter_Module.h"
 #include "ports/Probe_Ports.h"
+#include "raw_capture/Capture_File.h"
 
 #include <loguru.hpp>
 
@@ -22,8 +23,7 @@ constexpr std::uint32_t rhd_start_ttl_pattern = 0x12345678;
 } // namespace
 
 Box_Stream::Box_Stream(Box_Connection& box, Probe_Ports& ports)
-    : m_box(box), m_ports(ports), m_dma_pump(box, m_demux_thread.demux()),
-      m_recording_pump(m_demux_thread.demux()) {}
+    : m_box(box), m_ports(ports), m_dma_pump(box, m_entrance), m_recording_pump(m_entrance) {}
 
 void Box_Stream::prepare_for_streaming() {
     LOG_SCOPE_F(INFO, "prepare_for_streaming");
@@ -131,6 +131,28 @@ void Box_Stream::disable_data_sources() {
         m_box.modules().data_stream().disable_data_source();
         m_box.modules().okelly_adapter().set_continous_mode(false);
     }
+}
+
+void Box_Stream::capture_raw_data(const std::string& path) {
+    m_raw_capture = std::make_unique<Raw_Capture>(
+        path, [](const std::string& name) { return std::make_unique<Capture_File>(name); });
+    m_entrance.set_capture(m_raw_capture.get());
+}
+
+void Box_Stream::begin_raw_capture() {
+    if (m_raw_capture) {
+        m_raw_capture->begin_run();
+    }
+}
+
+void Box_Stream::end_raw_capture() {
+    if (m_raw_capture) {
+        m_raw_capture->end_run();
+    }
+}
+
+std::optional<Raw_Capture_State> Box_Stream::raw_capture_state() const {
+    return m_raw_capture ? std::optional(m_raw_capture->state()) : std::nullopt;
 }
 
 bool Box_Stream::pump_data_to_demux() {

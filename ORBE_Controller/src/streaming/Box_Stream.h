@@ -5,7 +5,9 @@
 
 #include "common/Relaxed.h"
 #include "probe/I_Sample_Listener.h"
+#include "raw_capture/Raw_Capture.h"
 #include "streaming/DMA_Pump.h"
+#include "streaming/Demux_Entrance.h"
 #include "streaming/Demux_Thread.h"
 #include "streaming/Recording_Pump.h"
 #include "streaming/Saved_Listeners.h"
@@ -13,6 +15,7 @@
 #include <cstdint>
 #include <initializer_list>
 #include <memory>
+#include <optional>
 #include <string>
 
 namespace Pelgar::ORBE {
@@ -45,6 +48,11 @@ public:
 
     bool pump_data_to_demux();
 
+    void capture_raw_data(const std::string& path);
+    void begin_raw_capture();
+    void end_raw_capture();
+    std::optional<Raw_Capture_State> raw_capture_state() const;
+
     std::uint32_t get_total_bytes_read() const { return m_dma_pump.total_bytes_read(); }
 
     void wait_until_delivered() { m_demux_thread.wait_until_delivered(); }
@@ -72,6 +80,8 @@ private:
     Box_Connection& m_box;
     Probe_Ports& m_ports;
     Demux_Thread m_demux_thread;
+    std::unique_ptr<Raw_Capture> m_raw_capture;
+    Demux_Entrance m_entrance{m_demux_thread.demux()};
     DMA_Pump m_dma_pump;
     Recording_Pump m_recording_pump;
     Saved_Listeners m_saved_listeners;

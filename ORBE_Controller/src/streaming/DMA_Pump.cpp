@@ -2,7 +2,7 @@
 
 #include "common/Console.h"
 #include "connection/Box_Connection.h"
-#include "rows/C_Async_PSB_And_RHD_Demux.h"
+#include "streaming/Demux_Entrance.h"
 
 #include <loguru.hpp>
 

@@ -11,15 +11,12 @@
 namespace Pelgar::ORBE {
 
 class Box_Connection;
-
-namespace demux {
-class Async_NP_And_RHD_Demux;
-}
+class Demux_Entrance;
 
 class DMA_Pump {
 public:
     // Both must outlive the object.
-    DMA_Pump(Box_Connection& box, demux::Async_NP_And_RHD_Demux& demux) : m_box(box), m_demux(demux) {}
+    DMA_Pump(Box_Connection& box, Demux_Entrance& demux) : m_box(box), m_demux(demux) {}
 
     // The length of a transfer, at most and at first 1 MiB. Before the receive buffer is allocated.
     void set_transfer_size(std::uint32_t bytes);
@@ -47,7 +44,7 @@ public:
 
 private:
     Box_Connection& m_box;
-    demux::Async_NP_And_RHD_Demux& m_demux;
+    Demux_Entrance& m_demux;
     std::uint32_t m_page_aligned_recv_buffer_size = demux::transfer_buffer_capacity;
     // What the driver fills, and the demultiplexer's queue then takes as it is.
     std::unique_ptr<demux::Main_mux_transfer_buffer_wrapper> m_xfer_buffer;

@@ -3,7 +3,7 @@
 #include "common/Console.h"
 #include "common/Host_Path.h"
 #include "common/Waiting.h"
-#include "rows/C_Async_PSB_And_RHD_Demux.h"
+#include "streaming/Demux_Entrance.h"
 #include "wire/Mux_Row_Format.h"
 
 #include <loguru.hpp>

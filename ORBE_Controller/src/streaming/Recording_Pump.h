@@ -15,14 +15,12 @@
 
 namespace Pelgar::ORBE {
 
-namespace demux {
-class Async_NP_And_RHD_Demux;
-}
+class Demux_Entrance;
 
 class Recording_Pump {
 public:
     // `demux` must outlive the object.
-    explicit Recording_Pump(demux::Async_NP_And_RHD_Demux& demux) : m_demux(demux) {}
+    explicit Recording_Pump(Demux_Entrance& demux) : m_demux(demux) {}
 
     // False, with a printed text and the reason in the log, when the file cannot be opened.
     bool open(const std::string& path);
@@ -47,7 +45,7 @@ public:
 private:
     bool play_piece();
 
-    demux::Async_NP_And_RHD_Demux& m_demux;
+    Demux_Entrance& m_demux;
     std::unique_ptr<demux::Main_mux_transfer_buffer_wrapper> m_xfer_buffer;
     Relaxed<bool> m_sim_paused{false};
     std::ifstream m_sim_file;
