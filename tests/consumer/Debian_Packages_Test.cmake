@@ -59,7 +59,7 @@ expect_depends(bench ${run_time} libbenchmark1debian)
 
 set(runtime_files
     usr/lib/libNeuropixAPI.so usr/lib/libNeuropixAPI.so.3 usr/lib/libNeuropixAPI.so.3.*.*
-    usr/bin/orbe-box usr/bin/orbe-play usr/bin/orbe-recording
+    usr/bin/orbe-box usr/bin/orbe-play usr/bin/orbe-record usr/bin/orbe-recording
     usr/share/doc/neuropixapi-orbe/README.md usr/share/doc/neuropixapi-orbe/docs/api-functions.md
     usr/share/doc/libneuropixapi-orbe3/copyright)
 set(development_files
