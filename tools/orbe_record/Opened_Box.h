@@ -26,8 +26,7 @@ public:
     // Blocks until nothing is under way any more.
     void stop() const;
 
-    // What the library has printed and logged ends up elsewhere; without this the end of a process would wait
-    // for a library that does not come back.
+    // Ends the process when the library does not come back within a minute.
     void close();
 
 private:

@@ -184,7 +184,10 @@ Record_Options Record_Command::options() const {
         throw std::invalid_argument("FOLDER is required");
     }
     Record_Options options;
-    options.folder = std::filesystem::absolute(m_folder);
+    options.folder = std::filesystem::absolute(m_folder).lexically_normal();
+    if (options.folder.filename().empty()) {
+        options.folder = options.folder.parent_path(); // its name is that of files, too
+    }
     options.format = m_format;
     if (m_app.count("--seconds") != 0) {
         options.seconds = m_seconds;

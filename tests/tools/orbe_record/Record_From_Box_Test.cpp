@@ -9,6 +9,10 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <ctime>
 #include <filesystem>
 #include <fstream>
 #include <memory>
@@ -164,6 +168,23 @@ TEST_F(Record_From_Box, BoxThatStopsSendingEndsTheRecordingAsALoss) {
     EXPECT_EQ(run.exit_code, 3);
     EXPECT_TRUE(run.errors.starts_with("orbe-record: the box has stopped sending\n")) << run.errors;
     EXPECT_NE(run.output.find("probe 1: "), std::string::npos);
+}
+
+// One second, or as many as the environment says: four probes and the ADC inputs, at the box's own pace.
+TEST_F(Record_From_Box, LongRunLosesNothing) {
+    const char* const wanted = std::getenv("ORBE_RECORD_SECONDS");
+    const std::string seconds = wanted == nullptr ? "1" : wanted;
+    for (const char* const format : {"spikeglx", "open-ephys"}) {
+        const std::clock_t cpu_before = std::clock();
+        const auto begin = std::chrono::steady_clock::now();
+        const Run_Result run =
+            record({format, "--seconds", seconds.c_str(), "--no-calibration", "--format", format});
+        EXPECT_EQ(run.exit_code, 0) << run.errors;
+        const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - begin;
+        std::printf("%s, %.1f s with %.1f s of CPU, those of the modelled box included\n%s", format,
+                    elapsed.count(), static_cast<double>(std::clock() - cpu_before) / CLOCKS_PER_SEC,
+                    run.output.c_str());
+    }
 }
 
 TEST_F(Record_From_Box, BoxThatIsNotThereIsTold) {

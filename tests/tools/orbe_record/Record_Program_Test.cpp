@@ -97,10 +97,11 @@ TEST(RecordProgram, EverySampleOfFourProbesAndTheInputsIsInTheFolder) {
 
 TEST(RecordProgram, EndOfTheRecordingEndsTheRecorder) {
     make("made.bin --seconds 0.5 --ports 2,3");
-    const Program_Run run = record("folder --simulation made.bin --seconds 5");
+    const Program_Run run = record("./folder/ --simulation made.bin --seconds 5");
     EXPECT_EQ(run.exit_code, 0) << run.errors;
     EXPECT_TRUE(run.output.ends_with("The recording that was played ended before the time was over.\n"));
     expect_recorded("folder", Made("made.bin", {2, 3}), 14'700);
+    EXPECT_TRUE(fs::exists("folder/folder_g0"));
 }
 
 TEST(RecordProgram, RecordingWithoutInputsIsRecordedWithoutThem) {
@@ -260,6 +261,26 @@ TEST(RecordProgram, KilledRecordingIsWholeAfterItsRepair) {
         }
     }
     EXPECT_GT(longest, 3000U);
+}
+
+// All lines but those that draw, which take Python.
+TEST(RecordProgram, ExampleOfTheReadmeRuns) {
+    const std::string readme = content_of(ORBE_SOURCE_DIR "/README.md");
+    const std::size_t heading = readme.find("### From the box to a picture");
+    ASSERT_NE(heading, std::string::npos);
+    std::istringstream text(readme.substr(heading, readme.find("\n```\n", heading) - heading));
+    fs::create_directory("build");
+    fs::create_directory_symlink(fs::path(ORBE_RECORD_PROGRAM).parent_path(), "build/release");
+    int lines = 0;
+    for (std::string line; std::getline(text, line);) {
+        if (line.starts_with("build/release/")) {
+            const Program_Run run = run_program("TMPDIR=$PWD " + line.substr(0, line.find("  #")));
+            EXPECT_EQ(run.exit_code, 0) << line << "\n" << run.errors;
+            ++lines;
+        }
+    }
+    EXPECT_EQ(lines, 3);
+    EXPECT_EQ(recorded_probe("monday", 3, false).rows(), 60'000U);
 }
 
 TEST(RecordProgram, RepairOfAnythingElseIsRefused) {
