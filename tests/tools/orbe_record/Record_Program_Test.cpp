@@ -219,7 +219,8 @@ TEST(RecordProgram, FullDiskKeepsWhatWasWritten) {
     }
     const Made made("made.bin", {1});
     for (const std::string format : {"spikeglx", "open-ephys"}) {
-        expect_recorded(format, made, 12'000, 600);
+        expect_recorded(format, made, 7000, 580);
+        EXPECT_GE(recorded_probe(format, 0, false).rows(), 12'000U);
     }
     EXPECT_GE(fs::file_size("raw/raw_data.bin"), 9'000'000U);
 }
