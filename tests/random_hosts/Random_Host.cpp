@@ -53,7 +53,7 @@ void Random_Host::run() {
     for (std::thread& thread : threads) {
         thread.join();
     }
-    const std::string closing = "the last closeBS";
+    static const std::string closing = "the last closeBS"; // outlives the watch
     watch.begin(m_options.threads, closing);
     close();
     watch.end(m_options.threads);
