@@ -1,0 +1,187 @@
+"""Where in a raw recording the samples of the ADC inputs are, and how to get at them (docs/rhd-frame.md)."""
+
+from __future__ import annotations
+
+from bisect import bisect_right
+from dataclasses import dataclass, field
+from typing import Iterator, NamedTuple
+
+import numpy as np
+
+from orbe import _rows
+from orbe._counters import SampleCounter, StampCounter
+from orbe._rows import PAYLOAD_WORDS, RHD_STREAM
+from orbe.errors import RecordingError
+from orbe.stream import Gap
+
+INPUTS = 8
+_PREAMBLE = (0x2A53, 0x3813, 0x2AAA, 0xD7A2)
+_STAMP = 4
+_MOST_STREAMS = 32
+_OFFSET = 0x8000
+# From the end of a frame: the inputs, the TTL inputs and the TTL outputs.
+_FROM_INPUTS = 12
+_FROM_TTL = 4
+# A frame whose end is not there so many rows later is waited for no longer.
+_LONGEST_WAIT = 1 << 20
+
+
+def frame_words(streams: int) -> int:
+    """Words of a frame when so many RHD streams are enabled."""
+    return 20 + 35 * streams + streams % 4
+
+
+_LENGTHS = {frame_words(streams) for streams in range(_MOST_STREAMS + 1)}
+
+
+@dataclass
+class _State:
+    row: int = 0
+    word: int = 0  # of that row's payload, the first one that is not read
+    stamps: StampCounter = field(default_factory=StampCounter)
+    samples: SampleCounter = field(default_factory=SampleCounter)
+
+    def copy(self) -> _State:
+        return _State(self.row, self.word, self.stamps.copy(), self.samples.copy())
+
+
+class _Chunk(NamedTuple):
+    state: _State
+    end_row: int
+    first: int
+    end: int
+
+
+class _Scan(NamedTuple):
+    words: np.ndarray
+    starts: np.ndarray
+    samples: np.ndarray
+    damaged: int
+
+
+class RhdIndex:
+    """The ADC inputs of a raw recording. `rows` is the whole file."""
+
+    def __init__(self, rows: np.ndarray) -> None:
+        self._rows = rows
+        self._length = _find_frame_length(rows)
+        self._state = _State()
+        self._chunks: list[_Chunk] = []
+        self._ends: list[int] = []
+        self.gaps: list[Gap] = []
+        self.damaged_frames = 0
+
+    @property
+    def end(self) -> int:
+        """The sample behind the last one that has been found."""
+        return self._ends[-1] if self._ends else 0
+
+    def extend(self, end_row: int) -> None:
+        """Looks through the rows up to `end_row`, which no call before has."""
+        begin, before = self._state.copy(), self.end
+        scan = self._scan(self._state, end_row)
+        self.damaged_frames += scan.damaged
+        if not scan.samples.size:
+            return
+        steps = np.diff(scan.samples, prepend=before - 1)
+        for i in np.flatnonzero(steps > 1):
+            length = int(steps[i]) - 1
+            self.gaps.append(Gap(int(scan.samples[i]) - length, length))
+        end = int(scan.samples[-1]) + 1
+        self._chunks.append(_Chunk(begin, end_row, int(scan.samples[0]), end))
+        self._ends.append(end)
+
+    def inputs(self, start: int, stop: int) -> np.ndarray:
+        """Counts of the eight inputs, int16, shape (stop - start, 8), 0 where samples are lost."""
+        counts = np.zeros((stop - start, INPUTS), dtype=np.int16)
+        places = np.arange(self._length - _FROM_INPUTS, self._length - _FROM_TTL)
+        for scan in self._scans(start, stop):
+            inside = slice(*np.searchsorted(scan.samples, (start, stop)))
+            values = scan.words[scan.starts[inside, np.newaxis] + places] + np.uint16(_OFFSET)
+            counts[scan.samples[inside] - start] = values.view(np.int16)
+        return counts
+
+    def ttl(self, start: int, stop: int) -> np.ndarray:
+        """Words of the TTL inputs, uint32, shape (stop - start,), 0 where samples are lost."""
+        words = np.zeros(stop - start, dtype=np.uint32)
+        for scan in self._scans(start, stop):
+            inside = slice(*np.searchsorted(scan.samples, (start, stop)))
+            places = scan.starts[inside] + self._length - _FROM_TTL
+            words[scan.samples[inside] - start] = _double_words(scan.words, places)
+        return words
+
+    def _scans(self, start: int, stop: int) -> Iterator[_Scan]:
+        for chunk in self._chunks[bisect_right(self._ends, start) :]:
+            if chunk.first >= stop:
+                break
+            yield self._scan(chunk.state.copy(), chunk.end_row)
+
+    def _scan(self, state: _State, end_row: int) -> _Scan:
+        rows = self._rows[state.row : end_row]
+        places = _rows.rows_of(rows[:, 0], RHD_STREAM)
+        rhd_rows = rows[places]
+        words = rhd_rows[:, 1:].reshape(-1)
+        starts = _find_preambles(words)
+        starts = starts[starts >= state.word]
+        whole = starts[starts + self._length <= len(words)]
+        kept = self._without_damaged(rhd_rows, whole)
+        numbers = state.stamps.follow(_double_words(words, kept + _STAMP))
+        samples = state.samples.follow(numbers)
+        self._resume(state, end_row, places, starts, whole)
+        return _Scan(words, kept, samples, len(whole) - len(kept))
+
+    def _without_damaged(self, rhd_rows: np.ndarray, starts: np.ndarray) -> np.ndarray:
+        """Leaves out the frames with a lost row in them, and what only looks like a beginning."""
+        steps = _rows.counter_steps(rhd_rows[:, 0])
+        if (steps != 1).any():
+            before = np.concatenate(([0], np.cumsum(steps != 1)))
+            first_row = starts // PAYLOAD_WORDS
+            last_row = (starts + self._length - 1) // PAYLOAD_WORDS
+            starts = starts[before[last_row] == before[first_row]]
+        if (np.diff(starts) >= self._length).all():
+            return starts
+        kept: list[int] = []
+        for start in starts.tolist():
+            if not kept or start >= kept[-1] + self._length:
+                kept.append(start)
+        return np.array(kept, dtype=np.int64)
+
+    def _resume(
+        self, state: _State, end_row: int, places: np.ndarray, starts: np.ndarray, whole: np.ndarray
+    ) -> None:
+        """The next chunk begins behind the last whole frame, or with the words that may begin another."""
+        words = len(places) * PAYLOAD_WORDS
+        behind = int(whole[-1]) + self._length if whole.size else max(state.word, words - self._length)
+        unfinished = starts[starts >= behind]
+        behind = int(unfinished[0]) if unfinished.size else max(behind, words - len(_PREAMBLE) + 1)
+        row = end_row if behind >= words else state.row + int(places[behind // PAYLOAD_WORDS])
+        if end_row - row >= _LONGEST_WAIT:
+            row = end_row
+        state.row, state.word = row, behind % PAYLOAD_WORDS if row < end_row else 0
+
+
+def _find_preambles(words: np.ndarray) -> np.ndarray:
+    if len(words) < len(_PREAMBLE):
+        return np.empty(0, dtype=np.int64)
+    places = np.flatnonzero(words[: -len(_PREAMBLE) + 1] == _PREAMBLE[0])
+    for i, word in enumerate(_PREAMBLE[1:], start=1):
+        places = places[words[places + i] == word]
+    return places
+
+
+def _double_words(words: np.ndarray, places: np.ndarray) -> np.ndarray:
+    return words[places + 1].astype(np.uint32) << 16 | words[places]
+
+
+def _find_frame_length(rows: np.ndarray) -> int:
+    """The words from one frame to the next, as most frames of the first MiB have them."""
+    head = rows[:65_536]
+    words = head[_rows.rows_of(head[:, 0], RHD_STREAM)][:, 1:].reshape(-1)
+    starts = _find_preambles(words)
+    if starts.size < 2:
+        return frame_words(0)
+    lengths, counts = np.unique(np.diff(starts), return_counts=True)
+    length = int(lengths[np.argmax(counts)])
+    if length not in _LENGTHS:
+        raise RecordingError(f"the frames of the ADC inputs are {length} words apart, which no setting makes")
+    return length
