@@ -44,19 +44,23 @@ class Damage:
         )
 
     def __str__(self) -> str:
-        parts = [f"{count} rows of stream {stream} are lost" for stream, count in self.lost_rows.items()]
-        if self.rows_without_marker:
-            parts.append(f"{self.rows_without_marker} rows have no marker")
-        if self.unknown_rows:
-            parts.append(f"{self.unknown_rows} rows are of no known stream")
-        parts += [
-            f"{count} super frames of port {port} are damaged"
-            for port, count in self.super_frames.items()
-            if count
-        ]
-        if self.rhd_frames:
-            parts.append(f"{self.rhd_frames} frames of the ADC inputs are damaged")
-        return "; ".join(parts) or "nothing is damaged"
+        parts = [_counted(count, f"row of {_name_of(stream)}", "lost") for stream, count in self.lost_rows.items()]
+        parts.append(_counted(self.rows_without_marker, "row", "without marker"))
+        parts.append(_counted(self.unknown_rows, "row", "of no known stream"))
+        for port, count in self.super_frames.items():
+            parts.append(_counted(count, f"super frame of port {port}", "damaged"))
+        parts.append(_counted(self.rhd_frames, "frame of the ADC inputs", "damaged"))
+        return ", ".join(part for part in parts if part) or "nothing is damaged"
+
+
+def _counted(count: int, what: str, state: str) -> str:
+    noun, _, rest = what.partition(" of ")
+    plural = noun if count == 1 else noun + "s"
+    return f"{count} {plural} {'of ' + rest + ' ' if rest else ''}{state}" if count else ""
+
+
+def _name_of(stream: int) -> str:
+    return "the ADC inputs" if stream == _rows.RHD_STREAM else f"port {stream + 1}"
 
 
 class RawIndex:

@@ -124,27 +124,23 @@ class RhdIndex:
         starts = _find_preambles(words)
         starts = starts[starts >= state.word]
         whole = starts[starts + self._length <= len(words)]
-        kept = self._without_damaged(rhd_rows, whole)
+        behind = np.append(starts[1:], len(words))[: len(whole)]
+        kept = self._without_damaged(rhd_rows, whole, behind)
         numbers = state.stamps.follow(_double_words(words, kept + _STAMP))
         samples = state.samples.follow(numbers)
         self._resume(state, end_row, places, starts, whole)
         return _Scan(words, kept, samples, len(whole) - len(kept))
 
-    def _without_damaged(self, rhd_rows: np.ndarray, starts: np.ndarray) -> np.ndarray:
-        """Leaves out the frames with a lost row in them, and what only looks like a beginning."""
+    def _without_damaged(self, rhd_rows: np.ndarray, starts: np.ndarray, behind: np.ndarray) -> np.ndarray:
+        """Leaves out the frames with a lost row in them, and those that end too early: where the next begins."""
+        is_cut = behind - starts < self._length
         steps = _rows.counter_steps(rhd_rows[:, 0])
         if (steps != 1).any():
             before = np.concatenate(([0], np.cumsum(steps != 1)))
             first_row = starts // PAYLOAD_WORDS
             last_row = (starts + self._length - 1) // PAYLOAD_WORDS
-            starts = starts[before[last_row] == before[first_row]]
-        if (np.diff(starts) >= self._length).all():
-            return starts
-        kept: list[int] = []
-        for start in starts.tolist():
-            if not kept or start >= kept[-1] + self._length:
-                kept.append(start)
-        return np.array(kept, dtype=np.int64)
+            is_cut |= before[last_row] != before[first_row]
+        return starts[~is_cut]
 
     def _resume(
         self, state: _State, end_row: int, places: np.ndarray, starts: np.ndarray, whole: np.ndarray

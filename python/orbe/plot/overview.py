@@ -2,12 +2,15 @@
 
 from __future__ import annotations
 
+import textwrap
 from pathlib import Path
 from typing import TYPE_CHECKING, Optional, Union
 
+import numpy as np
+
 from orbe.description import ProbeDescription
 from orbe.errors import OrbeError
-from orbe.plot._axes import LOST_COLOR, make_axes, tidy
+from orbe.plot._axes import COLORS, LOST_COLOR, make_axes, tidy
 from orbe.plot.rms import rms
 from orbe.plot.spectrum import spectrum
 from orbe.plot.traces import traces
@@ -28,6 +31,8 @@ _PROBE_INCHES = 3.4
 _LAST_INCHES = 2.4
 _WIDTH_INCHES = 17.0
 _DPI = 110
+_SEPARATOR = "  ·  "
+_LINE_LENGTH = 200
 
 
 def overview(recording: Recording, at: Optional[float] = None) -> Figure:
@@ -55,7 +60,7 @@ def overview(recording: Recording, at: Optional[float] = None) -> Figure:
     heights = [_PROBE_INCHES] * len(ports) + [_LAST_INCHES]
     figure = Figure(figsize=(_WIDTH_INCHES, sum(heights) + _HEAD_INCHES), dpi=_DPI, layout="constrained")
     FigureCanvasAgg(figure)
-    figure.suptitle(_head_of(recording), x=0.01, ha="left", fontsize=11, linespacing=1.5)
+    figure.suptitle(_head_of(recording), x=0.01, ha="left", fontsize=10, linespacing=1.5)
     rows = figure.subfigures(len(heights), 1, height_ratios=heights, squeeze=False)[:, 0]
     for port, row in zip(ports, rows):
         _draw_probe(row, recording, port, start)
@@ -113,11 +118,14 @@ def _head_of(recording: Recording) -> str:
     ]
     if time is not None:
         facts.insert(1, time.strftime("%Y-%m-%d %H:%M:%S UTC"))
+    lines = [recording.path.resolve().name, _SEPARATOR.join(facts)]
+    doubts = []
     if isinstance(recording, RawFile):
-        facts.append(str(recording.damage))
+        doubts.append(str(recording.damage))
     if not recording.is_described:
-        facts.append("gains and electrodes are assumed")
-    return f"{recording.path.name}\n" + "  ·  ".join(facts)
+        doubts.append("gains and electrodes are assumed")
+    lines += textwrap.wrap(_SEPARATOR.join(doubts), _LINE_LENGTH)
+    return "\n".join(lines)
 
 
 def _draw_probe(row: Figure, recording: Recording, port: int, start: float) -> None:
@@ -139,10 +147,13 @@ def _draw_spectra(axes: Axes, recording: Recording, port: int, start: float) -> 
     for kind in ("lfp", "ap"):
         spectrum(recording[f"probe{port}.{kind}"], start, axes=axes)
     axes.autoscale()
-    if axes.get_legend() is not None:
-        for kind, handle in zip(("LFP", "AP"), [line for line in axes.lines]):
-            handle.set_label(kind)
-        axes.legend(handles=list(axes.lines), fontsize=6, frameon=False, loc="best")
+    if not axes.lines:
+        return
+    values = np.concatenate([np.asarray(line.get_ydata()) for line in axes.lines])
+    axes.set_ylim(10 ** np.floor(np.log10(values.min())), 10 ** np.ceil(np.log10(values.max())))
+    for line in axes.lines:
+        line.set_label("LFP" if line.get_color() == COLORS["lfp"] else "AP")
+    axes.legend(handles=list(axes.lines), fontsize=6, frameon=False, loc="best")
 
 
 def _title_of(probe: ProbeDescription) -> str:
@@ -154,7 +165,7 @@ def _title_of(probe: ProbeDescription) -> str:
         facts.append(f"{name} gain {low:g}" if low == high else f"{name} gains {low:g} to {high:g}")
     facts.append("filter on" if probe.ap_filter else "filter off")
     facts.append("calibrated" if probe.is_calibrated else "not calibrated")
-    return "  ·  ".join(facts)
+    return _SEPARATOR.join(facts)
 
 
 def _draw_losses(axes: Axes, recording: Recording) -> None:
@@ -170,7 +181,11 @@ def _draw_losses(axes: Axes, recording: Recording) -> None:
             width = max(gap.length / stream.rate, least)
             axes.plot([first, first + width], [place, place], color=LOST_COLOR, linewidth=9, solid_capstyle="butt")
         axes.text(
-            1.01, place, f"{stream.lost_samples} of {len(stream)}", transform=axes.get_yaxis_transform(), fontsize=7,
+            1.0,
+            place,
+            f"{stream.lost_samples} of {len(stream)}",
+            transform=axes.get_yaxis_transform(),
+            fontsize=7,
             va="center",
         )
     axes.set_yticks(range(len(streams)), [stream.name for stream in streams])

@@ -21,6 +21,8 @@ from orbe.stream import Stream
 if TYPE_CHECKING:
     from matplotlib.axes import Axes
 
+_LEAST = 1e-6
+
 
 def rms(
     stream: Stream, start: float = 0.0, seconds: float = RMS_SECONDS, axes: Optional[Axes] = None
@@ -51,7 +53,11 @@ def rms(
         return axes
     axes.plot(strengths, positions[channels, 1], ".", markersize=2.5, color=color, alpha=0.7)
     middle = float(np.median(strengths))
-    axes.axvline(middle, color="0.5", linewidth=0.8, linestyle="--", label=f"median {middle:.3g} {stream.unit}")
-    axes.set_xlim(0, None)
+    axes.axvline(middle, color="0.5", linewidth=0.8, linestyle="--", label=f"median {_rounded(middle)} {stream.unit}")
+    axes.set_xlim(0, 1.1 * max(float(strengths.max()), _LEAST))
     axes.legend(fontsize=6, frameon=False, loc="best")
     return axes
+
+
+def _rounded(value: float) -> str:
+    return f"{value:,.0f}" if value >= 100 else f"{value:.3g}"

@@ -23,6 +23,7 @@ if TYPE_CHECKING:
 
 _WINDOW = 4096
 _LEAST_WINDOW = 64
+_LEAST_WINDOWS = 4
 _QUARTILES = (25.0, 50.0, 75.0)
 
 
@@ -88,15 +89,25 @@ def spectrum(
     if span.stop - span.start < _LEAST_WINDOW or not channels.size:
         say_nothing_to_draw(axes, "too few samples here")
         return axes
-    frequencies, density = spectral_density(stream.read(span.start, span.stop, channels), stream.rate)
-    low, middle, high = np.percentile(density[1:], _QUARTILES, axis=1)
-    if not middle.any():
+    values = stream.read(span.start, span.stop, channels)
+    frequencies, density = spectral_density(values, stream.rate, _window_for(len(values)))
+    inner = slice(1, -1)  # without what is constant, and what alternates
+    low, middle, high = np.percentile(density[inner], _QUARTILES, axis=1)
+    if not middle.all():
         say_nothing_to_draw(axes, "all samples are equal")
         return axes
     color = COLORS[stream.info.kind]
-    axes.fill_between(frequencies[1:], low, high, color=color, alpha=0.25, linewidth=0, label="quartiles")
-    axes.loglog(frequencies[1:], middle, color=color, linewidth=0.9, label=f"median of {len(channels)} channels")
+    axes.fill_between(frequencies[inner], low, high, color=color, alpha=0.25, linewidth=0, label="quartiles")
+    axes.loglog(frequencies[inner], middle, color=color, linewidth=0.9, label=f"median of {len(channels)} channels")
     axes.set_xlim(frequencies[1], frequencies[-1])
     axes.grid(True, which="major", color="0.9", linewidth=0.5)
     axes.legend(fontsize=6, frameon=False, loc="best")
     return axes
+
+
+def _window_for(samples: int) -> int:
+    """A power of two, of which some fit: the average over them is what makes a spectrum smooth."""
+    window = _WINDOW
+    while window > _LEAST_WINDOW and window * _LEAST_WINDOWS > samples:
+        window //= 2
+    return window
