@@ -1,5 +1,5 @@
 # What `cmake --install` delivers, in parts: Runtime, which is what a host needs that is already built, with the programs
-# and the documentation; Development, which is what building a host takes; Benchmark. Included when all targets are
+# and the documentation; Development, which is what building a host takes; Benchmark; Python. Included when all targets are
 # known.
 include(CMakePackageConfigHelpers)
 set(orbe_package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/NeuropixAPI)
@@ -70,6 +70,7 @@ if(WIN32)
     include(Install_Windows)
 else()
     set(orbe_doc_dir ${CMAKE_INSTALL_DATAROOTDIR}/doc/neuropixapi-orbe)
+    include(Install_Python)
 endif()
 install(FILES ${PROJECT_SOURCE_DIR}/README.md DESTINATION ${orbe_doc_dir} COMPONENT Runtime)
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs DESTINATION ${orbe_doc_dir} COMPONENT Runtime)

@@ -2,7 +2,7 @@
 # installed beside one of another SOVERSION, because both hold the unversioned name (Install_Package.cmake says why).
 list(APPEND CPACK_GENERATOR DEB)
 set(CPACK_DEB_COMPONENT_INSTALL ON)
-set(CPACK_COMPONENTS_ALL Runtime Development Benchmark)
+set(CPACK_COMPONENTS_ALL Runtime Development Benchmark Python)
 if(NOT ORBE_BUILD_BENCHMARKS)
     list(REMOVE_ITEM CPACK_COMPONENTS_ALL Benchmark)
 endif()
@@ -30,6 +30,16 @@ set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION
 set(CPACK_DEBIAN_BENCHMARK_PACKAGE_NAME neuropixapi-orbe-bench)
 set(CPACK_DEBIAN_BENCHMARK_PACKAGE_SECTION science)
 set(CPACK_COMPONENT_BENCHMARK_DESCRIPTION "orbe-bench, which measures how fast the library is on a machine.")
+
+set(CPACK_DEBIAN_PYTHON_PACKAGE_NAME python3-orbe)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_SECTION python)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_ARCHITECTURE all)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_SHLIBDEPS OFF)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS
+    "python3 (>= 3.9), python3-numpy, ${CPACK_DEBIAN_RUNTIME_PACKAGE_NAME} (= ${PROJECT_VERSION})")
+set(CPACK_DEBIAN_PYTHON_PACKAGE_RECOMMENDS python3-matplotlib)
+set(CPACK_COMPONENT_PYTHON_DESCRIPTION
+    "The box and its recordings in Python: live samples, recorded folders, raw files, pictures.")
 
 # What Debian wants to know of each package: what is in it and on which terms.
 set(orbe_copyright ${PROJECT_BINARY_DIR}/copyright)

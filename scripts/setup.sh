@@ -18,7 +18,9 @@ libfftw3-dev                tests   a Fourier transform to hold the own one of t
 python3-minimal             tests   a host in Python
 libpython3-stdlib           tests   what that host loads the library with
 python3-neo                 tests   opens recorded folders as the lab's tools do
-python3-numpy               tests   compares what it finds in them
+python3-numpy               tests   what the Python package is made of, and what compares what is found in folders
+python3-matplotlib          tests   pictures of the Python package
+python3-pytest              tests   tests of the Python package
 dpkg-dev                    tests   Debian packages: finds out what they depend on
 file                        tests   Debian packages: cpack asks it what to look at
 pkg-config                  tests   a host that finds the library by it

@@ -79,7 +79,7 @@ def _open_stream(
     columns = len(info.channel_names)
     entry = next((entry for entry in entries["continuous"] if entry["stream_name"] == name), None)
     if entry is None:  # not a sample of it came
-        return OpenEphysStream(info, np.empty((0, columns), dtype=np.int16), gaps.get(name, []), 0, None)
+        return OpenEphysStream(info, np.empty((0, columns), dtype=np.int16), [], 0, None)
     if entry["num_channels"] != columns:
         raise RecordingError(
             f"'{parts / _STRUCTURE}' says {entry['num_channels']} channels of {name}, and the description of the "
@@ -94,7 +94,7 @@ def _open_stream(
             "orbe-record repair mends the folder"
         )
     first = int(numbers[0]) if len(numbers) else 0
-    return OpenEphysStream(info, samples, gaps.get(name, []), first, events)
+    return OpenEphysStream(info, samples, gaps.get(folder.name, []), first, events)
 
 
 def _events_folder(parts: Path, entries: dict[str, Any], name: str) -> Optional[Path]:

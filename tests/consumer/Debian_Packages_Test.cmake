@@ -2,7 +2,7 @@
 # more than they may.
 #
 # In:  PACKAGES  the folder in which cpack has left them
-#      OUTPUT    a folder into which they are unpacked, each into its own: runtime, development and bench
+#      OUTPUT    a folder into which they are unpacked, each into its own: runtime, development, bench and python
 cmake_minimum_required(VERSION 3.25)
 find_program(DPKG_DEB dpkg-deb REQUIRED)
 find_program(READELF readelf REQUIRED)
@@ -52,10 +52,12 @@ unpack(runtime libneuropixapi-orbe3_*.deb)
 unpack(development libneuropixapi-orbe-dev_*.deb)
 
 unpack(bench neuropixapi-orbe-bench_*.deb)
+unpack(python python3-orbe_*_all.deb)
 
 expect_depends(runtime ${run_time})
 expect_depends(development libneuropixapi-orbe3)
 expect_depends(bench ${run_time} libbenchmark1debian)
+expect_depends(python python3 python3-numpy libneuropixapi-orbe3)
 
 set(runtime_files
     usr/lib/libNeuropixAPI.so usr/lib/libNeuropixAPI.so.3 usr/lib/libNeuropixAPI.so.3.*.*
@@ -68,8 +70,11 @@ set(development_files
     usr/lib/pkgconfig/NeuropixAPI.pc usr/lib/cmake/NeuropixAPI/NeuropixAPIConfig.cmake
     usr/share/doc/libneuropixapi-orbe-dev/copyright)
 set(bench_files usr/bin/orbe-bench usr/share/doc/neuropixapi-orbe-bench/copyright)
-foreach(part runtime development bench)
-    foreach(other runtime development bench)
+set(python_files
+    usr/bin/orbe usr/lib/python3/dist-packages/orbe/__init__.py usr/lib/python3/dist-packages/orbe/py.typed
+    usr/lib/python3/dist-packages/orbe/plot/overview.py usr/share/doc/python3-orbe/copyright)
+foreach(part runtime development bench python)
+    foreach(other runtime development bench python)
         if(part STREQUAL other)
             expect_files(${part} TRUE ${${other}_files})
         else()
