@@ -11,6 +11,10 @@ from typing import Optional
 _STREAMS = ("stdout", "stderr")
 
 
+# C's streams into files, which stay open for good: a thread of the library may be about to print into one.
+_files: dict[Path, int] = {}
+
+
 class QuietConsole:
     """Leads C's ``stdout`` and ``stderr`` of this process into a file, from :meth:`close_off` to :meth:`restore`.
 
@@ -19,21 +23,14 @@ class QuietConsole:
 
     def __init__(self, path: Path) -> None:
         self._path = path
-        self._c: Optional[ctypes.CDLL] = None
-        self._file: Optional[int] = None
         self._before: dict[str, Optional[int]] = {}
 
     def close_off(self) -> None:
         """Prints go to the file from now on."""
-        if not sys.platform.startswith("linux"):
+        file = self._open()
+        if file is None:
             return
         c = ctypes.CDLL(None)
-        c.fopen.restype = ctypes.c_void_p
-        c.fopen.argtypes = (ctypes.c_char_p, ctypes.c_char_p)
-        file = c.fopen(bytes(self._path), b"a")
-        if not file:
-            return
-        self._c, self._file = c, file
         for name in _STREAMS:
             stream = ctypes.c_void_p.in_dll(c, name)
             self._before[name] = stream.value
@@ -41,10 +38,22 @@ class QuietConsole:
 
     def restore(self) -> None:
         """Prints go where they went before."""
-        if self._c is None:
-            return
+        c = ctypes.CDLL(None) if self._before else None
         for name, file in self._before.items():
-            ctypes.c_void_p.in_dll(self._c, name).value = file
-        # The file stays open: a thread of the library may be about to print into it.
-        self._c.fflush(ctypes.c_void_p(self._file))
-        self._c = None
+            ctypes.c_void_p.in_dll(c, name).value = file
+        if c is not None:
+            c.fflush(ctypes.c_void_p(_files[self._path]))
+        self._before = {}
+
+    def _open(self) -> Optional[int]:
+        if not sys.platform.startswith("linux"):
+            return None
+        if self._path not in _files:
+            c = ctypes.CDLL(None)
+            c.fopen.restype = ctypes.c_void_p
+            c.fopen.argtypes = (ctypes.c_char_p, ctypes.c_char_p)
+            file = c.fopen(bytes(self._path), b"a")
+            if not file:
+                return None
+            _files[self._path] = file
+        return _files[self._path]

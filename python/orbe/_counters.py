@@ -2,7 +2,6 @@
 
 from __future__ import annotations
 
-import copy
 from typing import Optional
 
 import numpy as np
@@ -15,13 +14,7 @@ _FRAMES = 13
 _STAMP_SPAN = 1 << 32
 
 
-class _Counter:
-    def copy(self):
-        """A counter that goes on from where this one is, by itself."""
-        return copy.copy(self)
-
-
-class SuperFrameCounter(_Counter):
+class SuperFrameCounter:
     """Follows the 20-bit frame counter of a probe."""
 
     def __init__(self) -> None:
@@ -45,7 +38,7 @@ class SuperFrameCounter(_Counter):
         return numbers
 
 
-class StampCounter(_Counter):
+class RhdStampCounter:
     """Follows the 32-bit stamp of the RHD frames, which counts samples."""
 
     def __init__(self) -> None:
@@ -62,7 +55,7 @@ class StampCounter(_Counter):
         return numbers
 
 
-class SampleCounter(_Counter):
+class SampleCounter:
     """Counts samples from 0: what the counter leaves out is left out, and one that goes back goes on."""
 
     def __init__(self) -> None:

@@ -4,6 +4,7 @@ chunk by chunk; a chunk that is read is decoded again, from the state that stood
 from __future__ import annotations
 
 from bisect import bisect_right
+from copy import copy
 from dataclasses import dataclass, field
 from typing import Iterator, NamedTuple
 
@@ -32,7 +33,7 @@ class _State:
     lfp: np.ndarray = field(default_factory=lambda: np.full(CHANNEL_COUNT, _LOWEST, dtype=np.int16))
 
     def copy(self) -> _State:
-        return _State(self.row, self.super_frames.copy(), self.samples.copy(), self.lfp)
+        return _State(self.row, copy(self.super_frames), copy(self.samples), self.lfp)
 
 
 class _Chunk(NamedTuple):
@@ -91,10 +92,12 @@ class ProbeIndex:
                 gaps.append(Gap(first, last - first))
         return gaps
 
-    def extend(self, end_row: int) -> None:
-        """Looks through the rows up to `end_row`, which no call before has."""
+    def extend(self, end_row: int, places: np.ndarray) -> None:
+        """Looks through the rows up to `end_row`; those at `places` are the stream's that no call before had."""
         begin, before = self._state.copy(), self.end
-        scan = self._scan(self._state, end_row)
+        first = int(places[0]) if places.size else end_row
+        early = _rows.rows_of(self._rows, self._stream, self._state.row, first)
+        scan = self._scan(self._state, end_row, np.concatenate((early, places)))
         self.damaged_super_frames += scan.damaged
         if not scan.samples.size:
             return
@@ -144,26 +147,25 @@ class ProbeIndex:
         for chunk in self._chunks[bisect_right(self._ends, start) :]:
             if chunk.first >= stop:
                 break
-            yield chunk, self._scan(chunk.state.copy(), chunk.end_row)
+            places = _rows.rows_of(self._rows, self._stream, chunk.state.row, chunk.end_row)
+            yield chunk, self._scan(chunk.state.copy(), chunk.end_row, places)
 
-    def _scan(self, state: _State, end_row: int) -> _Scan:
-        rows = self._rows[state.row : end_row]
-        places = _rows.rows_of(rows[:, 0], self._stream)
-        port_rows = rows[places]
+    def _scan(self, state: _State, end_row: int, places: np.ndarray) -> _Scan:
+        port_rows = _rows.gather(self._rows, places)
         starts, counters, damaged = find_super_frames(port_rows)
         numbers = state.super_frames.follow(counters)
         samples = state.samples.follow(numbers)
-        state.row = self._first_row_of_next(state.row, end_row, places, port_rows)
+        state.row = self._first_row_of_next(end_row, places, port_rows)
         return _Scan(port_rows, starts, numbers % SLOTS, samples, damaged)
 
     @staticmethod
-    def _first_row_of_next(begin: int, end_row: int, places: np.ndarray, port_rows: np.ndarray) -> int:
+    def _first_row_of_next(end_row: int, places: np.ndarray, port_rows: np.ndarray) -> int:
         """The row with which the super frame that ends in the next chunk begins."""
         tail = port_rows[-(ROWS - 1) :]
         unfinished = np.flatnonzero(tail[:, 1] & _START_FLAG)
         if not unfinished.size:
             return end_row
-        row = begin + int(places[len(port_rows) - len(tail) + unfinished[0]])
+        row = int(places[len(port_rows) - len(tail) + unfinished[0]])
         return row if end_row - row < _LONGEST_WAIT else end_row
 
     def _note_gaps(self, samples: np.ndarray, before: int) -> None:
@@ -195,7 +197,7 @@ def _fill_lost_parts(counts: np.ndarray, has_part: np.ndarray, before: np.ndarra
     with_before = np.concatenate((before[np.newaxis], counts))
     for slot in np.flatnonzero(~has_part[is_there].all(axis=0)):
         channels = np.flatnonzero(CHANNEL_SLOT == slot)
-        known = np.concatenate(([True], has_part[:, slot]))
+        known = np.append(True, has_part[:, slot])
         source = np.maximum.accumulate(np.where(known, np.arange(known.size), 0))[1:]
         lost = np.flatnonzero(is_there & ~has_part[:, slot])
         counts[lost[:, np.newaxis], channels] = with_before[source[lost][:, np.newaxis], channels]

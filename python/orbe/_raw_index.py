@@ -69,7 +69,7 @@ class RawIndex:
     def __init__(self, rows: np.ndarray) -> None:
         self._mapped = rows
         self._next_row = 0
-        self._last_counter: dict[int, int] = {}
+        self._last_counter: dict[int, np.ndarray] = {}
         self._damage = Damage()
         present = _rows.streams_in(rows)
         self.probes = {stream + 1: ProbeIndex(rows, stream) for stream in sorted(present - {_rows.RHD_STREAM})}
@@ -95,28 +95,31 @@ class RawIndex:
         """Looks through the next 8 MiB. Does nothing at the end of the file."""
         if self.is_complete:
             return
-        end = min(self._next_row + _CHUNK_ROWS, len(self._mapped))
-        self._look_for_damage(np.ascontiguousarray(self._mapped[self._next_row : end, 0]))
-        for index in self.probes.values():
-            index.extend(end)
+        begin, end = self._next_row, min(self._next_row + _CHUNK_ROWS, len(self._mapped))
+        headers = np.ascontiguousarray(self._mapped[begin:end, 0])
+        ids = _rows.stream_bytes(headers)
+        places = [_rows.places_of(ids, stream) for stream in range(_rows.RHD_STREAM + 1)]
+        self._look_for_damage(headers, places)
+        for port, index in self.probes.items():
+            index.extend(end, begin + places[port - 1])
         if self.rhd is not None:
-            self.rhd.extend(end)
+            self.rhd.extend(end, begin + places[_rows.RHD_STREAM])
         self._next_row = end
 
-    def _look_for_damage(self, headers: np.ndarray) -> None:
-        known = 0
-        for stream in range(_rows.RHD_STREAM + 1):
-            own = headers[_rows.rows_of(headers, stream)]
-            known += own.size
+    def _look_for_damage(self, headers: np.ndarray, places: list[np.ndarray]) -> None:
+        counters = _rows.counters_of(headers)
+        for stream, own in enumerate(places):
             if not own.size:
                 continue
-            counters = own >> 8
-            before = self._last_counter.get(stream, int(counters[0]) - 1) & 0xFF
-            steps = np.diff(counters.astype(np.int64), prepend=before) & 0xFF
-            lost = int(((steps - 1) & 0xFF).sum())
-            if lost:
+            of_stream = counters[own]
+            if stream in self._last_counter:
+                of_stream = np.concatenate((self._last_counter[stream], of_stream))
+            steps = _rows.counter_steps(of_stream)
+            if (steps != 1).any():
+                lost = int((steps - np.uint8(1)).sum(dtype=np.int64))
                 self._damage.lost_rows[stream] = self._damage.lost_rows.get(stream, 0) + lost
-            self._last_counter[stream] = int(counters[-1])
+            self._last_counter[stream] = of_stream[-1:]
+        known = sum(own.size for own in places)
         if known < headers.size:
             marked = int(np.count_nonzero(_rows.has_marker(headers)))
             self._damage.rows_without_marker += headers.size - marked

@@ -3,13 +3,14 @@
 from __future__ import annotations
 
 from bisect import bisect_right
+from copy import copy
 from dataclasses import dataclass, field
 from typing import Iterator, NamedTuple
 
 import numpy as np
 
 from orbe import _rows
-from orbe._counters import SampleCounter, StampCounter
+from orbe._counters import RhdStampCounter, SampleCounter
 from orbe._rows import PAYLOAD_WORDS, RHD_STREAM
 from orbe.errors import RecordingError
 from orbe.stream import Gap
@@ -38,11 +39,11 @@ _LENGTHS = {frame_words(streams) for streams in range(_MOST_STREAMS + 1)}
 class _State:
     row: int = 0
     word: int = 0  # of that row's payload, the first one that is not read
-    stamps: StampCounter = field(default_factory=StampCounter)
+    stamps: RhdStampCounter = field(default_factory=RhdStampCounter)
     samples: SampleCounter = field(default_factory=SampleCounter)
 
     def copy(self) -> _State:
-        return _State(self.row, self.word, self.stamps.copy(), self.samples.copy())
+        return _State(self.row, self.word, copy(self.stamps), copy(self.samples))
 
 
 class _Chunk(NamedTuple):
@@ -76,10 +77,12 @@ class RhdIndex:
         """The sample behind the last one that has been found."""
         return self._ends[-1] if self._ends else 0
 
-    def extend(self, end_row: int) -> None:
-        """Looks through the rows up to `end_row`, which no call before has."""
+    def extend(self, end_row: int, places: np.ndarray) -> None:
+        """Looks through the rows up to `end_row`; those at `places` are the stream's that no call before had."""
         begin, before = self._state.copy(), self.end
-        scan = self._scan(self._state, end_row)
+        first = int(places[0]) if places.size else end_row
+        early = _rows.rows_of(self._rows, RHD_STREAM, self._state.row, first)
+        scan = self._scan(self._state, end_row, np.concatenate((early, places)))
         self.damaged_frames += scan.damaged
         if not scan.samples.size:
             return
@@ -114,12 +117,11 @@ class RhdIndex:
         for chunk in self._chunks[bisect_right(self._ends, start) :]:
             if chunk.first >= stop:
                 break
-            yield self._scan(chunk.state.copy(), chunk.end_row)
+            places = _rows.rows_of(self._rows, RHD_STREAM, chunk.state.row, chunk.end_row)
+            yield self._scan(chunk.state.copy(), chunk.end_row, places)
 
-    def _scan(self, state: _State, end_row: int) -> _Scan:
-        rows = self._rows[state.row : end_row]
-        places = _rows.rows_of(rows[:, 0], RHD_STREAM)
-        rhd_rows = rows[places]
+    def _scan(self, state: _State, end_row: int, places: np.ndarray) -> _Scan:
+        rhd_rows = _rows.gather(self._rows, places)
         words = rhd_rows[:, 1:].reshape(-1)
         starts = _find_preambles(words)
         starts = starts[starts >= state.word]
@@ -134,7 +136,7 @@ class RhdIndex:
     def _without_damaged(self, rhd_rows: np.ndarray, starts: np.ndarray, behind: np.ndarray) -> np.ndarray:
         """Leaves out the frames with a lost row in them, and those that end too early: where the next begins."""
         is_cut = behind - starts < self._length
-        steps = _rows.counter_steps(rhd_rows[:, 0])
+        steps = _rows.counter_steps(_rows.counters_of(rhd_rows[:, 0]))
         if (steps != 1).any():
             before = np.concatenate(([0], np.cumsum(steps != 1)))
             first_row = starts // PAYLOAD_WORDS
@@ -150,7 +152,7 @@ class RhdIndex:
         behind = int(whole[-1]) + self._length if whole.size else max(state.word, words - self._length)
         unfinished = starts[starts >= behind]
         behind = int(unfinished[0]) if unfinished.size else max(behind, words - len(_PREAMBLE) + 1)
-        row = end_row if behind >= words else state.row + int(places[behind // PAYLOAD_WORDS])
+        row = end_row if behind >= words else int(places[behind // PAYLOAD_WORDS])
         if end_row - row >= _LONGEST_WAIT:
             row = end_row
         state.row, state.word = row, behind % PAYLOAD_WORDS if row < end_row else 0
@@ -171,8 +173,8 @@ def _double_words(words: np.ndarray, places: np.ndarray) -> np.ndarray:
 
 def _find_frame_length(rows: np.ndarray) -> int:
     """The words from one frame to the next, as most frames of the first MiB have them."""
-    head = rows[:65_536]
-    words = head[_rows.rows_of(head[:, 0], RHD_STREAM)][:, 1:].reshape(-1)
+    places = _rows.rows_of(rows, RHD_STREAM, 0, 65_536)
+    words = _rows.gather(rows, places)[:, 1:].reshape(-1)
     starts = _find_preambles(words)
     if starts.size < 2:
         return frame_words(0)

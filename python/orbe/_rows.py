@@ -18,7 +18,6 @@ RHD_STREAM = 4
 _MARKER = 0xD0
 _MARKER_MASK = 0xF0
 _STREAM_MASK = 0x0F
-_ID_MASK = 0xFF
 _COUNTER_SHIFT = 8
 # Where a recording is told from another file: as many rows as lie in 1 MiB.
 _LOOKED_AT = 65_536
@@ -34,7 +33,7 @@ def map_rows(path: Path) -> np.ndarray:
         count = path.stat().st_size // ROW_BYTES
         if count == 0:
             raise RecordingError(f"'{path}' is no raw recording: it does not hold a single row of 16 bytes")
-        rows = np.memmap(path, dtype="<u2", mode="r", shape=(count, ROW_WORDS))
+        rows = np.memmap(path, dtype="<u2", mode="r", shape=(count, ROW_WORDS)).view(np.ndarray)
     except OSError as error:
         raise RecordingError(f"'{path}' cannot be read: {error.strerror or error}") from error
     head = rows[:_LOOKED_AT, 0]
@@ -52,23 +51,38 @@ def has_marker(headers: np.ndarray) -> np.ndarray:
     return (headers & _MARKER_MASK) == _MARKER
 
 
-def is_known(headers: np.ndarray) -> np.ndarray:
-    """Which rows with these first words belong to a stream that there is: bool, same shape."""
-    return has_marker(headers) & ((headers & _STREAM_MASK) <= RHD_STREAM)
+def rows_of(rows: np.ndarray, stream: int, begin: int, end: int) -> np.ndarray:
+    """Indices in the file of the rows of a stream between two rows, int64, ascending."""
+    return begin + places_of(stream_bytes(rows[begin:end, 0]), stream)
 
 
-def rows_of(headers: np.ndarray, stream: int) -> np.ndarray:
-    """Indices of the rows of a stream, int64, ascending."""
-    return np.flatnonzero((headers & _ID_MASK) == (_MARKER | stream))
+def stream_bytes(headers: np.ndarray) -> np.ndarray:
+    """Marker and stream id of rows with these first words: uint8, same shape."""
+    return headers.astype(np.uint8)
 
 
-def counter_steps(headers: np.ndarray) -> np.ndarray:
-    """How far the row counter goes from each row of one stream to the next: 1 unless rows are lost."""
-    counters = (headers >> _COUNTER_SHIFT).astype(np.int16)
-    return np.diff(counters) & _ID_MASK
+def places_of(bytes_of_rows: np.ndarray, stream: int) -> np.ndarray:
+    """Where the rows of a stream are among those with these bytes of :func:`stream_bytes`: int64, ascending."""
+    return np.flatnonzero(bytes_of_rows == (_MARKER | stream))
+
+
+def gather(rows: np.ndarray, places: np.ndarray) -> np.ndarray:
+    """Rows at these places, one behind the other: uint16, shape (n, 8)."""
+    # A row is as long as a complex number, which is copied as a whole.
+    return rows.view(np.complex128).reshape(-1)[places].view(np.uint16).reshape(-1, ROW_WORDS)
+
+
+def counters_of(headers: np.ndarray) -> np.ndarray:
+    """Row counters in these first words: uint8, same shape."""
+    return (headers >> _COUNTER_SHIFT).astype(np.uint8)
+
+
+def counter_steps(counters: np.ndarray) -> np.ndarray:
+    """How far the row counter goes from each row of one stream to the next, modulo 256: 1 unless rows are lost."""
+    return np.diff(counters)
 
 
 def streams_in(rows: np.ndarray) -> set[int]:
     """Ids of the streams that are in the first MiB."""
-    head = rows[:_LOOKED_AT, 0]
-    return {stream for stream in range(RHD_STREAM + 1) if rows_of(head, stream).size}
+    head = stream_bytes(rows[:_LOOKED_AT, 0])
+    return {stream for stream in range(RHD_STREAM + 1) if places_of(head, stream).size}

@@ -31,8 +31,13 @@ def folder() -> Path:
     with _lock:
         if _folder is None:
             _folder = Path(tempfile.mkdtemp(prefix="orbe-"))
-            atexit.register(shutil.rmtree, _folder, ignore_errors=True)
+            atexit.register(_remove, _folder, os.getpid())
         return _folder
+
+
+def _remove(path: Path, owner: int) -> None:
+    if os.getpid() == owner:  # and no process that was forked off
+        shutil.rmtree(path, ignore_errors=True)
 
 
 def write_switches(recording: Optional[Path]) -> None:

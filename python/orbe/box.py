@@ -4,6 +4,7 @@ from __future__ import annotations
 
 import atexit
 import ctypes
+import os
 import threading
 from pathlib import Path
 from typing import Optional, Union
@@ -38,12 +39,14 @@ class Box:
     """
 
     def __init__(self, simulation: Optional[Path] = None, quiet: bool = True) -> None:
-        _claim(self)
         self.simulation = simulation
         self._library = _library.load()
         self._console = QuietConsole(_working_directory.folder() / _working_directory.CONSOLE)
+        self.probes: list[Probe] = []
         self._is_open = True
         self._is_running = False
+        self._owner = os.getpid()
+        _claim(self)
         if quiet:
             self._console.close_off()
         try:
@@ -185,5 +188,5 @@ def _release(box: Box) -> None:
 
 @atexit.register
 def _close_at_exit() -> None:
-    if _opened is not None:
+    if _opened is not None and _opened._owner == os.getpid():
         _opened.close()

@@ -181,7 +181,7 @@ def _probe_of(entries: dict[str, Any]) -> ProbeDescription:
 
 
 def _by_channel(entries: dict[str, Any], name: str, kind: type) -> np.ndarray:
-    values = np.array(entries[name], dtype=kind)
+    values: np.ndarray = np.array(entries[name], dtype=kind)
     if values.shape != (CHANNEL_COUNT,):
         raise ValueError(f"{name} has {values.size} entries and not {CHANNEL_COUNT}")
     return values

@@ -43,8 +43,9 @@ class _RawStream(Stream):
     def counts(self, start: int = 0, stop: Optional[int] = None, channels: Channels = None) -> np.ndarray:
         if stop is None or stop < 0 or start < 0:
             return super().counts(start, stop, channels)
-        self._raw.index_until(lambda: self._known_end() >= stop)
-        last = min(stop, self._known_end())
+        wanted = stop
+        self._raw.index_until(lambda: self._known_end() >= wanted)
+        last = min(wanted, self._known_end())
         counts = self._counts(min(start, last), last)
         return counts if channels is None else counts[:, channels]
 
@@ -176,9 +177,10 @@ class RawFile(Recording):
         rhd = self._index.rhd
         if rhd is None:
             raise RecordingError(f"'{self.path}' has no ADC inputs, and no TTL inputs with them")
-        self.index_until(lambda: rhd.end >= stop)
-        last = min(stop, rhd.end)
-        words = rhd.ttl(min(start, last), last)
+        inputs = rhd
+        self.index_until(lambda: inputs.end >= stop)
+        last = min(stop, inputs.end)
+        words = inputs.ttl(min(start, last), last)
         return (words[:, np.newaxis] >> (_FIRST_TTL_BIT + np.arange(8)) & 1).astype(bool)
 
     def _sync(self, start: int, stop: int) -> np.ndarray:

@@ -130,3 +130,18 @@ def test_a_program_that_ends_without_closing_leaves_nothing_behind(recordings, t
     environment = {**os.environ, "TMPDIR": str(tmp_path)}
     ended = subprocess.run(arguments, check=True, capture_output=True, text=True, env=environment, timeout=60)
     assert ended.stdout.startswith(str(tmp_path)) and os.listdir(tmp_path) == []
+
+
+def test_a_process_that_is_forked_off_takes_nothing_with_it(recordings):
+    program = (
+        "import os, sys, orbe\n"
+        "box = orbe.open(simulation=sys.argv[1])\n"
+        "child = os.fork()\n"
+        "if child == 0: sys.exit(0)\n"
+        "assert os.waitpid(child, 0)[1] == 0 and box.log.exists()\n"
+        "box.start()\n"
+        "print(len(box.probes[0].read(0.1)))\n"
+    )
+    arguments = [sys.executable, "-c", program, str(recordings.make(*SMALL))]
+    ended = subprocess.run(arguments, check=True, capture_output=True, text=True, timeout=60)
+    assert ended.stdout == "3000\n"

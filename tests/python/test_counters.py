@@ -1,10 +1,11 @@
 """The counters of raw streams, held against the same rules written out step by step."""
 
+from copy import copy
+
 import numpy as np
 import pytest
-from orbe._counters import SampleCounter, StampCounter, SuperFrameCounter
-from orbe._stamps import StampCounter as PacketStampCounter
-from orbe._stamps import sample_numbers_of
+from orbe._counters import RhdStampCounter, SampleCounter, SuperFrameCounter
+from orbe._stamps import StampCounter, sample_numbers_of
 
 SPAN = 1 << 20
 
@@ -79,13 +80,13 @@ def test_a_super_frame_that_comes_twice_is_what_the_rules_make_of_it():
 def test_a_copy_of_a_counter_goes_on_by_itself():
     counter = SuperFrameCounter()
     counter.follow(np.array([0, 13]))
-    copy = counter.copy()
-    assert copy.follow(np.array([26])).tolist() == [2]
+    other = copy(counter)
+    assert other.follow(np.array([26])).tolist() == [2]
     assert counter.follow(np.array([39])).tolist() == [3]
 
 
 def test_rhd_stamps_are_followed_over_their_wrap_and_back():
-    counter = StampCounter()
+    counter = RhdStampCounter()
     assert counter.follow(np.array([4_294_967_294, 4_294_967_295, 0], dtype=np.uint32)).tolist() == [-2, -1, 0]
     assert counter.follow(np.array([1, 5, 3], dtype=np.uint32)).tolist() == [1, 5, 3]
 
@@ -107,6 +108,6 @@ def test_stamps_of_packets_are_followed_over_their_wrap():
     samples = np.arange(1_288_490_180, 1_288_490_380)
     stamps = (samples * 10 // 3 % (1 << 32)).astype(np.uint32)
     assert stamps.max() > 4_000_000_000 and stamps.min() < 1000
-    counter = PacketStampCounter()
+    counter = StampCounter()
     followed = [counter.follow(piece) for piece in pieces_of(stamps, 1)]
     assert np.array_equal(np.concatenate(followed), samples)
