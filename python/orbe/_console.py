@@ -38,11 +38,12 @@ class QuietConsole:
 
     def restore(self) -> None:
         """Prints go where they went before."""
-        c = ctypes.CDLL(None) if self._before else None
+        if not self._before:
+            return
+        c = ctypes.CDLL(None)
         for name, file in self._before.items():
             ctypes.c_void_p.in_dll(c, name).value = file
-        if c is not None:
-            c.fflush(ctypes.c_void_p(_files[self._path]))
+        c.fflush(ctypes.c_void_p(_files[self._path]))
         self._before = {}
 
     def _open(self) -> Optional[int]:
