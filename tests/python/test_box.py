@@ -1,4 +1,5 @@
-"""The box as Python sees it, played from a recording: settings, opening and closing, and what they do to the process."""
+"""The box as Python sees it, played from a recording: settings, opening and closing, and what they do to the
+process."""
 
 import os
 import subprocess

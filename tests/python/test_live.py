@@ -1,5 +1,5 @@
-"""Samples of the box, played from a recording, as Python gets them; what comes is held against the raw file, which is decoded without
-the library."""
+"""Samples of the box, played from a recording, as Python gets them; what comes is held against the raw file, which is
+decoded without the library."""
 
 import time
 from pathlib import Path

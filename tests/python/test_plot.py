@@ -33,6 +33,8 @@ def test_traces_are_the_samples_one_above_the_other_with_units(tone):
         assert np.allclose(np.diff(drawn), np.diff(values), atol=0.5)
         assert np.allclose(line.get_xdata(), 0.1 + np.arange(600) / 30000)
     assert np.median(upper.get_ydata()) > np.median(lower.get_ydata())
+    low, high = axes.get_ylim()
+    assert low < lower.get_ydata().min() and high > upper.get_ydata().max()
     assert [label.get_text() for label in axes.get_yticklabels()] == ["AP3", "AP200"]
     assert axes.get_xlabel() == "time (s)" and axes.get_title(loc="left") == "traces: port 1, AP band"
     (length,) = [float(text.get_text().split()[0]) for text in axes.texts if text.get_text().endswith("µV")]

@@ -16,6 +16,8 @@ _MOST_TRACES = 16
 _LEAST_SPACING = 1e-6
 # Between neighbouring traces lies what this part of all samples does not go beyond, to either side.
 _PERCENTILE = 99.5
+# What the outer traces get below and above them, in such distances.
+_MOST_ROOM = 2.0
 
 
 def traces(
@@ -55,7 +57,11 @@ def traces(
             begin = stream.info.start_seconds + gap.sample / stream.rate
             axes.axvspan(begin, begin + gap.length / stream.rate, color=LOST_COLOR, alpha=0.25, linewidth=0)
     axes.set_xlim(times[0], times[0] + (last - first) / stream.rate)
-    axes.set_ylim(-0.8 * spacing, (len(chosen) - 0.2) * spacing)
+    lowest, highest = float(values[:, 0].min()), float(values[:, -1].max())
+    axes.set_ylim(
+        max(min(lowest, -0.5 * spacing), -_MOST_ROOM * spacing) - 0.2 * spacing,
+        (len(chosen) - 1) * spacing + min(max(highest, 0.5 * spacing), _MOST_ROOM * spacing) + 0.2 * spacing,
+    )
     axes.set_yticks(np.arange(len(chosen)) * spacing, [stream.info.channel_names[i] for i in chosen])
     _draw_scale_bar(axes, spacing, stream.unit)
     return axes
