@@ -17,6 +17,8 @@ from orbe.stream import Gap
 
 INPUTS = 8
 _PREAMBLE = (0x2A53, 0x3813, 0x2AAA, 0xD7A2)
+# At the end of words that have come, a preamble may begin that does not show yet.
+_UNSEEN = len(_PREAMBLE) - 1
 _STAMP = 4
 _MOST_STREAMS = 32
 _OFFSET = 0x8000
@@ -125,12 +127,14 @@ class RhdIndex:
         words = rhd_rows[:, 1:].reshape(-1)
         starts = _find_preambles(words)
         starts = starts[starts >= state.word]
-        whole = starts[starts + self._length <= len(words)]
-        behind = np.append(starts[1:], len(words))[: len(whole)]
-        kept = self._without_damaged(rhd_rows, whole, behind)
+        # Whether a frame ends too early shows only when all of a preamble in it is there.
+        known = len(words) if end_row == len(self._rows) else len(words) - _UNSEEN
+        is_whole = starts + self._length <= known
+        whole = starts[is_whole]
+        kept = self._without_damaged(rhd_rows, whole, np.append(starts[1:], len(words))[is_whole])
         numbers = state.stamps.follow(_double_words(words, kept + _STAMP))
         samples = state.samples.follow(numbers)
-        self._resume(state, end_row, places, starts, whole)
+        self._resume(state, end_row, places, starts[~is_whole])
         return _Scan(words, kept, samples, len(whole) - len(kept))
 
     def _without_damaged(self, rhd_rows: np.ndarray, starts: np.ndarray, behind: np.ndarray) -> np.ndarray:
@@ -144,14 +148,10 @@ class RhdIndex:
             is_cut |= before[last_row] != before[first_row]
         return starts[~is_cut]
 
-    def _resume(
-        self, state: _State, end_row: int, places: np.ndarray, starts: np.ndarray, whole: np.ndarray
-    ) -> None:
-        """The next chunk begins behind the last whole frame, or with the words that may begin another."""
+    def _resume(self, state: _State, end_row: int, places: np.ndarray, unfinished: np.ndarray) -> None:
+        """The next chunk begins with the first frame that is not whole, or the words that may begin one."""
         words = len(places) * PAYLOAD_WORDS
-        behind = int(whole[-1]) + self._length if whole.size else max(state.word, words - self._length)
-        unfinished = starts[starts >= behind]
-        behind = int(unfinished[0]) if unfinished.size else max(behind, words - len(_PREAMBLE) + 1)
+        behind = int(unfinished[0]) if unfinished.size else max(state.word, words - _UNSEEN)
         row = end_row if behind >= words else int(places[behind // PAYLOAD_WORDS])
         if end_row - row >= _LONGEST_WAIT:
             row = end_row

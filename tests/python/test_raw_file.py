@@ -182,3 +182,19 @@ def test_streams_that_are_not_there_are_told(recordings):
         raw["probe1.ap"]
     with pytest.raises(orbe.RecordingError, match="has no ADC inputs"):
         raw["probe3.ap"].sync(0, 10)
+
+
+@pytest.mark.parametrize("chunk_rows", [977, 4_001, 20_000])
+def test_what_is_found_does_not_depend_on_the_chunks(recordings, monkeypatch, chunk_rows):
+    faults = "lost-row~2e-4 bad-marker~1e-4 wrong-tag:1~1e-5 missing-flag:2~2e-3 cut-frame:rhd~5e-3 unknown-row~1e-4"
+    path = recordings.make("--seconds", "0.05", *sum((["--fault", fault] for fault in faults.split()), []))
+    whole = orbe.load(path)
+    whole.index()
+    monkeypatch.setattr("orbe._raw_index._CHUNK_ROWS", chunk_rows)
+    pieces = orbe.load(path)
+    assert pieces.damage == whole.damage and whole.damage
+    for stream in whole:
+        other = pieces[stream.name]
+        assert other.gaps == stream.gaps and len(other) == len(stream)
+        assert np.array_equal(other.counts(), stream.counts())
+    assert all(whole[name].gaps for name in ("probe1.ap", "probe4.ap", "adc"))
