@@ -3,7 +3,6 @@ chunk by chunk; a chunk that is read is decoded again, from the state that stood
 
 from __future__ import annotations
 
-from bisect import bisect_right
 from copy import copy
 from dataclasses import dataclass, field
 from typing import Iterator, NamedTuple
@@ -11,6 +10,7 @@ from typing import Iterator, NamedTuple
 import numpy as np
 
 from orbe import _rows
+from orbe._chunk_table import ChunkTable
 from orbe._counters import SampleCounter, SuperFrameCounter
 from orbe._super_frames import CHANNEL_SLOT, ROWS, SLOTS, ap_values, find_super_frames, lfp_parts
 from orbe.stream import Gap
@@ -36,13 +36,6 @@ class _State:
         return _State(self.row, copy(self.super_frames), copy(self.samples), self.lfp)
 
 
-class _Chunk(NamedTuple):
-    state: _State
-    end_row: int
-    first: int  # sample
-    end: int
-
-
 class _Scan(NamedTuple):
     """The super frames of a chunk: shape (m,) each."""
 
@@ -60,16 +53,19 @@ class ProbeIndex:
         self._rows = rows
         self._stream = stream
         self._state = _State()
-        self._chunks: list[_Chunk] = []
-        self._ends: list[int] = []
+        self._chunks: ChunkTable[_State] = ChunkTable()
         self._lfp_first = 0
-        self.gaps: list[Gap] = []
         self.damaged_super_frames = 0
 
     @property
     def end(self) -> int:
         """The sample behind the last one that has been found."""
-        return self._ends[-1] if self._ends else 0
+        return self._chunks.end
+
+    @property
+    def gaps(self) -> list[Gap]:
+        """Lost AP samples, as far as has been looked through."""
+        return self._chunks.gaps
 
     @property
     def lfp_end(self) -> int:
@@ -94,20 +90,17 @@ class ProbeIndex:
 
     def extend(self, end_row: int, places: np.ndarray) -> None:
         """Looks through the rows up to `end_row`; those at `places` are the stream's that no call before had."""
-        begin, before = self._state.copy(), self.end
+        begin, is_first = self._state.copy(), self.end == 0
         first = int(places[0]) if places.size else end_row
         early = _rows.rows_of(self._rows, self._stream, self._state.row, first)
         scan = self._scan(self._state, end_row, np.concatenate((early, places)))
         self.damaged_super_frames += scan.damaged
         if not scan.samples.size:
             return
-        if not self._chunks:
+        if is_first:
             self._lfp_first = int(-scan.slots[0] % SLOTS)
-        self._note_gaps(scan.samples, before)
         self._remember_lfp(scan)
-        end = int(scan.samples[-1]) + 1
-        self._chunks.append(_Chunk(begin, end_row, int(scan.samples[0]), end))
-        self._ends.append(end)
+        self._chunks.add(begin, end_row, scan.samples)
 
     def ap(self, start: int, stop: int) -> np.ndarray:
         """AP counts, int16, shape (stop - start, 384), 0 where samples are lost."""
@@ -125,9 +118,9 @@ class ProbeIndex:
         counts = np.zeros((stop - start, CHANNEL_COUNT), dtype=np.int16)
         has_part = np.zeros((stop - start, SLOTS), dtype=bool)
         before = None
-        for chunk, scan in self._scans(self._lfp_first + start * SLOTS, self._lfp_first + stop * SLOTS):
+        for state, scan in self._scans(self._lfp_first + start * SLOTS, self._lfp_first + stop * SLOTS):
             if before is None:
-                before = chunk.state.lfp.copy()
+                before = state.lfp.copy()
             sample = (scan.samples - scan.slots - self._lfp_first) // SLOTS
             early = np.flatnonzero(sample < start)[-SLOTS * 2 :]
             _keep_latest(before, scan, early)
@@ -143,12 +136,10 @@ class ProbeIndex:
             _fill_lost_parts(counts, has_part, before)
         return counts
 
-    def _scans(self, start: int, stop: int) -> Iterator[tuple[_Chunk, _Scan]]:
-        for chunk in self._chunks[bisect_right(self._ends, start) :]:
-            if chunk.first >= stop:
-                break
-            places = _rows.rows_of(self._rows, self._stream, chunk.state.row, chunk.end_row)
-            yield chunk, self._scan(chunk.state.copy(), chunk.end_row, places)
+    def _scans(self, start: int, stop: int) -> Iterator[tuple[_State, _Scan]]:
+        for state, end_row in self._chunks.overlapping(start, stop):
+            places = _rows.rows_of(self._rows, self._stream, state.row, end_row)
+            yield state, self._scan(state.copy(), end_row, places)
 
     def _scan(self, state: _State, end_row: int, places: np.ndarray) -> _Scan:
         port_rows = _rows.gather(self._rows, places)
@@ -167,12 +158,6 @@ class ProbeIndex:
             return end_row
         row = int(places[len(port_rows) - len(tail) + unfinished[0]])
         return row if end_row - row < _LONGEST_WAIT else end_row
-
-    def _note_gaps(self, samples: np.ndarray, before: int) -> None:
-        steps = np.diff(samples, prepend=before - 1)
-        for i in np.flatnonzero(steps > 1):
-            length = int(steps[i]) - 1
-            self.gaps.append(Gap(int(samples[i]) - length, length))
 
     def _remember_lfp(self, scan: _Scan) -> None:
         latest = self._state.lfp.copy()

@@ -2,7 +2,6 @@
 
 from __future__ import annotations
 
-from bisect import bisect_right
 from copy import copy
 from dataclasses import dataclass, field
 from typing import Iterator, NamedTuple
@@ -10,6 +9,7 @@ from typing import Iterator, NamedTuple
 import numpy as np
 
 from orbe import _rows
+from orbe._chunk_table import ChunkTable
 from orbe._counters import RhdStampCounter, SampleCounter
 from orbe._rows import PAYLOAD_WORDS, RHD_STREAM
 from orbe.errors import RecordingError
@@ -48,13 +48,6 @@ class _State:
         return _State(self.row, self.word, copy(self.stamps), copy(self.samples))
 
 
-class _Chunk(NamedTuple):
-    state: _State
-    end_row: int
-    first: int
-    end: int
-
-
 class _Scan(NamedTuple):
     words: np.ndarray
     starts: np.ndarray
@@ -69,32 +62,28 @@ class RhdIndex:
         self._rows = rows
         self._length = _find_frame_length(rows)
         self._state = _State()
-        self._chunks: list[_Chunk] = []
-        self._ends: list[int] = []
-        self.gaps: list[Gap] = []
+        self._chunks: ChunkTable[_State] = ChunkTable()
         self.damaged_frames = 0
 
     @property
     def end(self) -> int:
         """The sample behind the last one that has been found."""
-        return self._ends[-1] if self._ends else 0
+        return self._chunks.end
+
+    @property
+    def gaps(self) -> list[Gap]:
+        """Lost samples, as far as has been looked through."""
+        return self._chunks.gaps
 
     def extend(self, end_row: int, places: np.ndarray) -> None:
         """Looks through the rows up to `end_row`; those at `places` are the stream's that no call before had."""
-        begin, before = self._state.copy(), self.end
+        begin = self._state.copy()
         first = int(places[0]) if places.size else end_row
         early = _rows.rows_of(self._rows, RHD_STREAM, self._state.row, first)
         scan = self._scan(self._state, end_row, np.concatenate((early, places)))
         self.damaged_frames += scan.damaged
-        if not scan.samples.size:
-            return
-        steps = np.diff(scan.samples, prepend=before - 1)
-        for i in np.flatnonzero(steps > 1):
-            length = int(steps[i]) - 1
-            self.gaps.append(Gap(int(scan.samples[i]) - length, length))
-        end = int(scan.samples[-1]) + 1
-        self._chunks.append(_Chunk(begin, end_row, int(scan.samples[0]), end))
-        self._ends.append(end)
+        if scan.samples.size:
+            self._chunks.add(begin, end_row, scan.samples)
 
     def inputs(self, start: int, stop: int) -> np.ndarray:
         """Counts of the eight inputs, int16, shape (stop - start, 8), 0 where samples are lost."""
@@ -116,11 +105,9 @@ class RhdIndex:
         return words
 
     def _scans(self, start: int, stop: int) -> Iterator[_Scan]:
-        for chunk in self._chunks[bisect_right(self._ends, start) :]:
-            if chunk.first >= stop:
-                break
-            places = _rows.rows_of(self._rows, RHD_STREAM, chunk.state.row, chunk.end_row)
-            yield self._scan(chunk.state.copy(), chunk.end_row, places)
+        for state, end_row in self._chunks.overlapping(start, stop):
+            places = _rows.rows_of(self._rows, RHD_STREAM, state.row, end_row)
+            yield self._scan(state.copy(), end_row, places)
 
     def _scan(self, state: _State, end_row: int, places: np.ndarray) -> _Scan:
         rhd_rows = _rows.gather(self._rows, places)

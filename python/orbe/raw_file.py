@@ -2,118 +2,22 @@
 
 from __future__ import annotations
 
-from dataclasses import replace
 from pathlib import Path
 from typing import Callable, Optional, Union
 
 import numpy as np
 
-from orbe._probe_index import ProbeIndex
 from orbe._raw_index import Damage, RawIndex
-from orbe._rhd_index import INPUTS, RhdIndex
+from orbe._raw_streams import AdcStream, ApStream, LfpStream
+from orbe._rhd_index import INPUTS
 from orbe._rows import ROW_BYTES, map_rows
 from orbe._stream_infos import adc_info, ap_info, lfp_info
 from orbe.description import Description, read_description
 from orbe.errors import RecordingError
 from orbe.recording import Recording
-from orbe.stream import Channels, Gap, Stream, StreamInfo
-from orbe.units import AP_RATE, AP_SAMPLES_PER_LFP_SAMPLE
+from orbe.stream import Stream
 
 _FIRST_TTL_BIT = 8
-_STEP = AP_SAMPLES_PER_LFP_SAMPLE
-
-
-class _RawStream(Stream):
-    """A stream whose file is looked through as far as it is needed."""
-
-    def __init__(self, info: StreamInfo, raw: RawFile) -> None:
-        super().__init__(info)
-        self._raw = raw
-
-    def __len__(self) -> int:
-        self._raw.index()
-        return self._known_end()
-
-    def _known_end(self) -> int:
-        raise NotImplementedError
-
-    def _counts(self, start: int, stop: int) -> np.ndarray:
-        raise NotImplementedError
-
-    def counts(self, start: int = 0, stop: Optional[int] = None, channels: Channels = None) -> np.ndarray:
-        if stop is None or stop < 0 or start < 0:
-            return super().counts(start, stop, channels)
-        wanted = stop
-        self._raw.index_until(lambda: self._known_end() >= wanted)
-        last = min(wanted, self._known_end())
-        counts = self._counts(min(start, last), last)
-        return counts if channels is None else counts[:, channels]
-
-
-class _ApStream(_RawStream):
-    def __init__(self, info: StreamInfo, raw: RawFile, index: ProbeIndex) -> None:
-        super().__init__(info, raw)
-        self._index = index
-
-    @property
-    def gaps(self) -> list[Gap]:
-        self._raw.index()
-        return list(self._index.gaps)
-
-    def _known_end(self) -> int:
-        return self._index.end
-
-    def _counts(self, start: int, stop: int) -> np.ndarray:
-        return self._index.ap(start, stop)
-
-    def _sync_levels(self, start: int, stop: int) -> np.ndarray:
-        return self._raw._sync(start, stop)
-
-
-class _LfpStream(_RawStream):
-    def __init__(self, info: StreamInfo, raw: RawFile, index: ProbeIndex) -> None:
-        super().__init__(replace(info, start_seconds=index.lfp_first / AP_RATE), raw)
-        self._index = index
-
-    @property
-    def gaps(self) -> list[Gap]:
-        self._raw.index()
-        end = self._index.lfp_end
-        return [
-            Gap(gap.sample, min(gap.length, end - gap.sample))
-            for gap in self._index.lfp_gaps
-            if gap.sample < end
-        ]
-
-    def _known_end(self) -> int:
-        return self._index.lfp_end
-
-    def _counts(self, start: int, stop: int) -> np.ndarray:
-        return self._index.lfp(start, stop)
-
-    def _sync_levels(self, start: int, stop: int) -> np.ndarray:
-        first, last = (self._index.lfp_first + sample * _STEP for sample in (start, stop))
-        return self._raw._sync(first, last)[::_STEP]
-
-
-class _AdcStream(_RawStream):
-    def __init__(self, info: StreamInfo, raw: RawFile, index: RhdIndex) -> None:
-        super().__init__(info, raw)
-        self._index = index
-
-    @property
-    def gaps(self) -> list[Gap]:
-        self._raw.index()
-        return list(self._index.gaps)
-
-    def _known_end(self) -> int:
-        return self._index.end
-
-    def _counts(self, start: int, stop: int) -> np.ndarray:
-        return self._index.inputs(start, stop)
-
-    def _sync_levels(self, start: int, stop: int) -> np.ndarray:
-        return self._raw._sync(start, stop)
 
 
 class RawFile(Recording):
@@ -183,7 +87,8 @@ class RawFile(Recording):
         words = inputs.ttl(min(start, last), last)
         return (words[:, np.newaxis] >> (_FIRST_TTL_BIT + np.arange(8)) & 1).astype(bool)
 
-    def _sync(self, start: int, stop: int) -> np.ndarray:
+    def sync_levels(self, start: int, stop: int) -> np.ndarray:
+        """Level of the sync input at AP samples: bool, shape (stop - start,); False where it is not known."""
         levels = np.zeros(stop - start, dtype=bool)
         known = self.ttl(start, stop)[:, 0]
         levels[: len(known)] = known
@@ -194,8 +99,8 @@ class RawFile(Recording):
         for port, index in self._index.probes.items():
             self.index_until(lambda: index.end > 0)
             probe = described.probe(port)
-            streams.append(_ApStream(ap_info(described, probe), self, index))
-            streams.append(_LfpStream(lfp_info(described, probe), self, index))
+            streams.append(ApStream(ap_info(described, probe), self, index))
+            streams.append(LfpStream(lfp_info(described, probe), self, index))
         if self._index.rhd is not None:
-            streams.append(_AdcStream(adc_info(described, INPUTS), self, self._index.rhd))
+            streams.append(AdcStream(adc_info(described, INPUTS), self, self._index.rhd))
         return streams
