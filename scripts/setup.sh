@@ -17,14 +17,14 @@ libbenchmark-dev            tests   benchmarks
 libfftw3-dev                tests   a Fourier transform to hold the own one of the self test against
 python3-minimal             tests   a host in Python
 libpython3-stdlib           tests   what that host loads the library with
+dpkg-dev                    tests   Debian packages: finds out what they depend on
+file                        tests   Debian packages: cpack asks it what to look at
+pkg-config                  tests   a host that finds the library by it
 python3-neo                 tests   opens recorded folders as the lab's tools do
 python3-numpy               tests   what the Python package is made of, and what compares what is found in folders
 python3-matplotlib          tests   pictures of the Python package
 python3-pytest              tests   tests of the Python package
 mypy                        tests   looks whether its type hints are right
-dpkg-dev                    tests   Debian packages: finds out what they depend on
-file                        tests   Debian packages: cpack asks it what to look at
-pkg-config                  tests   a host that finds the library by it
 libvtk9-dev                 loguru  loguru, which Debian ships as part of VTK
 g++-mingw-w64-x86-64-posix  windows compiler, in the flavour whose standard library has threads
 googletest                  windows the sources of GoogleTest, which the tests are built with
