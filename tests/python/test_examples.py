@@ -3,6 +3,7 @@
 import os
 import re
 import subprocess
+import sys
 from pathlib import Path
 
 import pytest
@@ -22,7 +23,8 @@ def examples_of(page: Path, heading: str = "") -> list[tuple[str, str]]:
 
 def run_all(examples: list[tuple[str, str]]) -> None:
     names: dict[str, object] = {}
-    environment = {**os.environ, "PATH": f"{BUILD}:{os.environ['PATH']}"}
+    # The Python of the tests, whichever comes first elsewhere.
+    environment = {**os.environ, "PATH": f"{BUILD}:{Path(sys.executable).parent}:{os.environ['PATH']}"}
     for language, text in examples:
         if language == "sh":
             subprocess.run(["bash", "-euc", text], check=True, env=environment)
