@@ -2,6 +2,7 @@
 // alone, and what the whole road does from the driver's reads to the host's packets. Compare figures of one
 // run only. Exit codes: 0 done, 1 a benchmark failed or a report cannot be written, 2 wrong arguments.
 #include "Descriptor_Buffer.h"
+#include "Export_Speed.h"
 #include "Host_Latency.h"
 #include "Process_Counters.h"
 #include "Rate_Table.h"
@@ -48,6 +49,7 @@ struct Choice {
     bool stages = false;
     bool road = false;
     bool growth = false;
+    bool exports = false;
     double seconds = 4.0;
     int asked = 1;
     std::string json;
@@ -94,6 +96,7 @@ std::vector<Road_Result> run_growth(const Choice& choice, std::ostream& report) 
 bool measure(const Choice& choice, std::ostream& report) {
     Rate_Table table;
     std::vector<Road_Result> runs;
+    std::vector<Export_Rate> exports;
     if (choice.stages) {
         table.SetOutputStream(&report);
         table.SetErrorStream(&report);
@@ -110,12 +113,17 @@ bool measure(const Choice& choice, std::ostream& report) {
             runs.push_back(std::move(result));
         }
     }
+    if (choice.exports) {
+        exports = measure_export(choice.seconds);
+        print_export(report, exports);
+    }
     if (!choice.json.empty()) {
         std::ofstream file(choice.json);
         {
             Json_Writer json(file);
             table.write(json);
             write_runs(json, runs);
+            write_exports(json, exports);
         }
         if (!file.flush()) {
             throw std::runtime_error("cannot write " + choice.json);
@@ -125,7 +133,7 @@ bool measure(const Choice& choice, std::ostream& report) {
 }
 
 int run(Choice choice) {
-    if (!choice.stages && !choice.road && !choice.growth) {
+    if (!choice.stages && !choice.road && !choice.growth && !choice.exports) {
         choice.stages = choice.road = choice.growth = true;
     }
     if (!choice.json.empty()) {
@@ -177,13 +185,19 @@ std::vector<std::string> own_arguments(int argc, char** argv) {
 
 int main(int argc, char** argv) {
     tools::Program program(
-        "orbe-bench", "How fast the data road of the ORBE library is; without a choice, all three parts");
+        "orbe-bench",
+        "How fast the data road of the ORBE library is; without a choice, the first three parts");
     Choice choice;
     CLI::App& app = program.app();
     app.add_flag("--stages", choice.stages, "Each stage alone, beside a copy of memory");
     app.add_flag("--road", choice.road, "The whole road with the full box's stream, in detail");
     app.add_flag("--growth", choice.growth, "The whole road over ports and RHD streams");
-    app.add_option("--seconds", choice.seconds, "How long each run of the road is measured")
+    app.add_flag(
+        "--export", choice.exports,
+        "Raw recordings to the formats of the lab's tools, beside a plain copy; takes 250 MB on the disk of "
+        "the temporary files for each of --seconds");
+    app.add_option("--seconds", choice.seconds,
+                   "How long each run of the road is measured, and the recording that is exported")
         ->check(tools::real_in(0.1, longest_run))
         ->capture_default_str();
     app.add_option("--asked", choice.asked, "Packets that a host's reader asks for in a call")

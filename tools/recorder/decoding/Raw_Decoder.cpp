@@ -16,6 +16,10 @@ namespace {
 // By gain code, of both bands.
 constexpr std::array<int, 8> gains{50, 125, 250, 500, 1000, 1500, 2000, 3000};
 
+// Rows of half a queue: a packet is twelve super frames of 65 rows, and an RHD frame has at least two rows.
+constexpr std::uint32_t enough_probe_rows = npoe_adapter::Electrode_Stream::capacity / 2 * 12 * 65;
+constexpr std::uint32_t enough_rhd_rows = npoe_adapter::ADC_Stream::capacity / 2 * 2;
+
 // The only time of streaming that there is.
 constexpr std::uint32_t streaming = 1;
 
@@ -106,7 +110,28 @@ void Raw_Decoder::decode(std::span<const std::uint8_t> rows) {
     }
 }
 
+std::array<std::uint32_t, demux::np_port_count + 1> Raw_Decoder::row_counts() const {
+    std::array<std::uint32_t, demux::np_port_count + 1> counts{};
+    for (unsigned port = 0; port < demux::np_port_count; ++port) {
+        counts[port] = m_splitter->np_rows(port);
+    }
+    counts.back() = m_splitter->rhd_rows();
+    return counts;
+}
+
+bool Raw_Decoder::is_enough() const {
+    const auto counts = row_counts();
+    for (std::size_t stream = 0; stream < counts.size(); ++stream) {
+        const std::uint32_t rows = counts[stream] - m_rows_before[stream];
+        if (rows >= (stream < demux::np_port_count ? enough_probe_rows : enough_rhd_rows)) {
+            return true;
+        }
+    }
+    return false;
+}
+
 void Raw_Decoder::wait() {
+    m_rows_before = row_counts();
     for (const auto& worker : m_workers) {
         worker->wait_until_decoded();
     }

@@ -35,6 +35,9 @@ public:
     // shorter. Their bytes may go when this returns.
     void decode(std::span<const std::uint8_t> rows);
 
+    // Whether it is time to wait: the queues hold half of what they can take.
+    bool is_enough() const;
+
     // Returns when all packets that the rows so far complete are in the streams.
     void wait();
 
@@ -45,6 +48,7 @@ public:
 
 private:
     void connect_probe(const Probe_Description& probe, const std::optional<std::filesystem::path>& gain_file);
+    std::array<std::uint32_t, demux::np_port_count + 1> row_counts() const;
     static void apply_settings(C_L2_CH_Gain_Fix_Filter& filter, const Probe_Description& probe);
 
     npoe_adapter::Sync_Source m_sync_source;
@@ -59,6 +63,8 @@ private:
     demux::NP_Workers m_workers;
     demux::C_RHD_Worker_Thread m_rhd_worker;
     std::unique_ptr<demux::Row_Splitter> m_splitter;
+    // Of each port, and behind them of the ADC inputs, when it was last waited.
+    std::array<std::uint32_t, demux::np_port_count + 1> m_rows_before{};
 };
 
 } // namespace Pelgar::ORBE::recorder

@@ -20,18 +20,18 @@ namespace {
 
 using npoe_adapter::prompt_transfer_bytes;
 
-// Decoded at once: at most 23,000 RHD frames, which is less than half of what their queue holds.
-constexpr std::size_t transfers_at_once = 8;
-constexpr std::size_t bytes_at_once = transfers_at_once * prompt_transfer_bytes;
+constexpr std::size_t piece_bytes = 8 * std::size_t{prompt_transfer_bytes};
+// Decoded between two waits, which cost a change of threads for every stream.
+constexpr std::size_t pieces_at_once = 8;
 // So much of a queue may be full before more is decoded.
+
 constexpr std::size_t packets_left = npoe_adapter::Electrode_Stream::capacity / 2;
 constexpr std::size_t adc_packets_left = npoe_adapter::ADC_Stream::capacity / 2;
-constexpr std::size_t taken_at_once = 256;
 
 // Reads the file in big pieces.
 class Raw_File {
 public:
-    explicit Raw_File(std::filesystem::path path) : m_path(std::move(path)), m_bytes(bytes_at_once) {
+    explicit Raw_File(std::filesystem::path path) : m_path(std::move(path)), m_bytes(piece_bytes) {
         errno = 0;
         m_file.pubsetbuf(nullptr, 0);
         if (m_file.open(m_path, std::ios::in | std::ios::binary) == nullptr) {
@@ -59,7 +59,7 @@ private:
 
 Stream_Drain::Stream probe_drain(npoe_adapter::Electrode_Stream& stream, A_Recording_Writer& writer,
                                  std::size_t probe) {
-    auto packets = std::make_shared<std::vector<Neuropixels::electrodePacket>>(taken_at_once);
+    auto packets = std::make_shared<std::vector<Neuropixels::electrodePacket>>(Stream_Drain::at_once);
     return {[&stream] { return stream.available(); },
             [&stream, packets](std::size_t most) { return stream.take(packets->data(), most); },
             [&writer, packets, probe](std::size_t taken) {
@@ -69,8 +69,8 @@ Stream_Drain::Stream probe_drain(npoe_adapter::Electrode_Stream& stream, A_Recor
 
 Stream_Drain::Stream adc_drain(npoe_adapter::ADC_Stream& stream, A_Recording_Writer& writer) {
     struct Packets {
-        std::array<Neuropixels::PacketInfo, taken_at_once> infos;
-        std::array<std::int16_t, taken_at_once * adc_row_length> rows;
+        std::array<Neuropixels::PacketInfo, Stream_Drain::at_once> infos;
+        std::array<std::int16_t, Stream_Drain::at_once * adc_row_length> rows;
     };
 
     auto packets = std::make_shared<Packets>();
@@ -111,7 +111,11 @@ bool export_recording(const Export_Source& source, A_Recording_Writer& writer,
     if (source.description.adc) {
         drains.push_back(std::make_unique<Stream_Drain>(adc_drain(decoder.adc_stream(), writer)));
     }
+    // With an end in sight nothing is put off, so that it is not overrun.
     const auto left = [&](std::size_t drain) {
+        if (source.description.end_sample) {
+            return std::size_t{0};
+        }
         return drain < source.description.probes.size() ? packets_left : adc_packets_left;
     };
 
@@ -119,9 +123,12 @@ bool export_recording(const Export_Source& source, A_Recording_Writer& writer,
     bool is_wanted = true;
     auto piece = file.next();
     while (!piece.empty() && is_wanted && !is_complete(writer, source.description)) {
-        bytes += piece.size();
-        decoder.decode(piece);
-        piece = file.next();
+        for (std::size_t pieces = 0; pieces < pieces_at_once && !piece.empty() && !decoder.is_enough();
+             ++pieces) {
+            bytes += piece.size();
+            decoder.decode(piece);
+            piece = file.next();
+        }
         decoder.wait();
         for (std::size_t drain = 0; drain < drains.size(); ++drain) {
             drains[drain]->move_on();

@@ -6,12 +6,6 @@
 
 namespace Pelgar::ORBE::recorder {
 
-namespace {
-
-constexpr std::uint64_t at_once = 256;
-
-} // namespace
-
 Stream_Drain::Stream_Drain(Stream stream) : m_stream(std::move(stream)), m_thread([this] { run(); }) {}
 
 Stream_Drain::~Stream_Drain() {
@@ -31,7 +25,7 @@ void Stream_Drain::run() {
             return;
         }
         const std::size_t taken =
-            m_stream.take(static_cast<std::size_t>(std::min(at_once, m_allowed - m_taken)));
+            m_stream.take(static_cast<std::size_t>(std::min<std::uint64_t>(at_once, m_allowed - m_taken)));
         m_taken += taken;
         m_writes = true;
         lock.unlock();

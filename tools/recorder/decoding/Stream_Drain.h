@@ -14,6 +14,10 @@ namespace Pelgar::ORBE::recorder {
 
 class Stream_Drain {
 public:
+    // The most packets that are taken at once: few enough to stay in the cache between the queue and the
+    // file.
+    static constexpr std::size_t at_once = 64;
+
     struct Stream {
         std::function<std::size_t()> available;
         // Takes at most so many packets to itself, and writes as many as it has taken.

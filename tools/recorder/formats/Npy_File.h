@@ -22,9 +22,19 @@ public:
 
     template <typename Number>
     void append(Number number) {
+        append_many<Number>(1, [number](std::size_t) { return number; });
+    }
+
+    // So many numbers, each made of its place among them.
+    template <typename Number, typename Make>
+    void append_many(std::size_t count, Make make) {
         begin();
-        std::memcpy(m_file.append(sizeof(number)), &number, sizeof(number));
-        ++m_count;
+        char* place = m_file.append(count * sizeof(Number));
+        for (std::size_t i = 0; i < count; ++i, place += sizeof(Number)) {
+            const Number number = make(i);
+            std::memcpy(place, &number, sizeof(number));
+        }
+        m_count += count;
     }
 
     std::uint64_t count() const { return m_count; }

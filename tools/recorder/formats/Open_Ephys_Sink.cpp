@@ -99,18 +99,18 @@ double Open_Ephys_Sink::time_of(std::uint64_t place) const {
     return static_cast<double>(sample_number(place)) / m_stream.sample_rate;
 }
 
-void Open_Ephys_Sink::number_samples(std::uint64_t count) {
-    for (std::uint64_t sample = 0; sample < count; ++sample, ++m_count) {
-        m_sample_numbers.append(static_cast<std::int64_t>(sample_number(m_count)));
-        m_times.append(time_of(m_count));
-    }
+void Open_Ephys_Sink::number_samples(std::size_t count) {
+    m_sample_numbers.append_many<std::int64_t>(
+        count, [this](std::size_t i) { return static_cast<std::int64_t>(sample_number(m_count + i)); });
+    m_times.append_many<double>(count, [this](std::size_t i) { return time_of(m_count + i); });
+    m_count += count;
 }
 
 // Readers take the n-th sample for that of time n / rate and look at no other number than the first.
 void Open_Ephys_Sink::skip(std::uint64_t count) {
     m_samples.append_zeros(count * m_stream.channel_count * sizeof(std::int16_t));
     while (count > 0) {
-        const std::uint64_t now = std::min(count, numbers_at_once);
+        const auto now = static_cast<std::size_t>(std::min(count, numbers_at_once));
         number_samples(now);
         count -= now;
         if (count > 0) {

@@ -28,7 +28,7 @@ private:
     std::uint32_t lines_of(const Sample_Rows& rows, std::size_t row) const;
     void follow_lines(const Sample_Rows& rows);
     void add_events(std::uint32_t lines, std::uint64_t place);
-    void number_samples(std::uint64_t count);
+    void number_samples(std::size_t count);
     void flush();
 
     std::uint64_t sample_number(std::uint64_t place) const { return m_stream.first_sample + place; }

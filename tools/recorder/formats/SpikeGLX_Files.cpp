@@ -196,8 +196,8 @@ void write_adc(std::ostream& text, const SpikeGLX_Stream& stream, const ADC_Desc
 
 // Readers take what stands between points for the stream.
 std::string spikeglx_run_name(const std::filesystem::path& folder) {
-    std::string name =
-        std::filesystem::absolute(folder / ".").lexically_normal().parent_path().filename().string();
+    const std::filesystem::path path = std::filesystem::absolute(folder).lexically_normal();
+    std::string name = (path.has_filename() ? path : path.parent_path()).filename().string();
     std::replace(name.begin(), name.end(), '.', '_');
     return name;
 }

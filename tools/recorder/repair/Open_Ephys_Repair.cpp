@@ -48,11 +48,10 @@ void make_numbers(const std::filesystem::path& file, const std::string& type, st
     std::filesystem::path temporary = file;
     temporary += ".partial";
     Npy_File made(temporary, type);
-    for (std::uint64_t place = 0; place < count; ++place) {
-        made.append(number(place));
-        if (place % numbers_at_once == 0) {
-            made.flush();
-        }
+    for (std::uint64_t begin = 0; begin < count; begin += numbers_at_once) {
+        made.append_many<Number>(static_cast<std::size_t>(std::min(numbers_at_once, count - begin)),
+                                 [&](std::size_t i) { return number(begin + i); });
+        made.flush();
     }
     made.close();
     std::filesystem::rename(temporary, file);

@@ -161,7 +161,7 @@ TEST(Recording_Export, LeavesTheSamplesOutThatAreLost) {
 }
 
 TEST(Recording_Export, StopsWhenAllThatIsWantedIsThere) {
-    write_raw(recording::make_recording(ramps(12'000)));
+    write_raw(recording::make_recording(ramps(18'000)));
     Export_Source source = source_of({1, 2});
     source.description.first_sample = 1'200;
     source.description.end_sample = 2'400;

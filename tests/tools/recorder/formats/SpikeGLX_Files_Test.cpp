@@ -29,6 +29,9 @@ TEST(SpikeGLX_Files, AreNamedAfterTheFolder) {
     EXPECT_EQ(streams[1].data_path.generic_string(),
               "data/rat.7/rat_7_g0/rat_7_g0_imec0/rat_7_g0_t0.imec0.lf.bin");
     EXPECT_EQ(streams[4].meta_path.generic_string(), "data/rat.7/rat_7_g0/rat_7_g0_t0.obx0.obx.meta");
+    EXPECT_EQ(spikeglx_run_name("rat/"), "rat");
+    EXPECT_EQ(spikeglx_run_name("rat/."), "rat");
+    EXPECT_EQ(spikeglx_run_name("mouse/../rat"), "rat");
     Recording_Description named = test::made_description();
     named.run_name = "rat";
     EXPECT_EQ(spikeglx_streams("elsewhere", named)[0].data_path.generic_string(),
