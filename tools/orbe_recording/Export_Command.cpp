@@ -81,8 +81,8 @@ std::vector<int> channels_of_text(const std::string& text) {
     return channels;
 }
 
-// When the file was written for the last time is when the recording ended.
-Start_Time end_of(const std::filesystem::path& raw) {
+// The best that is known of a recording without a description.
+Start_Time last_written(const std::filesystem::path& raw) {
     const auto age = std::filesystem::file_time_type::clock::now() - std::filesystem::last_write_time(raw);
     return std::chrono::floor<std::chrono::milliseconds>(
         std::chrono::system_clock::now() -
@@ -187,7 +187,7 @@ Recording_Description Export_Command::describe(const Raw_Content& content) const
 
 Recording_Description Export_Command::default_description(const Raw_Content& content) const {
     Recording_Description description;
-    description.start_time = end_of(m_raw);
+    description.start_time = last_written(m_raw);
     for (const int port : content.ports) {
         description.probes.push_back(default_probe(port));
     }
