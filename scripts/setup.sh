@@ -20,7 +20,7 @@ libpython3-stdlib           tests   what that host loads the library with
 dpkg-dev                    tests   Debian packages: finds out what they depend on
 file                        tests   Debian packages: cpack asks it what to look at
 pkg-config                  tests   a host that finds the library by it
-python3-neo                 tests   opens recorded folders as the tools of a lab do
+python3-neo                 tests   reads recorded folders as tools for analysis do
 python3-numpy               tests   what the Python package is made of, and what compares what is found in folders
 python3-matplotlib          tests   pictures of the Python package
 python3-pytest              tests   tests of the Python package

@@ -50,7 +50,7 @@ expect() {
     fi
 }
 
-demo="g++ cmake ninja-build libcli11-dev"
+demo="g++ cmake ninja-build libcli11-dev nlohmann-json3-dev"
 sizes="setup: installing 52 packages: 6550 kB to fetch, 344 MB on disk"
 calls() {
     printf 'update\ninstall --no-install-recommends %s --print-uris\ninstall --no-install-recommends %s --yes' "$1" "$1"
@@ -60,7 +60,7 @@ echo git >"$folder/installed"
 expect 0 "setup: demo: missing $demo
 $sizes" "$(calls "$demo")" demo
 expect 0 "setup: demo: complete" "" demo
-printf '%s\n' g++ ninja-build >"$folder/installed"
+printf '%s\n' g++ ninja-build nlohmann-json3-dev >"$folder/installed"
 expect 0 "setup: demo: missing cmake libcli11-dev
 $sizes" "$(calls "cmake libcli11-dev")" demo
 expect 0 "setup: format: missing clang-format
