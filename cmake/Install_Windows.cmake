@@ -20,7 +20,8 @@ if(MINGW)
             gcc.txt:doc/gcc-mingw-w64-base/copyright
             gpl-3.txt:common-licenses/GPL-3
             mingw-w64.txt:doc/mingw-w64-x86-64-dev/copyright
-            cli11.txt:doc/libcli11-dev/copyright)
+            cli11.txt:doc/libcli11-dev/copyright
+            json.txt:doc/nlohmann-json3-dev/copyright)
         string(REPLACE ":" ";" license ${license})
         list(POP_FRONT license file source)
         set(text ${ORBE_LICENSE_DIR}/${source})
