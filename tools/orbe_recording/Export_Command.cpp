@@ -178,7 +178,7 @@ Recording_Description Export_Command::describe(const Raw_Content& content) const
                                             ? read_description(beside).description
                                             : default_description(content);
     description.source = std::filesystem::path(m_raw).filename().string();
-    description.program_version = ORBE_PROGRAM_VERSION;
+    description.program_version = tools::version_text("orbe-recording");
     pick_ports(description, content);
     pick_time(description);
     apply_settings(description);

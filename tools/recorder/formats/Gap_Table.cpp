@@ -2,7 +2,12 @@
 
 #include "description/Whole_File.h"
 
+#include <algorithm>
 #include <cerrno>
+#include <numeric>
+#include <sstream>
+#include <string_view>
+#include <vector>
 
 namespace Pelgar::ORBE::recorder {
 
@@ -15,6 +20,28 @@ Gap_Table::Gap_Table(const std::filesystem::path& folder) : m_path(folder / gap_
 void Gap_Table::add(const std::string& stream, std::uint64_t sample, std::uint64_t length) {
     const std::lock_guard lock(m_mutex);
     write(stream + "," + std::to_string(sample) + "," + std::to_string(length) + "\n");
+}
+
+// Those of one stream are in order already.
+void Gap_Table::finish() {
+    const std::lock_guard lock(m_mutex);
+    m_file.close();
+    std::istringstream text(read_file(m_path));
+    std::vector<std::string> lines;
+    for (std::string line; std::getline(text, line);) {
+        lines.push_back(line + "\n");
+    }
+    const auto stream_of = [](const std::string& line) {
+        return std::string_view(line).substr(0, line.find(','));
+    };
+    std::vector<std::string> ordered = lines;
+    std::stable_sort(ordered.begin() + 1, ordered.end(),
+                     [&](const std::string& left, const std::string& right) {
+                         return stream_of(left) < stream_of(right);
+                     });
+    if (ordered != lines) {
+        write_file(m_path, std::accumulate(ordered.begin(), ordered.end(), std::string()));
+    }
 }
 
 std::uint64_t Gap_Table::size() const {

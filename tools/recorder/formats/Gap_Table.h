@@ -21,6 +21,9 @@ public:
     // `sample` is the place in the stream's file, from 0. On the disk when it returns.
     void add(const std::string& stream, std::uint64_t sample, std::uint64_t length);
 
+    // Puts the lines in order, by stream and sample, whichever thread came first. No operation may follow.
+    void finish();
+
     std::uint64_t size() const;
 
 private:

@@ -116,6 +116,7 @@ void Packet_Writer::finish() {
     if (m_adc) {
         m_adc->writer.finish();
     }
+    m_gaps.finish();
 }
 
 std::uint64_t Packet_Writer::bytes_written() const {

@@ -109,6 +109,18 @@ TEST(Packet_Writer, FillsGapsWithZerosAndTellsOfThem) {
     EXPECT_EQ(lfp.at(62, 5), test::lfp_value(1, 5, (701 + 40 + 7) / 12));
 }
 
+TEST(Packet_Writer, HasTheGapsInTheOrderOfStreamsWhicheverThreadCameFirst) {
+    Recording_Description description;
+    description.probes = {default_probe(1), default_probe(2)};
+    auto writer = make_writer(Format::spikeglx, "run", description);
+    const auto is_lost = [](std::uint64_t sample) { return sample == 24 || sample == 60; };
+    writer->write_probe(1, test::made_packets(2, 0, 50, is_lost));
+    writer->write_probe(0, test::made_packets(1, 0, 98, is_lost));
+    writer->finish();
+    EXPECT_EQ(read_file("run/gaps.csv"),
+              "stream,sample,length\nimec0.ap,24,1\nimec0.ap,60,1\nimec1.ap,24,1\n");
+}
+
 TEST(Packet_Writer, HoldsTheSyncLevelOverAShortGap) {
     const auto is_lost = [](std::uint64_t sample) { return sample >= 600 && sample < 720; };
     record_probe(Format::spikeglx, one_probe(), 0, 1'320, is_lost);

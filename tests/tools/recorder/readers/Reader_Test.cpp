@@ -1,3 +1,4 @@
+#include "Format_Name.h"
 #include "Made_Recording.h"
 #include "Program_Run.h"
 #include "Read_Samples.h"
@@ -23,10 +24,6 @@ protected:
 
     bool is_spikeglx() const { return format() == Format::spikeglx; }
 };
-
-std::string name_of(const testing::TestParamInfo<std::string>& info) {
-    return info.param == "spikeglx" ? "SpikeGLX" : "OpenEphys";
-}
 
 test::Program_Run run_script(const std::string& name, const std::string& arguments) {
     return test::run_program(std::string(ORBE_SYSTEM_PYTHON " -B '" ORBE_READER_SCRIPTS "/") + name + "' " +
@@ -241,7 +238,7 @@ TEST_P(Reader, SeesTonesOfAMadeRecordingInMicrovolts) {
     expect_success(run_script("tone.py", "run " + GetParam() + " 900 351.5625 2812.5"), "looked at 4\n");
 }
 
-INSTANTIATE_TEST_SUITE_P(Formats, Reader, testing::Values("spikeglx", "open-ephys"), name_of);
+INSTANTIATE_TEST_SUITE_P(Formats, Reader, testing::Values("spikeglx", "open-ephys"), test::format_test_name);
 
 TEST(Reader_Of_Events, GivesTheEdgesOfTheSyncInput) {
     auto description = test::made_description();

@@ -1,5 +1,6 @@
 #include "repair/Repair.h"
 
+#include "Format_Name.h"
 #include "Made_Recording.h"
 #include "Read_Samples.h"
 #include "description/Description_File.h"
@@ -38,10 +39,6 @@ class Repair : public testing::TestWithParam<std::string> {
 protected:
     Format format() const { return format_of(GetParam()).value(); }
 };
-
-std::string name_of(const testing::TestParamInfo<std::string>& info) {
-    return info.param == "spikeglx" ? "SpikeGLX" : "OpenEphys";
-}
 
 TEST_P(Repair, LeavesAGoodRecordingAlone) {
     test::make_recording(format(), "run", test::made_description());
@@ -177,7 +174,7 @@ TEST_P(Repair, TellsWhatItDid) {
     EXPECT_EQ(account[0], file + ": cut by " + (is_spikeglx ? "27" : "23") + " bytes");
 }
 
-INSTANTIATE_TEST_SUITE_P(Formats, Repair, testing::Values("spikeglx", "open-ephys"), name_of);
+INSTANTIATE_TEST_SUITE_P(Formats, Repair, testing::Values("spikeglx", "open-ephys"), test::format_test_name);
 
 TEST(Repair_Of_No_Recording, SaysSo) {
     std::filesystem::create_directory("empty");
