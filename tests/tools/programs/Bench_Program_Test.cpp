@@ -52,6 +52,15 @@ TEST_F(BenchProgram, ItsReportLandsWhereTheUserMeans) {
     EXPECT_GT(std::filesystem::file_size("report.json"), 100U);
 }
 
+TEST_F(BenchProgram, ExportsBesideACopyAndLeavesNothingBehind) {
+    const Program_Run run = bench("--export --seconds 0.2 --json figures.json");
+    EXPECT_EQ(run.exit_code, 0) << run.errors;
+    for (const std::string name : {"plain copy", "export spikeglx", "export open-ephys"}) {
+        EXPECT_NE(run.output.find("\n  " + name + " "), std::string::npos) << run.output;
+    }
+    EXPECT_EQ(files_left(), std::vector<std::string>{"figures.json"});
+}
+
 TEST_F(BenchProgram, TheWholeRoadLeavesNothingBehindEither) {
     const Program_Run run = bench("--road --seconds 0.1 --json figures.json");
     EXPECT_EQ(run.exit_code, 0) << run.errors;

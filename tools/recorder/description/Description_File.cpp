@@ -34,6 +34,12 @@ void read_channels(const Json& list, Probe_Description& probe, Member Channel_De
     }
 }
 
+void check_between(int value, int least, int most, const std::string& what) {
+    if (value < least || value > most) {
+        throw std::runtime_error("there is no " + what + " " + std::to_string(value));
+    }
+}
+
 Json to_json(const Probe_Description& probe) {
     return {
         {"port", probe.port},
@@ -63,8 +69,11 @@ Probe_Description probe_from(const Json& json) {
     read_channels(json.at("lfp_gains"), probe, &Channel_Description::lfp_gain);
     read_channels(json.at("references"), probe, &Channel_Description::reference);
     read_channels(json.at("is_standby"), probe, &Channel_Description::is_standby);
-    if (probe.port < 1 || probe.port > 4) {
-        throw std::runtime_error("there is no port " + std::to_string(probe.port));
+    check_between(probe.port, 1, 4, "port");
+    for (const Channel_Description& channel : probe.channels) {
+        check_between(channel.electrode, -1, 959, "electrode");
+        check_between(channel.ap_gain, 1, 3000, "AP gain");
+        check_between(channel.lfp_gain, 1, 3000, "LFP gain");
     }
     return probe;
 }
@@ -123,6 +132,10 @@ Described_Folder from_json(const std::string& text) {
             ADC_Description adc;
             json["adc"].at("range_volts").get_to(adc.range_volts);
             json["adc"].at("input_count").get_to(adc.input_count);
+            check_between(adc.input_count, 1, adc_input_count, "number of ADC inputs");
+            if (!(adc.range_volts > 0.0)) {
+                throw std::runtime_error("the range of the ADC inputs is not above 0");
+            }
             description.adc = adc;
         }
         return folder;

@@ -44,12 +44,21 @@ TEST(Description_File, HasNoADCInputsWhereTheRecordingHasNone) {
 
 TEST(Description_File, TellsWhatIsWrong) {
     const std::string good = to_json(test::made_description(), "raw");
-    std::string bad_time = good;
-    bad_time.replace(bad_time.find("2024-05-31"), 10, "2024-06-31");
-    EXPECT_EQ(error_of(bad_time), "the start time is none");
-    std::string bad_port = good;
-    bad_port.replace(bad_port.find("\"port\": 3"), 9, "\"port\": 5");
-    EXPECT_EQ(error_of(bad_port), "there is no port 5");
+    const auto with = [&good](const std::string& text, const std::string& replacement) {
+        std::string changed = good;
+        EXPECT_NE(changed.find(text), std::string::npos) << text;
+        return changed.replace(changed.find(text), text.size(), replacement);
+    };
+    EXPECT_EQ(error_of(with("2024-05-31", "2024-06-31")), "the start time is none");
+    EXPECT_EQ(error_of(with("\"port\": 3", "\"port\": 5")), "there is no port 5");
+    EXPECT_EQ(error_of(with("391", "960")), "there is no electrode 960");
+    EXPECT_EQ(error_of(with("3000", "0")), "there is no AP gain 0");
+    EXPECT_EQ(error_of(with("\"input_count\": 12", "\"input_count\": 13")),
+              "there is no number of ADC inputs 13");
+    EXPECT_EQ(error_of(with("\"range_volts\": 10.0", "\"range_volts\": 0")),
+              "the range of the ADC inputs is not above 0");
+    EXPECT_EQ(error_of(with("\t\t1,", "")), "none"); // a channel that is not saved
+    EXPECT_EQ(error_of(with("\t\t1,", "\t\t9,")), "the saved channels are not ascending numbers below 384");
     EXPECT_EQ(error_of(good), "none");
     EXPECT_NE(error_of(good.substr(0, good.size() / 2)).find("parse error"), std::string::npos);
     EXPECT_NE(error_of("{}").find("'format' not found"), std::string::npos);
