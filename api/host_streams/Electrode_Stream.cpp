@@ -28,9 +28,9 @@ void make_signed(const std::uint16_t (&values)[demux::channel_count], std::int16
 } // namespace
 
 Electrode_Stream::Electrode_Stream(int number, const Sync_Source& sync_source, const Sync_Levels& sync_levels,
-                                   std::chrono::nanoseconds patience)
+                                   std::chrono::nanoseconds patience, std::size_t queue_length)
     : m_sync_source(sync_source), m_sync_levels(sync_levels), m_patience(patience.count()),
-      m_drops("Port " + std::to_string(number)) {}
+      m_ring(queue_length), m_drops("Port " + std::to_string(number)) {}
 
 void Electrode_Stream::begin_sample(const demux::Sample_Position& position) {
     const std::uint32_t streaming = m_streaming.load(std::memory_order_acquire);

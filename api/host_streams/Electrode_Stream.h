@@ -29,9 +29,9 @@ public:
     static constexpr std::chrono::milliseconds sync_patience{20};
 
     // `number` is the API's, 1..4. What is passed must outlive the stream. Who knows by itself when the level
-    // has come passes a `patience` of 0.
+    // has come passes a `patience` of 0, and who never lets packets wait for long a shorter queue.
     Electrode_Stream(int number, const Sync_Source& sync_source, const Sync_Levels& sync_levels,
-                     std::chrono::nanoseconds patience = sync_patience);
+                     std::chrono::nanoseconds patience = sync_patience, std::size_t queue_length = capacity);
 
     // ---- The port's NP worker thread.
 
@@ -75,7 +75,7 @@ private:
     const std::int64_t m_patience; // ns
     Run_Gate m_gate;
     std::atomic<std::uint32_t> m_streaming{0};
-    Packet_Ring<Record> m_ring{capacity};
+    Packet_Ring<Record> m_ring;
 
     // Of the worker thread alone.
     Record m_record{};
