@@ -24,7 +24,7 @@ namespace Pelgar::ORBE::bench {
 
 namespace {
 
-constexpr int rounds = 5;
+constexpr int rounds = 3;
 constexpr const char* raw_file = "raw.bin";
 constexpr const char* output = "exported";
 

@@ -16,9 +16,15 @@ namespace {
 // By gain code, of both bands.
 constexpr std::array<int, 8> gains{50, 125, 250, 500, 1000, 1500, 2000, 3000};
 
-// Rows of half a queue: a packet is twelve super frames of 65 rows, and an RHD frame has at least two rows.
-constexpr std::uint32_t enough_probe_rows = npoe_adapter::Electrode_Stream::capacity / 2 * 12 * 65;
-constexpr std::uint32_t enough_rhd_rows = npoe_adapter::ADC_Stream::capacity / 2 * 2;
+// A packet is twelve super frames of 65 rows; an RHD frame without data streams has 20 words, and a row
+// seven.
+constexpr std::size_t packet_rows = std::size_t{12} * 65;
+constexpr std::size_t adc_packet_rows = 2;
+constexpr std::size_t piece_rows = Raw_Decoder::piece_bytes / demux::mux_row::length;
+constexpr std::size_t enough_probe_rows = Raw_Decoder::probe_queue_length / 2 * packet_rows - piece_rows;
+constexpr std::size_t enough_rhd_rows = Raw_Decoder::adc_queue_length / 2 * adc_packet_rows - piece_rows;
+
+static_assert(Raw_Decoder::piece_bytes % npoe_adapter::prompt_transfer_bytes == 0);
 
 // The only time of streaming that there is.
 constexpr std::uint32_t streaming = 1;
@@ -70,8 +76,8 @@ Raw_Decoder::Raw_Decoder(const Recording_Description& description,
 
 void Raw_Decoder::connect_probe(const Probe_Description& probe,
                                 const std::optional<std::filesystem::path>& gain_file) {
-    auto stream = std::make_shared<npoe_adapter::Electrode_Stream>(probe.port, m_sync_source, m_sync_levels,
-                                                                   std::chrono::nanoseconds(0));
+    auto stream = std::make_shared<npoe_adapter::Electrode_Stream>(
+        probe.port, m_sync_source, m_sync_levels, std::chrono::nanoseconds(0), probe_queue_length);
     auto filter = std::make_shared<C_L2_CH_Gain_Fix_Filter>();
     filter->correct_around_middle();
     if (gain_file && !filter->load_gain_calibration(gain_file->string().c_str())) {

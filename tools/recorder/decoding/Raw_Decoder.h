@@ -26,6 +26,14 @@ namespace Pelgar::ORBE::recorder {
 
 class Raw_Decoder {
 public:
+    // Packets that the queues of a probe and of the ADC inputs hold. Those of four probes fit into a
+    // processor's cache.
+    static constexpr std::size_t probe_queue_length = 512;
+    static constexpr std::size_t adc_queue_length = npoe_adapter::ADC_Stream::capacity;
+
+    // The most bytes to decode before the next look at `is_enough`.
+    static constexpr std::size_t piece_bytes = std::size_t{1} << 19U;
+
     // `gain_files` has a file, or none, for each probe of the description. Throws std::runtime_error for a
     // file that is no gain calibration.
     Raw_Decoder(const Recording_Description& description,
@@ -35,7 +43,8 @@ public:
     // shorter. Their bytes may go when this returns.
     void decode(std::span<const std::uint8_t> rows);
 
-    // Whether it is time to wait: the queues hold half of what they can take.
+    // Whether it is time to wait, because what has been decoded since the last wait, with one piece more, may
+    // take half of a queue.
     bool is_enough() const;
 
     // Returns when all packets that the rows so far complete are in the streams.

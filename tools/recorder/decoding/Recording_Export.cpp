@@ -3,7 +3,6 @@
 #include "decoding/Raw_Decoder.h"
 #include "decoding/Stream_Drain.h"
 #include "description/Whole_File.h"
-#include "host_streams/Prompt_Delivery.h"
 #include "wire/Mux_Row_Format.h"
 
 #include <algorithm>
@@ -18,20 +17,17 @@ namespace Pelgar::ORBE::recorder {
 
 namespace {
 
-using npoe_adapter::prompt_transfer_bytes;
-
-constexpr std::size_t piece_bytes = 8 * std::size_t{prompt_transfer_bytes};
 // Decoded between two waits, which cost a change of threads for every stream.
-constexpr std::size_t pieces_at_once = 8;
+constexpr std::size_t pieces_at_once = 16;
 // So much of a queue may be full before more is decoded.
-
-constexpr std::size_t packets_left = npoe_adapter::Electrode_Stream::capacity / 2;
-constexpr std::size_t adc_packets_left = npoe_adapter::ADC_Stream::capacity / 2;
+constexpr std::size_t packets_left = Raw_Decoder::probe_queue_length / 2;
+constexpr std::size_t adc_packets_left = Raw_Decoder::adc_queue_length / 2;
 
 // Reads the file in big pieces.
 class Raw_File {
 public:
-    explicit Raw_File(std::filesystem::path path) : m_path(std::move(path)), m_bytes(piece_bytes) {
+    explicit Raw_File(std::filesystem::path path)
+        : m_path(std::move(path)), m_bytes(Raw_Decoder::piece_bytes) {
         errno = 0;
         m_file.pubsetbuf(nullptr, 0);
         if (m_file.open(m_path, std::ios::in | std::ios::binary) == nullptr) {

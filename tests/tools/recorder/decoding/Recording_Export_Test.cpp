@@ -8,8 +8,11 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <chrono>
 #include <fstream>
 #include <stdexcept>
+#include <thread>
 
 namespace {
 
@@ -176,6 +179,57 @@ TEST(Recording_Export, StopsWhenAllThatIsWantedIsThere) {
         EXPECT_EQ(writer->samples(stream), 1'200U);
         EXPECT_EQ(writer->lost_samples(stream), 0U);
     }
+}
+
+// Counts what comes, and takes its time.
+class Slow_Writer final : public A_Recording_Writer {
+public:
+    std::size_t stream_count() const override { return 2; }
+
+    std::string stream_name(std::size_t /*stream*/) const override { return "slow"; }
+
+    void write_probe(std::size_t /*probe*/, std::span<const Neuropixels::electrodePacket> packets) override {
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        m_packets += packets.size();
+    }
+
+    void write_adc(std::span<const Neuropixels::PacketInfo> infos,
+                   std::span<const std::int16_t> /*rows*/) override {
+        std::this_thread::sleep_for(std::chrono::microseconds(200));
+        m_adc_packets += infos.size();
+    }
+
+    void finish() override {}
+
+    std::uint64_t samples(std::size_t stream) const override {
+        return stream == 0 ? m_packets : m_adc_packets;
+    }
+
+    std::uint64_t lost_samples(std::size_t /*stream*/) const override { return 0; }
+
+    std::uint64_t bytes_written() const override { return 0; }
+
+private:
+    std::atomic<std::uint64_t> m_packets{0};
+    std::atomic<std::uint64_t> m_adc_packets{0};
+};
+
+// With one stream alone the most packets come of a piece.
+TEST(Recording_Export, DecodesNoFasterThanItWrites) {
+    recording::Recording_Options options = ramps(24'000);
+    options.ports = {1};
+    options.rhd = false;
+    write_raw(recording::make_recording(options));
+    Slow_Writer probe_writer;
+    EXPECT_TRUE(recorder::export_recording(source_of({1}), probe_writer, [](std::uint64_t) { return true; }));
+    EXPECT_GE(probe_writer.samples(0), (24'000U - 120U) / 12);
+
+    options = ramps(150'000);
+    options.ports.clear();
+    write_raw(recording::make_recording(options));
+    Slow_Writer adc_writer;
+    EXPECT_TRUE(recorder::export_recording(source_of({}), adc_writer, [](std::uint64_t) { return true; }));
+    EXPECT_EQ(adc_writer.samples(1), 149'999U);
 }
 
 TEST(Recording_Export, StopsWhenTheUserSaysSo) {
