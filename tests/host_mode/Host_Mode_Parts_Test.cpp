@@ -17,7 +17,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
+#include <atomic>
 #include <chrono>
 #include <cmath>
 #include <limits>
@@ -197,11 +199,27 @@ TEST(Sync_Level_Records, HoldTheLevelOverAGap) {
     levels.restart(1);
     levels.record(0, true);
     levels.record(5000, false);
+    for (const std::uint64_t lost : {1U, 63U, 64U, 2500U, 4999U}) {
+        EXPECT_TRUE(levels.level(1, lost)) << lost;
+    }
     levels.record(900'000, true);
-    EXPECT_TRUE(levels.level(1, 4999));
-    EXPECT_FALSE(levels.level(1, 899'999));
     EXPECT_TRUE(levels.level(1, 900'000));
     EXPECT_TRUE(levels.level(1, 900'001)) << "the last one, until there is another";
+}
+
+TEST(Sync_Level_Records, HoldTheLevelOverAGapWhereAnotherStood) {
+    Sync_Levels levels;
+    levels.restart(1);
+    // High for longer than anything is kept.
+    constexpr std::uint64_t end = 300'000;
+    for (std::uint64_t sample = 0; sample < end; ++sample) {
+        levels.record(sample, true);
+    }
+    levels.record(end, false);
+    levels.record(end + 400'000, true);
+    for (const std::uint64_t back : {1U, 1000U, 100'000U, 250'000U}) {
+        EXPECT_FALSE(levels.level(1, end + 400'000 - back)) << back;
+    }
 }
 
 // ---- ADC inputs.
@@ -296,6 +314,24 @@ TEST(Packet_Rings, LoseNothingBetweenTwoThreads) {
     producer.join();
 }
 
+TEST(Packet_Rings, NeverHoldMoreThanTheyCan) {
+    Packet_Ring<int> ring(1);
+    std::atomic<bool> ending{false};
+    std::thread worker([&] {
+        while (!ending) {
+            ring.push([](int& record) { record = 1; });
+            ring.discard();
+        }
+    });
+    std::size_t most = 0;
+    for (int i = 0; i < 300'000; ++i) {
+        most = std::max(most, ring.size());
+    }
+    ending = true;
+    worker.join();
+    EXPECT_LE(most, 1U);
+}
+
 TEST(Drop_Reports, TellOnceASecondAtMost) {
     test::Log_Capture log;
     Drop_Report report("Port 3");
@@ -323,22 +359,35 @@ TEST(Signed_Gain, LeavesTheMiddleAndHoldsTheEnds) {
 
 // ---- Pace.
 
-TEST(Recording_Paces, AreNoFasterThanTheBox) {
+// So many super frames of one port; of each only the first row tells.
+std::vector<std::uint8_t> super_frames_of(unsigned port, int count) {
     std::vector<std::uint8_t> piece;
-    for (int super_frame = 0; super_frame < 600; ++super_frame) {
+    for (int super_frame = 0; super_frame < count; ++super_frame) {
         for (int row = 0; row < 65; ++row) {
-            std::array<std::uint8_t, 16> bytes{0xD2};
+            std::array<std::uint8_t, 16> bytes{static_cast<std::uint8_t>(0xD0U + port)};
             bytes[3] = row == 0 ? 0x08 : 0;
             piece.insert(piece.end(), bytes.begin(), bytes.end());
         }
     }
+    return piece;
+}
+
+double seconds_of(const std::vector<std::vector<std::uint8_t>>& pieces) {
     Recording_Pace pace;
     const auto begin = std::chrono::steady_clock::now();
-    for (int i = 0; i < 5; ++i) {
+    for (const auto& piece : pieces) {
         pace.wait_until_due(piece);
     }
-    const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - begin;
-    EXPECT_GE(elapsed.count(), 0.099);
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
+}
+
+TEST(Recording_Paces, AreNoFasterThanTheBox) {
+    EXPECT_GE(seconds_of(std::vector(5, super_frames_of(2, 600))), 0.099);
+}
+
+TEST(Recording_Paces, GoOnWhenTheFirstPortStops) {
+    EXPECT_GE(seconds_of({super_frames_of(0, 300), super_frames_of(2, 1500), super_frames_of(2, 1500)}),
+              0.099);
 }
 
 } // namespace

@@ -4,6 +4,10 @@
 #include "SG_Host.h"
 #include "Wait_Until.h"
 
+#include "Printed.h"
+
+#include <adapter/Adapter_State.h>
+
 #include <gtest/gtest.h>
 
 #include <chrono>
@@ -27,9 +31,9 @@ protected:
     // The last samples of a recording do not fill what the library hands on at a time.
     static constexpr std::uint64_t all_packets = (samples - 240) / 12;
 
-    static void play(std::vector<unsigned> ports) {
+    static void play(std::vector<unsigned> ports, std::uint64_t super_frames = samples) {
         auto options = ramp_options(std::move(ports));
-        options.super_frames = samples;
+        options.super_frames = super_frames;
         select_recording(options);
     }
 
@@ -143,6 +147,40 @@ TEST_F(Host_Simulation, EndOfTheRecordingReadsAsNothing) {
     EXPECT_EQ(count, 0);
     host.stop();
     host.close();
+}
+
+TEST_F(Host_Simulation, TriggerAfterTheEndPlaysFromTheBeginning) {
+    select_host_mode("usb");
+    play({1}, 3000);
+    ASSERT_EQ(openBS(20), SUCCESS);
+    for (int run = 0; run < 2; ++run) {
+        ASSERT_EQ(setSWTrigger(20), SUCCESS);
+        electrodePacket packet{};
+        int count = 0;
+        EXPECT_TRUE(wait_until(
+            [&] { return readElectrodeData(20, 1, 1, &packet, &count, 1) == SUCCESS && count == 1; },
+            patience));
+        EXPECT_EQ(packet.timestamp[0], 0U) << run;
+        EXPECT_TRUE(wait_until([] { return Pelgar::ORBE::npoe_adapter::g_pump_broke_off.load(); }, patience));
+    }
+    EXPECT_EQ(closeBS(20), SUCCESS);
+}
+
+TEST_F(Host_Simulation, PortsThatTheDeviceHasNotCostNothingToWrite) {
+    select_host_mode("usb");
+    play({1, 2, 3, 4});
+    const Printed printed = printed_by([] {
+        OE_Host host(NPPlatform_USB);
+        ASSERT_TRUE(host.find());
+        host.open();
+        host.start();
+        expect_all_of_it(host);
+        host.stop();
+        expect_clean(host);
+        host.close();
+    });
+    const auto lines = occurrences(printed.out, "\n") + occurrences(printed.err, "\n");
+    EXPECT_LT(lines, 500U) << "of 24,000 samples";
 }
 
 TEST_F(Host_Simulation, EveryProbeHasItsOwnSerialNumber) {
