@@ -64,15 +64,28 @@ Stand_In_Devices::Stand_In_Devices(const std::filesystem::path& folder)
 }
 
 Stand_In_Devices::~Stand_In_Devices() {
-    m_leaving = true;
-    if (m_feeder.joinable()) {
-        m_feeder.join();
-    }
+    end_feeding();
     ::close(m_stream);
     ::munmap(const_cast<std::uint32_t*>(m_registers), register_bytes);
 }
 
+void Stand_In_Devices::end_feeding() {
+    m_leaving = true;
+    if (m_feeder.joinable()) {
+        m_feeder.join();
+    }
+    m_leaving = false;
+}
+
+void Stand_In_Devices::empty_stream() const {
+    std::array<std::uint8_t, 4096> bytes;
+    while (::read(m_stream, bytes.data(), bytes.size()) > 0) {
+    }
+}
+
 void Stand_In_Devices::play(const std::filesystem::path& recording) {
+    end_feeding();
+    empty_stream();
     std::ifstream file(recording, std::ios::binary);
     m_recording.assign(std::istreambuf_iterator<char>(file), {});
     m_feeder = std::thread([this] { feed_recording(); });

@@ -22,10 +22,13 @@ public:
 
     // A thread of its own feeds the bytes of the recording into the stream, as fast as they are read. Behind
     // their end nothing comes until the streams are switched off, and zeros from then on, so that a reader
-    // that waits for a full buffer gets away.
+    // that waits for a full buffer gets away. Once more: from the beginning, with nothing left of what was
+    // before; while nobody reads.
     void play(const std::filesystem::path& recording);
 
 private:
+    void end_feeding();
+    void empty_stream() const;
     bool streams_are_on() const;
     bool feed(const std::uint8_t* bytes, std::size_t size) const;
     void feed_recording();

@@ -1,9 +1,10 @@
-// An acquisition program's run on the back-end of the Linux driver.
+// An acquisition program's runs on the back-end of the Linux driver.
 #include "Driver_Run.h"
 #include "Host_Files.h"
 
 #include "Folder_Controller.h"
 #include "Stand_In_Devices.h"
+#include "Waiter_Guard.h"
 
 #include <adapter/Adapter_State.h>
 
@@ -19,7 +20,8 @@ using namespace Pelgar::ORBE::test;
 
 constexpr const char* folder = "devices";
 
-TEST(Host_On_Devices, ReadsEveryPacketOfTheStreamAndStops) {
+TEST(Host_On_Devices, ReadsEveryPacketRunAfterRunAndStopsWhereverItIs) {
+    const Waiter_Guard waiter;
     std::filesystem::create_directory(folder);
     *npoe_adapter::g_controller_factory = [](bool simulation) {
         EXPECT_FALSE(simulation);
@@ -27,8 +29,8 @@ TEST(Host_On_Devices, ReadsEveryPacketOfTheStreamAndStops) {
                                                          simulation);
     };
     Stand_In_Devices devices(folder);
-    devices.play(write_recording(driver_run_options()));
-    run_on_driver();
+    const auto recording = write_recording(driver_run_options());
+    run_on_driver([&] { devices.play(recording); });
     *npoe_adapter::g_controller_factory = {};
 }
 
