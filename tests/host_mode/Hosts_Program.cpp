@@ -1,6 +1,6 @@
 // Two acquisition programs, one after the other, on the library as it is shipped: configure, run three times,
-// close, open and run again, on a recording. Exit code 0 when every packet was as it should be, else 1 with
-// the reason on standard error.
+// the second time with settings that change while data stream, close, open and run again, on a recording.
+// Exit code 0 when every packet was as it should be, else 1 with the reason on standard error.
 #include "Host_Call.h"
 #include "Host_Files.h"
 #include "OE_Host.h"
@@ -13,7 +13,6 @@
 #include <cstdlib>
 #include <exception>
 #include <filesystem>
-#include <stdexcept>
 #include <string>
 #include <thread>
 #include <vector>
@@ -24,17 +23,20 @@ using namespace Neuropixels;
 using namespace Pelgar::ORBE::test;
 
 constexpr std::uint64_t super_frames = 12'000;
-constexpr std::uint64_t packets = (super_frames - 240) / 12;
+// Without what stays behind in buffers that the recording's end does not fill.
+constexpr std::uint64_t samples = super_frames - 240;
+constexpr int changing_run = 1;
 constexpr auto patience = std::chrono::seconds(60);
 
-template <typename Host>
-void run_to_the_end(Host& host) {
+// `change` sets something while data stream, or nothing.
+template <typename Host, typename Change>
+void run_to_the_end(Host& host, bool has_adc_inputs, Change change) {
     const auto last = std::chrono::steady_clock::now() + patience;
     host.start();
-    while (host.readers().fewest_packets() < packets) {
-        if (std::chrono::steady_clock::now() > last) {
-            throw std::runtime_error("packets are missing");
-        }
+    change();
+    while (host.readers().fewest_packets() * 12 < samples ||
+           (has_adc_inputs && host.readers().adc_packets() < samples)) {
+        must("all packets come", std::chrono::steady_clock::now() < last);
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
     host.stop();
@@ -42,7 +44,10 @@ void run_to_the_end(Host& host) {
     must(faults.empty() ? "" : faults.front().c_str(), faults.empty());
     for (std::size_t i = 0; i < host.ports().size(); ++i) {
         must("no gap", host.readers().port(i).gaps().empty());
+        must("the first sample is there", host.readers().port(i).first_sample() == 0U);
     }
+    must("as many ADC packets as samples",
+         !has_adc_inputs || host.readers().adc().packets() == host.readers().adc().last_sample() + 1);
 }
 
 void play_open_ephys(NPPlatformID_t platform) {
@@ -53,7 +58,11 @@ void play_open_ephys(NPPlatformID_t platform) {
         HOST_MUST(!host.ports().empty());
         host.configure();
         for (int run = 0; run < 3; ++run) {
-            run_to_the_end(host);
+            run_to_the_end(host, platform == NPPlatform_USB, [&] {
+                if (run == changing_run) {
+                    host.configure();
+                }
+            });
         }
         host.close();
     }
@@ -65,7 +74,11 @@ void play_spike_glx(NPPlatformID_t platform, int slot) {
         HOST_MUST(host.find());
         host.open();
         host.configure();
-        run_to_the_end(host);
+        run_to_the_end(host, platform == NPPlatform_USB, [&] {
+            if (run == changing_run) {
+                host.change_settings();
+            }
+        });
     }
 }
 
