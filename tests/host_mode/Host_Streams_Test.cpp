@@ -54,41 +54,59 @@ protected:
     }
 
     void publish_frame(std::uint32_t stamp) {
-        demux::RHD_Frame frame{};
-        frame.timestamp = stamp;
-        m_adc.publish_rhd_frame(frame);
+        m_frame.timestamp = stamp;
+        m_adc.publish_rhd_frame(m_frame);
     }
 
     // Without a sync input no packet waits for its level.
     void let_no_packet_wait() { m_sync_source.clear(SM_Output_StatusBit); }
 
-    // The packets that a run begins with, while `publish` (a number that only grows) goes on on another
-    // thread without a pause: how many of so many runs begin with what was published before them.
-    template <typename Publish, typename Begin, typename First>
-    static int runs_that_begin_with_old_data(int runs, Publish publish, Begin begin, First take_first) {
+    using Published = std::atomic<std::uint64_t>;
+
+    // Makes `run` (Published& -> whether it was as it should be) again and again, while `publish` (a number
+    // that only grows) goes on on another thread without a pause. How many runs were not as they should be.
+    template <typename Publish, typename Run>
+    static int wrong_runs(Publish publish, Run run) {
         std::atomic<bool> ending{false};
-        std::atomic<std::uint64_t> published{0};
+        Published published{0};
         std::thread producer([&] {
             for (std::uint64_t i = 0; !ending; ++i) {
                 publish(i);
                 published = i + 1;
             }
         });
-        int old = 0;
-        const auto last = Clock::now() + std::chrono::seconds(1);
-        for (int run = 0; run < runs && Clock::now() < last; ++run) {
-            const std::uint64_t before = published;
-            begin();
-            old += take_first() < before ? 1 : 0;
+        int wrong = 0;
+        const auto last = Clock::now() + std::chrono::milliseconds(700);
+        while (Clock::now() < last) {
+            wrong += run(published) ? 0 : 1;
         }
         ending = true;
         producer.join();
-        return old;
+        return wrong;
+    }
+
+    // What was under way when a run ended has come, and nobody gets it.
+    template <typename Stream, typename Take>
+    static bool ends_with_nothing(Stream& stream, const Published& published, Take take) {
+        stream.begin_run();
+        wait_until([&] { return take() != 0; });
+        stream.end_run();
+        const std::uint64_t before = published;
+        wait_until([&] { return published >= before + 2; });
+        return take() == 0;
+    }
+
+    template <typename Done>
+    static void wait_until(Done done) {
+        while (!done()) {
+            std::this_thread::yield();
+        }
     }
 
     Sync_Source m_sync_source;
     Sync_Levels m_sync_levels;
     ADC_Inputs m_inputs;
+    demux::RHD_Frame m_frame;
     Electrode_Stream m_probe{1, m_sync_source, m_sync_levels};
     ADC_Stream m_adc{m_inputs, m_sync_source, m_sync_levels};
 };
@@ -156,30 +174,33 @@ TEST_F(Host_Streams, PacketIsGivenAwayAfter20msWithoutAnySyncLevel) {
 
 TEST_F(Host_Streams, RunBeginsWithNoPacketOfTheRunBefore) {
     let_no_packet_wait();
-    const auto take_first = [this] {
-        electrodePacket packet;
-        while (m_probe.take(&packet, 1) == 0) {
-            std::this_thread::yield();
-        }
-        return sample_of(packet.timestamp[0]);
-    };
-    EXPECT_EQ(runs_that_begin_with_old_data(
-                  20'000, [this](std::uint64_t i) { publish_sample(i); }, [this] { m_probe.begin_run(); },
-                  take_first),
+    EXPECT_EQ(wrong_runs([this](std::uint64_t i) { publish_sample(i); },
+                         [this](const Published& published) {
+                             const std::uint64_t before = published;
+                             m_probe.begin_run();
+                             electrodePacket packet;
+                             wait_until([&] { return m_probe.take(&packet, 1) != 0; });
+                             return sample_of(packet.timestamp[0]) >= before;
+                         }),
               0);
 }
 
-TEST_F(Host_Streams, RunBeginsWithNoADCPacketOfTheRunBefore) {
-    const auto take_first = [this] {
-        PacketInfo info;
-        while (m_adc.take(&info, nullptr, 0, 1) == 0) {
-            std::this_thread::yield();
-        }
-        return sample_of(info.Timestamp);
-    };
-    EXPECT_EQ(runs_that_begin_with_old_data(
-                  20'000, [this](std::uint64_t i) { publish_frame(static_cast<std::uint32_t>(i)); },
-                  [this] { m_adc.begin_run(); }, take_first),
+TEST_F(Host_Streams, NoPacketComesOnceARunHasEnded) {
+    let_no_packet_wait();
+    EXPECT_EQ(wrong_runs([this](std::uint64_t i) { publish_sample(i); },
+                         [this](const Published& published) {
+                             return ends_with_nothing(m_probe, published,
+                                                      [this] { return m_probe.take(nullptr, 1); });
+                         }),
+              0);
+}
+
+TEST_F(Host_Streams, NoADCPacketComesOnceARunHasEnded) {
+    EXPECT_EQ(wrong_runs([this](std::uint64_t i) { publish_frame(static_cast<std::uint32_t>(i)); },
+                         [this](const Published& published) {
+                             return ends_with_nothing(m_adc, published,
+                                                      [this] { return m_adc.take(nullptr, nullptr, 0, 1); });
+                         }),
               0);
 }
 
