@@ -124,6 +124,11 @@ Json messages_entry() {
     };
 }
 
+// Names that are no UTF-8 must not cost the recording.
+std::string text_of(const Json& json) {
+    return json.dump(-1, ' ', false, Json::error_handler_t::replace);
+}
+
 } // namespace
 
 std::filesystem::path open_ephys_recording_folder(const std::filesystem::path& folder) {
@@ -166,24 +171,30 @@ std::vector<Open_Ephys_Stream> open_ephys_streams(const std::filesystem::path& f
     return streams;
 }
 
-std::string open_ephys_structure(const std::vector<Open_Ephys_Stream>& streams,
-                                 const std::vector<Open_Ephys_Presence>& presences,
-                                 const Recording_Description& description) {
-    Json json{
-        {"GUI version", interface_version},
-        {"continuous", Json::array()},
-        {"events", Json::array({messages_entry()})},
-        {"spikes", Json::array()},
-    };
-    for (std::size_t stream = 0; stream < streams.size(); ++stream) {
+std::vector<Open_Ephys_Entry> open_ephys_entries(const std::vector<Open_Ephys_Stream>& streams,
+                                                 const Recording_Description& description) {
+    std::vector<Open_Ephys_Entry> entries;
+    for (const Open_Ephys_Stream& stream : streams) {
+        entries.push_back({text_of(continuous_entry(stream, description)), text_of(events_entry(stream))});
+    }
+    return entries;
+}
+
+// Put together by hand, because it is written again whenever a stream begins.
+std::string open_ephys_structure(const std::vector<Open_Ephys_Entry>& entries,
+                                 const std::vector<Open_Ephys_Presence>& presences) {
+    std::string continuous;
+    std::string events = text_of(messages_entry());
+    for (std::size_t stream = 0; stream < entries.size(); ++stream) {
         if (presences.at(stream).has_samples) {
-            json["continuous"].push_back(continuous_entry(streams[stream], description));
+            continuous += (continuous.empty() ? "" : ",\n") + entries[stream].continuous;
         }
         if (presences[stream].has_events) {
-            json["events"].push_back(events_entry(streams[stream]));
+            events += ",\n" + entries[stream].events;
         }
     }
-    return json.dump(1, '\t', false, Json::error_handler_t::replace) + "\n";
+    return std::string("{\n\"GUI version\": \"") + interface_version + "\",\n\"continuous\": [\n" +
+           continuous + "\n],\n\"events\": [\n" + events + "\n],\n\"spikes\": []\n}\n";
 }
 
 } // namespace Pelgar::ORBE::recorder

@@ -45,9 +45,17 @@ std::filesystem::path open_ephys_messages_folder(const std::filesystem::path& fo
 std::vector<Open_Ephys_Stream> open_ephys_streams(const std::filesystem::path& folder,
                                                   const Recording_Description& description);
 
+// What structure.oebin says of a stream: its samples and its events, each a line of JSON.
+struct Open_Ephys_Entry {
+    std::string continuous;
+    std::string events;
+};
+
+std::vector<Open_Ephys_Entry> open_ephys_entries(const std::vector<Open_Ephys_Stream>& streams,
+                                                 const Recording_Description& description);
+
 // The text of structure.oebin, with what is there of each stream.
-std::string open_ephys_structure(const std::vector<Open_Ephys_Stream>& streams,
-                                 const std::vector<Open_Ephys_Presence>& presences,
-                                 const Recording_Description& description);
+std::string open_ephys_structure(const std::vector<Open_Ephys_Entry>& entries,
+                                 const std::vector<Open_Ephys_Presence>& presences);
 
 } // namespace Pelgar::ORBE::recorder

@@ -7,7 +7,8 @@ namespace Pelgar::ORBE::recorder {
 Open_Ephys_Structure::Open_Ephys_Structure(const std::filesystem::path& folder,
                                            const Recording_Description& description)
     : m_path(open_ephys_structure_path(folder)), m_description(description),
-      m_streams(open_ephys_streams(folder, description)), m_presences(m_streams.size()) {
+      m_streams(open_ephys_streams(folder, description)),
+      m_entries(open_ephys_entries(m_streams, description)), m_presences(m_streams.size()) {
     write();
 }
 
@@ -20,7 +21,7 @@ void Open_Ephys_Structure::tell(std::size_t stream, const Open_Ephys_Presence& p
 }
 
 void Open_Ephys_Structure::write() const {
-    write_file(m_path, open_ephys_structure(m_streams, m_presences, m_description));
+    write_file(m_path, open_ephys_structure(m_entries, m_presences));
 }
 
 } // namespace Pelgar::ORBE::recorder

@@ -30,6 +30,7 @@ private:
     const std::filesystem::path m_path;
     const Recording_Description m_description;
     const std::vector<Open_Ephys_Stream> m_streams;
+    const std::vector<Open_Ephys_Entry> m_entries;
     std::mutex m_mutex;
     std::vector<Open_Ephys_Presence> m_presences;
 };

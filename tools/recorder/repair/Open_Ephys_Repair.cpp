@@ -137,7 +137,7 @@ Stream_Lengths repair_open_ephys(const std::filesystem::path& folder,
         presences.push_back({rows > 0, events > 0});
     }
     repair.make_content(open_ephys_structure_path(folder),
-                        open_ephys_structure(streams, presences, description));
+                        open_ephys_structure(open_ephys_entries(streams, description), presences));
     repair.make_content(open_ephys_settings_path(folder), open_ephys_settings(description));
     return lengths;
 }
