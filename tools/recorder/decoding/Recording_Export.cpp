@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <exception>
 #include <fstream>
 #include <limits>
 #include <memory>
@@ -93,10 +94,9 @@ bool is_complete(const A_Recording_Writer& writer, const Recording_Description& 
     return true;
 }
 
-} // namespace
-
-bool export_recording(const Export_Source& source, A_Recording_Writer& writer,
-                      const std::function<bool(std::uint64_t)>& goes_on) {
+// Up to the end of the recording, or as far as is wanted.
+bool write_packets(const Export_Source& source, A_Recording_Writer& writer,
+                   const std::function<bool(std::uint64_t)>& goes_on) {
     Raw_File file(source.raw);
     Raw_Decoder decoder(source.description, source.gain_files);
     std::vector<std::unique_ptr<Stream_Drain>> drains;
@@ -138,7 +138,25 @@ bool export_recording(const Export_Source& source, A_Recording_Writer& writer,
     for (const auto& drain : drains) {
         drain->wait_until_left(0);
     }
-    drains.clear();
+    return is_wanted;
+}
+
+} // namespace
+
+bool export_recording(const Export_Source& source, A_Recording_Writer& writer,
+                      const std::function<bool(std::uint64_t)>& goes_on) {
+    bool is_wanted = false;
+    try {
+        is_wanted = write_packets(source, writer, goes_on);
+    } catch (...) {
+        const std::exception_ptr failure = std::current_exception();
+        try {
+            writer.finish();
+        } catch (const std::exception&) {
+            // What has stopped the export is told, and it stops the end as well.
+        }
+        std::rethrow_exception(failure);
+    }
     writer.finish();
     return is_wanted;
 }

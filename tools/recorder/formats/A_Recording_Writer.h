@@ -34,7 +34,8 @@ public:
     virtual void write_adc(std::span<const Neuropixels::PacketInfo> infos,
                            std::span<const std::int16_t> rows) = 0;
 
-    // Writes what is buffered and what is known only now, and closes all files. No operation may follow.
+    // Writes what is buffered and what is known only now, and closes all files, those of a stream also where
+    // another one fails; the first failure is thrown at the end. No operation may follow.
     virtual void finish() = 0;
 
     // Any thread.

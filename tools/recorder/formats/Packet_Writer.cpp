@@ -1,6 +1,7 @@
 #include "formats/Packet_Writer.h"
 
 #include <array>
+#include <exception>
 #include <limits>
 #include <stdexcept>
 
@@ -108,15 +109,27 @@ void Packet_Writer::write_adc(std::span<const Neuropixels::PacketInfo> infos,
     write_run(infos.size());
 }
 
+// A stream that the disk does not take keeps no other from being finished.
 void Packet_Writer::finish() {
+    std::exception_ptr first_failure;
+    const auto try_to = [&first_failure](const auto& work) {
+        try {
+            work();
+        } catch (...) {
+            first_failure = first_failure ? first_failure : std::current_exception();
+        }
+    };
     for (const auto& probe : m_probes) {
-        probe->ap.finish();
-        probe->lfp.finish();
+        try_to([&] { probe->ap.finish(); });
+        try_to([&] { probe->lfp.finish(); });
     }
     if (m_adc) {
-        m_adc->writer.finish();
+        try_to([&] { m_adc->writer.finish(); });
     }
-    m_gaps.finish();
+    try_to([&] { m_gaps.finish(); });
+    if (first_failure) {
+        std::rethrow_exception(first_failure);
+    }
 }
 
 std::uint64_t Packet_Writer::bytes_written() const {

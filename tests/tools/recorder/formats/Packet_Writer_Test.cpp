@@ -228,6 +228,29 @@ TEST(Packet_Writer, WritesTheADCInputsWithTheirComparatorsInOneWord) {
     EXPECT_EQ(writer->lost_samples(0), 597U);
 }
 
+#if !defined(_WIN32)
+
+TEST(Packet_Writer, FinishesTheOtherStreamsWhenTheDiskDoesNotTakeOne) {
+    auto writer = make_writer(Format::spikeglx, "run", test::made_description());
+    std::filesystem::create_symlink("/dev/full", ap_file);
+    const auto packets = test::made_packets(1, 0, 120, none);
+    writer->write_probe(0, packets);
+    writer->write_probe(1, packets);
+    try {
+        writer->finish();
+        FAIL();
+    } catch (const std::system_error& error) {
+        EXPECT_EQ(error.code(), std::errc::no_space_on_device);
+        EXPECT_NE(std::string(error.what()).find("imec0.ap.bin"), std::string::npos);
+    }
+    EXPECT_EQ(Sample_Table(lfp_file, 385).rows(), 10U);
+    const std::string second = "run/run_g0/run_g0_imec1/run_g0_t0.imec1.ap.";
+    EXPECT_EQ(Sample_Table(second + "bin", 385).rows(), 120U);
+    EXPECT_NE(read_file(second + "meta").find("fileSizeBytes=92400\n"), std::string::npos);
+}
+
+#endif
+
 TEST(Packet_Writer, HasOnTheDiskWhatIsAQuarterOfASecondOld) {
     for (const Format format : {Format::spikeglx, Format::open_ephys}) {
         std::filesystem::remove_all("run");
