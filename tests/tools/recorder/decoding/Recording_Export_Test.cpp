@@ -103,7 +103,7 @@ TEST(Recording_Export, HasEverySampleThatTheRecordingWasMadeOf) {
 }
 
 TEST(Recording_Export, GivesTheSameBytesAgain) {
-    recording::Recording_Options options = ramps(30'000);
+    recording::Recording_Options options = ramps(12'000);
     options.ports = {2};
     write_raw(recording::make_recording(options));
     export_to("first", source_of({2}));
