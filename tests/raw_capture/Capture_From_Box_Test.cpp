@@ -123,10 +123,13 @@ TEST_F(Capture_From_Box, FileThatCannotBeMadeCostsTheCaptureAndNotTheAcquisition
     m_box->stream().set_limit(0);
     ASSERT_EQ(openBS(m_slot), SUCCESS);
     EXPECT_GT(run(start_in_box_mode, stop_in_box_mode).size(), 0U);
-    const auto state = npoe_adapter::current_controller()->raw_capture_state();
-    ASSERT_TRUE(state);
-    EXPECT_NE(state->problem.find("missing/raw.bin"), std::string::npos);
-    EXPECT_GE(npoe_adapter::current_np_converter(1)->queue().size(), 100U);
+    const auto controller = npoe_adapter::current_controller();
+    ASSERT_TRUE(controller->raw_capture_state());
+    while (!controller->raw_capture_state()->is_settled ||
+           npoe_adapter::current_np_converter(1)->queue().size() < 100) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    EXPECT_NE(controller->raw_capture_state()->problem.find("missing/raw.bin"), std::string::npos);
 }
 
 TEST_F(Capture_From_Box, WithoutTheFileNothingIsWrittenAndNothingSaid) {
