@@ -71,7 +71,8 @@ private:
         }
         const std::filesystem::path folder = *m_options.calibration / number;
         const std::filesystem::path converters = folder / (number + "_ADCCalibration.csv");
-        const std::filesystem::path amplifiers = folder / (number + "_gainCalValues.csv");
+        const std::filesystem::path amplifiers =
+            gain_calibration_file(*m_options.calibration, m_probe.serial_number);
         for (const auto& file : {converters, amplifiers}) {
             if (!std::filesystem::exists(file)) {
                 if (m_options.may_lack_calibration) {
@@ -124,6 +125,12 @@ private:
 };
 
 } // namespace
+
+std::filesystem::path gain_calibration_file(const std::filesystem::path& calibrations,
+                                            std::uint64_t serial_number) {
+    const std::string number = std::to_string(serial_number);
+    return calibrations / number / (number + "_gainCalValues.csv");
+}
 
 Probe_Description set_up_probe(int slot, int port, const Probe_Options& options, bool is_simulation) {
     return Probe_Set_Up(slot, port, options).run(is_simulation);

@@ -48,7 +48,7 @@ void write_switch(const std::filesystem::path& folder, const char* name, const s
     }
 }
 
-// Makes the folder that must not be there, and takes it away again unless it is kept.
+// Makes the folder that must not be there, and takes it away again unless a recording has begun in it.
 class New_Folder {
 public:
     explicit New_Folder(std::filesystem::path path) : m_path(std::move(path)) {
@@ -59,22 +59,18 @@ public:
         std::filesystem::create_directories(m_path);
     }
 
-    // Only if nothing is in it.
     ~New_Folder() {
-        if (!m_is_kept) {
-            std::error_code ignored;
-            std::filesystem::remove(m_path, ignored);
+        std::error_code ignored;
+        if (!std::filesystem::exists(m_path / description_file_name, ignored)) {
+            std::filesystem::remove_all(m_path, ignored);
         }
     }
 
     New_Folder(const New_Folder&) = delete;
     New_Folder& operator=(const New_Folder&) = delete;
 
-    void keep() { m_is_kept = true; }
-
 private:
     std::filesystem::path m_path;
-    bool m_is_kept = false;
 };
 
 // The library in a directory of its own, which tells it all it has to know.
@@ -101,6 +97,16 @@ Recording_Description describe(const Record_Options& options, const Opened_Box& 
     }
     description.adc.emplace();
     return description;
+}
+
+// What is made of the raw stream later is corrected with it.
+void add_gain_calibrations(const Record_Options& options, const Recording_Description& description) {
+    for (const Probe_Description& probe : description.probes) {
+        if (probe.is_calibrated) {
+            const auto file = gain_calibration_file(*options.probes.calibration, probe.serial_number);
+            std::filesystem::copy_file(file, options.folder / file.filename());
+        }
+    }
 }
 
 void print_summary(const Record_Options& options, const Record_Result& result) {
@@ -215,7 +221,7 @@ int Record_Command::run() const {
         throw std::runtime_error("cannot read '" + options.simulation->string() + "'");
     }
     tools::catch_interrupts();
-    New_Folder folder(options.folder);
+    const New_Folder folder(options.folder);
     tools::Working_Directory directory("orbe-record-");
     prepare_library(directory, options);
     loguru::g_stderr_verbosity = loguru::Verbosity_OFF;
@@ -225,6 +231,9 @@ int Record_Command::run() const {
         const tools::Quiet_Library quiet(directory.output_path(), directory.output_path());
         Opened_Box box;
         Recording_Description description = describe(options, box);
+        if (options.format == raw_format) {
+            add_gain_calibrations(options, description);
+        }
         Recorder recorder(box, options, std::move(description), quiet.user_error_descriptor());
         result = recorder.run();
         box.close();
@@ -234,7 +243,6 @@ int Record_Command::run() const {
     loguru::remove_callback("ORBE.log");
     int exit_code = exit_codes::failed;
     if (result) {
-        folder.keep();
         print_summary(options, *result);
         exit_code = verdict_on(*result, options);
     } else {

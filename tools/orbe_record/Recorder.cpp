@@ -128,9 +128,7 @@ void Recorder::make_writer() {
     }
     // Probes begin with their first whole packet, which may be a few samples behind the first one.
     m_description.first_sample = first < samples_per_packet ? 0 : whole_packets(first);
-    m_description.start_time =
-        m_started_at + std::chrono::milliseconds(std::llround(
-                           static_cast<double>(m_description.first_sample) * 1000.0 / samples_per_second));
+    m_description.start_time = m_started_at;
     if (m_options.format == raw_format) {
         write_description(m_options.folder, raw_format, m_description);
         m_writer = std::make_unique<Sample_Counter>(m_description);

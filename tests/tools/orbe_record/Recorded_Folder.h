@@ -27,8 +27,8 @@ Recorded_Samples recorded_inputs(const std::filesystem::path& folder);
 Recorded_Samples made_probe(const std::string& recording, unsigned port, bool is_lfp);
 Recorded_Samples made_inputs(const std::string& recording);
 
-// Whether all of it, and at least so many rows, is the beginning of what was made; says what is not.
-std::string difference(const Recorded_Samples& recorded, const Recorded_Samples& made,
+// Whether all of it, and at least so many rows, is what was made from row `first` on; says what is not.
+std::string difference(const Recorded_Samples& recorded, const Recorded_Samples& made, std::size_t first,
                        std::size_t least_rows);
 
 } // namespace Pelgar::ORBE::test
