@@ -2,7 +2,8 @@
 // once a second. The worker thread of the stream; blocks for the log's own lock.
 #pragma once
 
-#include <chrono>
+#include "common/Once_A_Second.h"
+
 #include <cstdint>
 #include <string>
 #include <utility>
@@ -11,7 +12,7 @@ namespace Pelgar::ORBE::npoe_adapter {
 
 class Drop_Report {
 public:
-    using Clock = std::chrono::steady_clock;
+    using Clock = Once_A_Second::Clock;
 
     // `name` is that of the stream.
     explicit Drop_Report(std::string name) : m_name(std::move(name)) {}
@@ -22,8 +23,7 @@ public:
 private:
     std::string m_name;
     std::uint64_t m_dropped = 0;
-    Clock::time_point m_last_told{};
-    bool m_has_told = false;
+    Once_A_Second m_telling;
 };
 
 } // namespace Pelgar::ORBE::npoe_adapter
