@@ -121,6 +121,21 @@ TEST(Super_Frame_Counters, KnowHowManyAreLostOverSeveralWraps) {
     }
 }
 
+// The counter alone tells gaps of up to 8 s apart. What a full queue has dropped is known.
+TEST(Super_Frame_Counters, AreRightBehindAnyGapThatIsKnown) {
+    for (const std::uint32_t lost : {1U, 100'000U, 2'000'000U, 400'000'000U}) {
+        Super_Frame_Counter counter;
+        const auto frame_counter = [](std::uint64_t super_frame) {
+            return static_cast<std::uint32_t>(13 * super_frame & 0xFFFFF);
+        };
+        EXPECT_EQ(counter.follow(0), 0U);
+        counter.skip(lost);
+        EXPECT_EQ(counter.follow(frame_counter(lost + 1U)), lost + 1U);
+        EXPECT_EQ(counter.follow(frame_counter(lost + 2U)), lost + 2U);
+        EXPECT_EQ(counter.follow(frame_counter(lost + 50U)), lost + 50U) << "more are missing than was known";
+    }
+}
+
 TEST(Super_Frame_Counters, TakeAProbeThatBeginsAnewForWhatItIs) {
     Super_Frame_Counter counter;
     for (std::uint64_t i = 0; i < 1'000'000; i += 50'000) {

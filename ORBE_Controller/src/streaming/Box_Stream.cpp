@@ -62,6 +62,7 @@ bool Box_Stream::prepare_for_simulation_streaming(const std::string& path) {
 void Box_Stream::set_prompt_delivery(std::uint32_t transfer_bytes, std::uint32_t super_frames) {
     m_dma_pump.set_transfer_size(transfer_bytes);
     m_recording_pump.set_piece_size(transfer_bytes);
+    m_demux_thread.demux().set_transfer_length(transfer_bytes);
     m_demux_thread.demux().set_block_length(super_frames);
 }
 

@@ -23,6 +23,9 @@ public:
     // whose frame counters do not follow each other.
     bool publish_super_frame(const unsigned char* bytes) override;
 
+    // However many they are, the next one is given its right number.
+    void skip_super_frames(std::uint32_t count) override { m_counter.skip(count); }
+
     // The frames of a super frame that is not in order come here one by one. They are reported and dropped.
     void publish_adc_data(const std::uint16_t (&adc)[adc_frame_length]) override;
 

@@ -102,6 +102,9 @@ void C_NP_Worker_Thread::work() {
 // What a listener throws costs the rest of the block, not the thread.
 void C_NP_Worker_Thread::decode(const NP_Block_Buffer& block) {
     try {
+        if (block.lost_before != 0) [[unlikely]] {
+            m_l1_stage->skip_super_frames(block.lost_before);
+        }
         m_demuxer->feed_psb_raw_data_block_buffer(block.data, block.fill);
     } catch (const std::exception& exception) {
         LOG_F(ERROR, "NP worker %s : %s", m_name.c_str(), exception.what());

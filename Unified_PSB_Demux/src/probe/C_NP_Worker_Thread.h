@@ -3,6 +3,7 @@
 #pragma once
 
 #include "common/Block_Queue.h"
+#include "common/Queue_Limit.h"
 #include "common/Relaxed.h"
 #include "probe/I_L1_Demux_ADC_Results.h"
 #include "probe/I_L2_Demux_CH_Results.h"
@@ -11,6 +12,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <memory>
 #include <string>
 #include <thread>
@@ -37,6 +39,13 @@ public:
 
     // Starts the thread. Not while it runs.
     void start(std::string name);
+
+    // The queue takes at most so many blocks; without a limit before. Not while blocks are queued.
+    void set_queue_limit(std::size_t blocks) { m_limit = Queue_Limit(blocks); }
+
+    // Whether the queue is to get another block. Asked before each block by who queues them; a limit is kept
+    // by keeping to the answer.
+    bool has_room() { return m_limit.admits(m_queue.size()); }
 
     // Queues a copy of the block and returns the number of blocks now queued. Never drops; allocates while
     // the queue grows.
@@ -70,6 +79,7 @@ private:
     void decode(const NP_Block_Buffer& block);
 
     Block_Queue<NP_Block_Buffer> m_queue;
+    Queue_Limit m_limit{std::numeric_limits<std::size_t>::max()};
     std::thread m_thread;
     std::unique_ptr<I_L1_Demux_ADC_Results> m_l1_stage;
     std::unique_ptr<NP_PSB_Raw_Data_Demuxer> m_demuxer;

@@ -32,6 +32,10 @@ public:
     virtual void burst_begins() {}
 
     virtual void burst_ends() {}
+
+    // So many super frames of the stream will not come: they were lost behind the box. Who follows the frame
+    // counter from one frame to the next finds out by itself.
+    virtual void skip_super_frames(std::uint32_t /*count*/) {}
 };
 
 } // namespace Pelgar::ORBE::demux

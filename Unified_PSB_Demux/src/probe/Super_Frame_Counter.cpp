@@ -33,6 +33,10 @@ std::uint64_t Super_Frame_Counter::follow(std::uint32_t frame_counter) {
     return count / psb::frames_per_super_frame;
 }
 
+void Super_Frame_Counter::skip(std::uint32_t super_frames) {
+    m_next += std::uint64_t{super_frames} * psb::frames_per_super_frame;
+}
+
 std::uint64_t Super_Frame_Counter::resume(std::uint32_t frame_counter) const {
     const std::uint64_t ahead = first_from(m_next, frame_counter);
     const bool may_be_anew = starts_super_frame(frame_counter);

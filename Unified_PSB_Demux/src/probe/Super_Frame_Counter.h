@@ -13,6 +13,9 @@ public:
     // seconds of them, or for a probe that counts from 0 again.
     std::uint64_t follow(std::uint32_t frame_counter);
 
+    // So many super frames are known to be missing before the next one.
+    void skip(std::uint32_t super_frames);
+
 private:
     std::uint64_t resume(std::uint32_t frame_counter) const;
 

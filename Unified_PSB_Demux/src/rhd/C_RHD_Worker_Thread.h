@@ -32,8 +32,21 @@ public:
     // Starts the thread. Not while it runs.
     void start(std::string name);
 
+    // The FIFO takes at most so many pieces; without a limit before. Not while words are pushed.
+    void set_queue_limit(std::size_t pieces) { m_fifo.set_limit(pieces); }
+
+    // Words are missing between the last one that was pushed and the next. Main demux thread.
+    void note_loss() { m_fifo.note_loss(); }
+
+    // Words that the FIFO had no room for. Any thread.
+    std::uint64_t lost_words() const { return m_fifo.lost_words(); }
+
+    // Tells what was lost and not told yet. Main demux thread.
+    void tell_loss() { m_fifo.tell_loss(); }
+
     // Where the payload words of the next rows may be put, at most a transfer's; `push_placed_words` hands so
-    // many to the thread and wakes it. Main demux thread; allocates while the FIFO grows.
+    // many to the thread and wakes it, or loses them while the FIFO is full. Main demux thread; allocates
+    // while the FIFO grows.
     std::uint16_t* place_for_words() { return m_fifo.place(); }
 
     void push_placed_words(std::size_t count) { m_fifo.push_placed(count); }

@@ -1,12 +1,15 @@
 #include "rhd/RHD_Word_Fifo.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace Pelgar::ORBE::demux {
 
 namespace {
 
 constexpr std::size_t few_words = 4096;
+// A reader that is behind by this part of the limit gets full pieces, so that the limit is reached late.
+constexpr std::size_t far_behind = 8;
 
 } // namespace
 
@@ -14,29 +17,51 @@ void RHD_Word_Fifo::push_words(std::span<const std::uint16_t> words) {
     while (!words.empty()) {
         const std::size_t run = std::min(words.size(), rhd_piece_capacity);
         std::copy_n(words.begin(), run, place());
-        push_placed(run);
+        if (!extend_last_piece(run)) {
+            append_piece(run);
+        }
         words = words.subspan(run);
     }
 }
 
-// Few words are copied behind those that wait already, so that short transfers do not take a piece each.
 void RHD_Word_Fifo::push_placed(std::size_t count) {
-    {
-        const std::lock_guard lock(m_mutex);
-        m_pushed_count.fetch_add(count);
+    if (extend_last_piece(count)) {
+        return;
     }
-    const auto append = [&](RHD_Word_Piece& back) {
+    if (m_limit.admits(m_queue.size())) [[likely]] {
+        append_piece(count);
+    } else {
+        m_loss.count(count);
+        note_loss();
+    }
+}
+
+// Few words are copied behind those that wait already, so that short transfers do not take a piece each, and
+// many when the reader is far behind.
+bool RHD_Word_Fifo::extend_last_piece(std::size_t count) {
+    const bool is_worth_it = count <= few_words || m_queue.size() > m_limit.most() / far_behind;
+    return is_worth_it && !m_next_follows_loss && m_queue.extend_back([&](RHD_Word_Piece& back) {
         const bool fits = count <= rhd_piece_capacity - back.count;
         if (fits) {
+            count_pushed(count);
             std::copy_n(m_filling->words, count, back.words + back.count);
             back.count += count;
         }
         return fits;
-    };
-    if (count > few_words || !m_queue.extend_back(append)) {
-        m_filling->count = count;
-        m_queue.exchange_unbounded(m_filling);
-    }
+    });
+}
+
+void RHD_Word_Fifo::append_piece(std::size_t count) {
+    count_pushed(count);
+    m_filling->count = count;
+    m_filling->follows_loss = std::exchange(m_next_follows_loss, false);
+    m_queue.exchange_unbounded(m_filling);
+}
+
+// Before the reader can see the words.
+void RHD_Word_Fifo::count_pushed(std::size_t count) {
+    const std::lock_guard lock(m_mutex);
+    m_pushed_count.fetch_add(count);
 }
 
 void RHD_Word_Fifo::wait_until_used() {
@@ -120,7 +145,7 @@ bool RHD_Word_Fifo::refill() {
     m_taken_count += piece.count;
     const std::uint64_t valid_from = std::clamp(forgotten(), first, m_taken_count);
     m_unread = std::span(piece.words, piece.count).subspan(static_cast<std::size_t>(valid_from - first));
-    if (valid_from != first) {
+    if (valid_from != first || piece.follows_loss) [[unlikely]] {
         throw RHD_Words_Forgotten();
     }
     return true;

@@ -3,13 +3,16 @@
 #pragma once
 
 #include "common/Block_Queue.h"
+#include "common/Queue_Limit.h"
 #include "rhd/RHD_Word_Piece.h"
+#include "wire/Loss_Report.h"
 
 #include <atomic>
 #include <condition_variable>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <limits>
 #include <memory>
 #include <mutex>
 #include <span>
@@ -17,8 +20,8 @@
 
 namespace Pelgar::ORBE::demux {
 
-// Thrown at the reader when words that it reads, or waits for, have been forgotten: what it has read of a
-// frame is of no use. It goes on with a new frame.
+// Thrown at the reader when words that it reads, or waits for, have been forgotten or lost: what it has read
+// of a frame is of no use. It goes on with a new frame.
 struct RHD_Words_Forgotten {};
 
 class RHD_Word_Fifo {
@@ -35,7 +38,21 @@ public:
     // belong to the reader after `push_placed`, which tells their number. One thread puts words into a FIFO.
     std::uint16_t* place() { return m_filling->words; }
 
+    // While the FIFO is full the words are lost instead.
     void push_placed(std::size_t count);
+
+    // `push_placed` takes at most so many pieces; without a limit before. Not while words are pushed.
+    void set_limit(std::size_t pieces) { m_limit = Queue_Limit(pieces); }
+
+    // Words are missing between the last one and the next. The frame that they are missing from is dropped.
+    // For the thread that puts words.
+    void note_loss() { m_next_follows_loss = true; }
+
+    // Tells what was lost and not told yet. While nothing is pushed.
+    void tell_loss() { m_loss.tell_rest(); }
+
+    // Words that found no room. Any thread.
+    std::uint64_t lost_words() const { return m_loss.total(); }
 
     // From now on an empty FIFO reads as zeros and does not block. A reader that is blocked already sees it
     // after the next push. Any thread.
@@ -78,6 +95,9 @@ public:
     }
 
 private:
+    bool extend_last_piece(std::size_t count);
+    void append_piece(std::size_t count);
+    void count_pushed(std::size_t count);
     bool refill();
     void report_used();
     std::uint64_t forgotten() const;
@@ -85,6 +105,9 @@ private:
     std::function<void()> m_before_wait;
     Block_Queue<RHD_Word_Piece> m_queue;
     std::unique_ptr<RHD_Word_Piece> m_filling = std::make_unique_for_overwrite<RHD_Word_Piece>();
+    Queue_Limit m_limit{std::numeric_limits<std::size_t>::max()};
+    bool m_next_follows_loss = false;
+    Loss_Report m_loss{"Queue of RHD worker", "words"};
     // What the reader has not read of the piece at the front of the queue, which it took up last.
     std::span<const std::uint16_t> m_unread;
     bool m_has_piece = false;

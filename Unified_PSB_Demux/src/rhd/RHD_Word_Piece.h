@@ -17,6 +17,7 @@ inline constexpr std::size_t rhd_piece_capacity =
 struct RHD_Word_Piece {
     std::uint16_t words[rhd_piece_capacity];
     std::size_t count;
+    bool follows_loss; // words are missing in front of the first one
 };
 
 } // namespace Pelgar::ORBE::demux

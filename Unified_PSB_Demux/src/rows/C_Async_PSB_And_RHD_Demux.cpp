@@ -3,32 +3,26 @@
 #include "common/Checked_Index.h"
 #include "common/Console.h"
 #include "probe/CP_L1_Whole_Super_Frames.h"
-#include "rows/High_Water_Mark.h"
+#include "rows/Queue_Sizes.h"
 #include "wire/Mux_Row_Format.h"
 
 #include <loguru.hpp>
 
-#include <cstddef>
+#include <algorithm>
 #include <stdexcept>
 #include <string>
 #include <utility>
 
 namespace Pelgar::ORBE::demux {
 
-namespace {
-
-// Over all demultiplexers of the process.
-High_Water_Mark main_demux_queue_high_water_mark;
-
-} // namespace
-
-Async_NP_And_RHD_Demux::Async_NP_And_RHD_Demux() {
+Async_NP_And_RHD_Demux::Async_NP_And_RHD_Demux() : m_queue_memory(default_queue_memory()) {
     LOG_SCOPE_F(INFO, "Async_NP_And_RHD_Demux");
     for (auto& worker : m_np_workers) {
         worker = std::make_unique<C_NP_Worker_Thread>();
     }
     m_rhd_worker = std::make_unique<C_RHD_Worker_Thread>();
     m_row_splitter = std::make_unique<Row_Splitter>(m_np_workers, *m_rhd_worker);
+    set_queue_limits();
     // Whatever is in the file stays in it.
     m_raw_data_file.open(raw_data_file_name, std::ios::binary | std::ios::app);
 }
@@ -58,6 +52,26 @@ void Async_NP_And_RHD_Demux::start_worker_threads() {
 
 void Async_NP_And_RHD_Demux::set_block_length(std::uint32_t super_frames) {
     m_row_splitter->set_block_length(super_frames);
+    set_queue_limits();
+}
+
+void Async_NP_And_RHD_Demux::set_transfer_length(std::uint32_t bytes) {
+    m_transfer_length = std::min<std::uint32_t>(bytes, transfer_buffer_capacity);
+    set_queue_limits();
+}
+
+void Async_NP_And_RHD_Demux::set_queue_memory(std::uint64_t bytes) {
+    m_queue_memory = bytes;
+    set_queue_limits();
+}
+
+void Async_NP_And_RHD_Demux::set_queue_limits() {
+    const Queue_Sizes sizes = queue_sizes(m_queue_memory, m_transfer_length, m_row_splitter->block_length());
+    m_main_demux_queue.set_limit(sizes.transfers);
+    for (const auto& worker : m_np_workers) {
+        worker->set_queue_limit(sizes.np_blocks);
+    }
+    m_rhd_worker->set_queue_limit(sizes.rhd_pieces);
 }
 
 void Async_NP_And_RHD_Demux::set_sample_listener(std::weak_ptr<I_Sample_Listener> listener, unsigned port) {
@@ -81,6 +95,7 @@ void Async_NP_And_RHD_Demux::run() {
         process_queue_element();
     }
     wait_worker_threads_end();
+    tell_losses();
     m_done.store(true);
 
     for (unsigned port = 0; port < np_port_count; ++port) {
@@ -90,9 +105,24 @@ void Async_NP_And_RHD_Demux::run() {
     LOG_F(INFO, "End of main demux thread");
 }
 
+void Async_NP_And_RHD_Demux::tell_losses() {
+    m_main_demux_queue.tell_loss();
+    m_row_splitter->tell_losses();
+    m_rhd_worker->tell_loss();
+}
+
 // The element stays in the queue while it is read, and for good when its processing throws.
 void Async_NP_And_RHD_Demux::process_queue_element() {
-    const Main_mux_transfer_buffer_wrapper& buffer = m_main_demux_queue.wait_front();
+    const Main_mux_transfer_buffer_wrapper& record = m_main_demux_queue.wait_front();
+    if (const auto loss = Transfer_Queue::loss_in(record)) [[unlikely]] {
+        m_row_splitter->skip(*loss);
+    } else {
+        process_record(record);
+    }
+    m_main_demux_queue.pop();
+}
+
+void Async_NP_And_RHD_Demux::process_record(const Main_mux_transfer_buffer_wrapper& buffer) {
     if (m_processed_packet_count == 0) {
         console::out("Elements in main demux queue: ", m_main_demux_queue.size(),
                      ", packet size : ", buffer.size, '\n');
@@ -104,7 +134,6 @@ void Async_NP_And_RHD_Demux::process_queue_element() {
     } else {
         process_transfer_buffer(buffer);
     }
-    m_main_demux_queue.pop();
 }
 
 void Async_NP_And_RHD_Demux::process_transfer_buffer(const Main_mux_transfer_buffer_wrapper& buffer) {
@@ -122,17 +151,11 @@ void Async_NP_And_RHD_Demux::process_transfer_buffer(const Main_mux_transfer_buf
 }
 
 void Async_NP_And_RHD_Demux::push_xfer_buffer_to_queue(const Main_mux_transfer_buffer_wrapper& buffer) {
-    report_high_water_mark(m_main_demux_queue.push_unbounded(buffer));
+    m_main_demux_queue.push(buffer);
 }
 
 void Async_NP_And_RHD_Demux::exchange_xfer_buffer(std::unique_ptr<Main_mux_transfer_buffer_wrapper>& buffer) {
-    report_high_water_mark(m_main_demux_queue.exchange_unbounded(buffer));
-}
-
-void Async_NP_And_RHD_Demux::report_high_water_mark(std::size_t count) {
-    if (main_demux_queue_high_water_mark.raise(static_cast<std::uint32_t>(count))) {
-        console::out("main_demux_queue_high_water_mark : ", count, '\n');
-    }
+    m_main_demux_queue.exchange(buffer);
 }
 
 void Async_NP_And_RHD_Demux::drop_front_xfer_buffer() {

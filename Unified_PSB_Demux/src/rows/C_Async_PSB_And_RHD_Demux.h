@@ -3,7 +3,6 @@
 // worker. The host's threads set it up and take it down.
 #pragma once
 
-#include "common/Block_Queue.h"
 #include "common/Export.h"
 #include "common/Relaxed.h"
 #include "probe/C_NP_Worker_Thread.h"
@@ -12,6 +11,7 @@
 #include "rhd/C_RHD_Worker_Thread.h"
 #include "rhd/I_RHD_Frame_Listener.h"
 #include "rows/Row_Splitter.h"
+#include "rows/Transfer_Queue.h"
 #include "wire/Main_mux_transfer_buffer_wrapper.h"
 
 #include <atomic>
@@ -40,6 +40,14 @@ public:
     // so many, instead of 1,792. 1 to 1,792; before `start_worker_threads`.
     void set_block_length(std::uint32_t super_frames);
 
+    // The most that is read into a transfer, 1 MiB unless it is said here, which the memory of the queue is
+    // reckoned from. Before `start_worker_threads`.
+    void set_transfer_length(std::uint32_t bytes);
+
+    // What the inner queues may hold together, instead of `default_queue_memory`. Before
+    // `start_worker_threads`.
+    void set_queue_memory(std::uint64_t bytes);
+
     // Announces each sample of a port (index 0..3) to the listener, which is held weakly, and takes that
     // port's super frames whole or not at all. Before `start_worker_threads`; std::out_of_range for another
     // port.
@@ -50,11 +58,12 @@ public:
     // transfer buffer of 1 to 15 bytes.
     void run();
 
-    // Queues a copy of the whole record. Pump thread; never blocks for long, never drops; allocates while the
-    // queue grows.
+    // Queues a copy of the whole record. Pump thread; never blocks for long; allocates while the queue grows.
+    // A queue that is full, because `run` has fallen behind by seconds, loses the record.
     void push_xfer_buffer_to_queue(const Main_mux_transfer_buffer_wrapper& buffer);
 
-    // The same with the record itself, for which the caller gets another one, whatever that holds.
+    // The same with the record itself, for which the caller gets another one, whatever that holds, or the
+    // same one back when it is lost.
     void exchange_xfer_buffer(std::unique_ptr<Main_mux_transfer_buffer_wrapper>& buffer);
 
     // Removes the transfer buffer that `run` left at the front of the queue when it threw. Call `run` again
@@ -95,16 +104,30 @@ public:
     std::uint32_t get_total_processed_SF_count() const;
     std::uint32_t get_total_processed_RHD_frame_count() const;
 
+    // What found no room in the main queue, in the queue of a port's worker and in that of the RHD worker,
+    // since construction. Any thread.
+    std::uint64_t get_lost_byte_count() const { return m_main_demux_queue.lost_bytes(); }
+
+    std::uint64_t get_lost_super_frame_count(unsigned port) const {
+        return m_row_splitter->lost_super_frames(port);
+    }
+
+    std::uint64_t get_lost_RHD_word_count() const { return m_rhd_worker->lost_words(); }
+
 private:
     void renew();
-    static void report_high_water_mark(std::size_t count);
+    void set_queue_limits();
+    void tell_losses();
     void process_queue_element();
+    void process_record(const Main_mux_transfer_buffer_wrapper& record);
     void process_transfer_buffer(const Main_mux_transfer_buffer_wrapper& buffer);
 
-    Block_Queue<Main_mux_transfer_buffer_wrapper> m_main_demux_queue;
+    Transfer_Queue m_main_demux_queue;
     NP_Workers m_np_workers;
     std::unique_ptr<C_RHD_Worker_Thread> m_rhd_worker;
     std::unique_ptr<Row_Splitter> m_row_splitter;
+    std::uint64_t m_queue_memory;
+    std::uint32_t m_transfer_length = transfer_buffer_capacity;
     Relaxed<bool> m_worker_threads_started{false};
     bool m_stop_requested = false;
     // Nothing is written into it.

@@ -6,6 +6,8 @@
 
 #include <algorithm>
 #include <cstring>
+#include <string>
+#include <utility>
 
 namespace Pelgar::ORBE::demux {
 
@@ -33,14 +35,6 @@ std::uint16_t header_after(unsigned stream, std::uint8_t last_counter) {
     return static_cast<std::uint16_t>(counter << counter_shift | mux_row::marker | stream);
 }
 
-unsigned stream_id_of(const std::uint8_t* row) {
-    return row[mux_row::marker_offset] & mux_row::stream_id_mask;
-}
-
-bool starts_super_frame(const std::uint8_t* row) {
-    return (row[mux_row::start_flag_offset] & mux_row::start_flag) != 0;
-}
-
 // Fourteen bytes, as two words of eight that overlap.
 void copy_payload(std::uint8_t* place, const std::uint8_t* row) {
     constexpr std::size_t second = mux_row::payload_length - sizeof(std::uint64_t);
@@ -59,6 +53,9 @@ Row_Splitter::Row_Splitter(NP_Workers& np_workers, C_RHD_Worker_Thread& rhd_work
         block = std::make_unique<NP_Block_Buffer>();
     }
     m_last_row_counter.fill(counter_before_first_row);
+    for (unsigned port = 0; port < np_port_count; ++port) {
+        m_np_losses[port].emplace("Queue of NP worker " + std::to_string(port), "super frames");
+    }
 }
 
 void Row_Splitter::set_block_length(std::uint32_t super_frames) {
@@ -70,6 +67,9 @@ void Row_Splitter::set_block_length(std::uint32_t super_frames) {
 // them. Such rows are taken in turns, everything else row by row.
 void Row_Splitter::split(const std::uint8_t* rows, std::size_t row_count) {
     m_rhd_rows_placed = 0;
+    if (std::exchange(m_is_behind_loss, false)) [[unlikely]] {
+        take_counters(rows, row_count);
+    }
     const std::uint8_t* const end = rows + row_count * mux_row::length;
     while (rows != end) {
         const auto left = static_cast<std::size_t>(end - rows) / mux_row::length;
@@ -112,7 +112,7 @@ Row_Splitter::Turn Row_Splitter::find_turn(const std::uint8_t* rows, std::size_t
     unsigned seen = 0;
     const std::size_t longest = std::min(row_count, turn.streams.size());
     while (turn.length < longest) {
-        const unsigned stream = stream_id_of(rows + turn.length * mux_row::length);
+        const unsigned stream = mux_row::stream_id_of(rows + turn.length * mux_row::length);
         const std::size_t room = room_of(stream);
         if ((seen >> stream & 1U) != 0 || room == 0) {
             break;
@@ -194,7 +194,7 @@ bool Row_Splitter::take_row(const std::uint8_t* row) {
     if (!mux_row::has_marker(row)) {
         return false;
     }
-    const unsigned stream = stream_id_of(row);
+    const unsigned stream = mux_row::stream_id_of(row);
     const std::uint8_t counter = row[mux_row::counter_offset];
     std::uint8_t& last_counter = m_last_row_counter[stream];
     if (static_cast<std::uint8_t>(last_counter + 1) != counter) {
@@ -216,9 +216,10 @@ void Row_Splitter::take_np_row(unsigned port, const std::uint8_t* row) {
     if (m_np_blocks[port]->fill == m_block_length) {
         hand_over_block(port);
     }
-    if (m_np_blocks[port]->fill != 0 || starts_super_frame(row)) {
+    if (m_np_blocks[port]->fill != 0 || mux_row::starts_super_frame(row)) {
         append_payload(port, row);
-    } else {
+        m_is_rejoining[port] = false;
+    } else if (!m_is_rejoining[port]) {
         anomaly::row_discarded(port);
     }
 }
@@ -229,10 +230,59 @@ void Row_Splitter::append_payload(unsigned stream, const std::uint8_t* row) {
 }
 
 void Row_Splitter::hand_over_block(unsigned port) {
+    if (!m_np_workers[port]->has_room()) [[unlikely]] {
+        drop_block(port);
+        return;
+    }
     const auto count = static_cast<std::uint32_t>(m_np_workers[port]->exchange_block(m_np_blocks[port]));
     m_np_blocks[port]->fill = 0;
+    m_np_blocks[port]->lost_before = 0;
     if (np_queue_high_water_mark[port].raise(count)) {
         console::out("NP worker ", port, " element count high_water_mark : ", count, '\n');
+    }
+}
+
+// The next row begins a super frame, as it does behind a block that is handed over.
+void Row_Splitter::drop_block(unsigned port) {
+    NP_Block_Buffer& block = *m_np_blocks[port];
+    const auto super_frames = static_cast<std::uint32_t>(block.fill / psb::bytes_per_super_frame);
+    m_np_losses[port]->count(super_frames);
+    block.lost_before += super_frames;
+    block.fill = 0;
+}
+
+// A port's last super frame of which a part is lost is lost whole, and what is left of it behind the loss is
+// not taken. Whole ones go to the worker at once, so that no block holds rows from both sides.
+void Row_Splitter::skip(const Stream_Loss& loss) {
+    for (unsigned port = 0; port < np_port_count; ++port) {
+        const std::uint32_t part = m_np_blocks[port]->fill % psb::bytes_per_super_frame;
+        m_np_blocks[port]->fill -= part;
+        if (m_np_blocks[port]->fill != 0) {
+            hand_over_block(port);
+        }
+        m_np_blocks[port]->lost_before += loss.super_frames[port] + (part != 0 ? 1U : 0U);
+    }
+    m_is_rejoining.fill(true);
+    m_rhd_worker.note_loss();
+    m_is_behind_loss = true;
+}
+
+// Takes the counters of the streams as they come: it is known that rows are missing in front of these.
+void Row_Splitter::take_counters(const std::uint8_t* rows, std::size_t row_count) {
+    unsigned seen = 0;
+    const std::uint8_t* const end = rows + row_count * mux_row::length;
+    for (; rows != end && mux_row::has_marker(rows); rows += mux_row::length) {
+        const unsigned stream = mux_row::stream_id_of(rows);
+        if ((seen >> stream & 1U) == 0) {
+            seen |= 1U << stream;
+            m_last_row_counter[stream] = static_cast<std::uint8_t>(rows[mux_row::counter_offset] - 1U);
+        }
+    }
+}
+
+void Row_Splitter::tell_losses() {
+    for (auto& loss : m_np_losses) {
+        loss->tell_rest();
     }
 }
 

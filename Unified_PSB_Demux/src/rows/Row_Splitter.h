@@ -5,6 +5,8 @@
 
 #include "probe/C_NP_Worker_Thread.h"
 #include "rhd/C_RHD_Worker_Thread.h"
+#include "rows/Stream_Loss.h"
+#include "wire/Loss_Report.h"
 #include "wire/Mux_Row_Format.h"
 #include "wire/NP_Block_Buffer.h"
 
@@ -12,6 +14,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <optional>
 
 namespace Pelgar::ORBE::demux {
 
@@ -25,8 +28,21 @@ public:
     // Hands a block over when it has so many super frames, 1 to 1,792. Before the first row.
     void set_block_length(std::uint32_t super_frames);
 
+    // In bytes.
+    std::size_t block_length() const { return m_block_length; }
+
     // Goes through the rows of one transfer, up to the first one without a marker.
     void split(const std::uint8_t* rows, std::size_t row_count);
+
+    // Transfers are missing between the last one and the next. The streams are cut there, and each goes on
+    // with its first whole super frame or RHD frame behind the loss.
+    void skip(const Stream_Loss& loss);
+
+    // Super frames that the port's worker had no room for. Any thread.
+    std::uint64_t lost_super_frames(unsigned port) const { return m_np_losses[port]->total(); }
+
+    // Tells what was lost and not told yet.
+    void tell_losses();
 
     // Forgets the rows that do not fill a block yet.
     void drop_unfinished_blocks();
@@ -57,6 +73,8 @@ private:
     void take_np_row(unsigned port, const std::uint8_t* row);
     void append_payload(unsigned stream, const std::uint8_t* row);
     void hand_over_block(unsigned port);
+    void drop_block(unsigned port);
+    void take_counters(const std::uint8_t* rows, std::size_t row_count);
     void hand_over_rhd_words();
 
     NP_Workers& m_np_workers;
@@ -70,6 +88,10 @@ private:
     std::array<std::uint32_t, np_port_count> m_np_rows{};
     std::uint32_t m_rhd_rows = 0;
     std::uint32_t m_total_row_index = 0;
+    bool m_is_behind_loss = false;
+    // The ports that have not begun a super frame since a loss.
+    std::array<bool, np_port_count> m_is_rejoining{};
+    std::array<std::optional<Loss_Report>, np_port_count> m_np_losses;
 };
 
 } // namespace Pelgar::ORBE::demux

@@ -24,6 +24,10 @@ inline bool has_marker(const std::uint8_t* row) {
     return (row[marker_offset] & marker_mask) == marker;
 }
 
+inline unsigned stream_id_of(const std::uint8_t* row) {
+    return row[marker_offset] & stream_id_mask;
+}
+
 // Byte 1: row counter of the stream, modulo 256.
 inline constexpr std::size_t counter_offset = 1;
 
@@ -35,6 +39,10 @@ inline constexpr std::size_t payload_length = payload_words * sizeof(std::uint16
 // The super-frame start flag of a probe row as it lies in the upper byte of the first payload word.
 inline constexpr std::size_t start_flag_offset = payload_offset + 1;
 inline constexpr std::uint8_t start_flag = psb::super_frame_start >> 8;
+
+inline bool starts_super_frame(const std::uint8_t* row) {
+    return (row[start_flag_offset] & start_flag) != 0;
+}
 
 static_assert(payload_offset + payload_length == length);
 static_assert(payload_length == psb::bytes_per_row);

@@ -83,6 +83,29 @@ TEST_F(C_NP_Worker_Thread_Test, DecodesTheFilledPartOfEveryBlockInOrder) {
     }
 }
 
+TEST_F(C_NP_Worker_Thread_Test, TellsTheStageWhatIsMissingInFrontOfABlock) {
+    m_worker->push_block(*block_of(numbered_super_frames(0, 2)));
+    const auto behind_loss = block_of(numbered_super_frames(13 * 1000, 1));
+    behind_loss->lost_before = 998;
+    m_worker->push_block(*behind_loss);
+    m_worker->push_block(*block_of(numbered_super_frames(13 * 1001, 1)));
+    run();
+    EXPECT_EQ(m_stage->frames.size(), 52U);
+    EXPECT_EQ(m_stage->skips, (std::vector<Recording_L1_Stage::Skip>{{26, 998}}));
+}
+
+TEST_F(C_NP_Worker_Thread_Test, HasRoomUpToTheLimitOfItsQueueAndAgainWhenThatIsHalfEmpty) {
+    m_worker->set_queue_limit(2);
+    const auto block = block_of(numbered_super_frames(0, 1));
+    for (int i = 0; i < 2; ++i) {
+        EXPECT_TRUE(m_worker->has_room());
+        m_worker->push_block(*block);
+    }
+    EXPECT_FALSE(m_worker->has_room());
+    run();
+    EXPECT_TRUE(m_worker->has_room());
+}
+
 TEST_F(C_NP_Worker_Thread_Test, PushKeepsACopy) {
     const auto block = block_of(numbered_super_frames(0, 1));
     m_worker->push_block(*block);

@@ -28,7 +28,17 @@ public:
 
     void reset_and_resync_counters() override { ++resync_count; }
 
+    void skip_super_frames(std::uint32_t count) override { skips.push_back({frames.size(), count}); }
+
+    struct Skip {
+        std::size_t behind_frames;
+        std::uint32_t super_frames;
+
+        bool operator==(const Skip&) const = default;
+    };
+
     std::vector<Adc_Frame> frames;
+    std::vector<Skip> skips;
     int resync_count = 0;
 };
 
