@@ -18,8 +18,9 @@ else()
         $<$<BOOL:${ORBE_WARNINGS_AS_ERRORS}>:-Werror>
         # GCC 12 sees overlapping copies in inlined string concatenation where there are none.
         $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>
-        # Log lines name the source file as it lies in the project, wherever it was built.
-        -ffile-prefix-map=${PROJECT_SOURCE_DIR}/=)
+        # Log lines name the source file as it lies in the project, wherever it was built; the folder of the build
+        # leaves no trace either.
+        -ffile-prefix-map=${PROJECT_SOURCE_DIR}/= -ffile-prefix-map=${PROJECT_BINARY_DIR}/=build/)
 endif()
 
 if(WIN32)
