@@ -72,5 +72,24 @@ else()
     set(orbe_doc_dir ${CMAKE_INSTALL_DATAROOTDIR}/doc/neuropixapi-orbe)
     include(Install_Python)
 endif()
+
+# The bill of materials, one for all parts, made when they are installed.
+set(orbe_sbom ${PROJECT_BINARY_DIR}/sbom.spdx.json)
+if(WIN32)
+    set(orbe_sbom_uses windows programs)
+else()
+    set(orbe_sbom_uses linux programs bench)
+endif()
+foreach(component IN ITEMS Runtime Development Benchmark)
+    install(CODE "
+        set(TABLE [[${PROJECT_SOURCE_DIR}/docs/dependencies.md]])
+        set(VERSION ${PROJECT_VERSION})
+        set(USES ${orbe_sbom_uses})
+        set(OUTPUT [[${orbe_sbom}]])
+        include([[${PROJECT_SOURCE_DIR}/cmake/Write_Sbom.cmake]])"
+        COMPONENT ${component})
+endforeach()
+install(FILES ${orbe_sbom} DESTINATION ${orbe_doc_dir} COMPONENT Runtime)
+
 install(FILES ${PROJECT_SOURCE_DIR}/README.md DESTINATION ${orbe_doc_dir} COMPONENT Runtime)
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs DESTINATION ${orbe_doc_dir} COMPONENT Runtime)

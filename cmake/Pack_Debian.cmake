@@ -41,7 +41,7 @@ set(CPACK_DEBIAN_PYTHON_PACKAGE_RECOMMENDS python3-matplotlib)
 set(CPACK_COMPONENT_PYTHON_DESCRIPTION
     "The box and its recordings in Python: live samples, recorded folders, raw files, pictures.")
 
-# What Debian wants to know of each package: what is in it and on which terms.
+# What Debian wants to know of each package: what is in it and on which terms. The bill of materials lies beside it.
 set(orbe_copyright ${PROJECT_BINARY_DIR}/copyright)
 file(READ ${PROJECT_SOURCE_DIR}/packaging/debian/copyright orbe_copyright_text)
 foreach(orbe_headers IN ITEMS libcli11-dev nlohmann-json3-dev)
@@ -56,7 +56,7 @@ endforeach()
 file(WRITE ${orbe_copyright} "${orbe_copyright_text}")
 foreach(component IN LISTS CPACK_COMPONENTS_ALL)
     string(TOUPPER ${component} COMPONENT)
-    install(FILES ${orbe_copyright}
+    install(FILES ${orbe_copyright} ${orbe_sbom}
         DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/doc/${CPACK_DEBIAN_${COMPONENT}_PACKAGE_NAME}
         COMPONENT ${component})
 endforeach()

@@ -63,16 +63,20 @@ set(runtime_files
     usr/lib/libNeuropixAPI.so usr/lib/libNeuropixAPI.so.3 usr/lib/libNeuropixAPI.so.3.*.*
     usr/bin/orbe-box usr/bin/orbe-play usr/bin/orbe-record usr/bin/orbe-recording
     usr/share/doc/neuropixapi-orbe/README.md usr/share/doc/neuropixapi-orbe/docs/api-functions.md
-    usr/share/doc/libneuropixapi-orbe3/copyright)
+    usr/share/doc/neuropixapi-orbe/sbom.spdx.json
+    usr/share/doc/libneuropixapi-orbe3/copyright usr/share/doc/libneuropixapi-orbe3/sbom.spdx.json)
 set(development_files
     usr/include/NeuropixAPI.h usr/include/NeuropixAPI_C.h usr/include/NeuropixAPI_plain.h
     usr/include/NeuropixAPI_Functions.inc
     usr/lib/pkgconfig/NeuropixAPI.pc usr/lib/cmake/NeuropixAPI/NeuropixAPIConfig.cmake
-    usr/share/doc/libneuropixapi-orbe-dev/copyright)
-set(bench_files usr/bin/orbe-bench usr/share/doc/neuropixapi-orbe-bench/copyright)
+    usr/share/doc/libneuropixapi-orbe-dev/copyright usr/share/doc/libneuropixapi-orbe-dev/sbom.spdx.json)
+set(bench_files
+    usr/bin/orbe-bench
+    usr/share/doc/neuropixapi-orbe-bench/copyright usr/share/doc/neuropixapi-orbe-bench/sbom.spdx.json)
 set(python_files
     usr/bin/orbe usr/lib/python3/dist-packages/orbe/__init__.py usr/lib/python3/dist-packages/orbe/py.typed
-    usr/lib/python3/dist-packages/orbe/plot/overview.py usr/share/doc/python3-orbe/copyright)
+    usr/lib/python3/dist-packages/orbe/plot/overview.py
+    usr/share/doc/python3-orbe/copyright usr/share/doc/python3-orbe/sbom.spdx.json)
 foreach(part runtime development bench python)
     foreach(other runtime development bench python)
         if(part STREQUAL other)
@@ -87,12 +91,14 @@ endforeach()
 file(GLOB programs ${OUTPUT}/runtime/usr/bin/* ${OUTPUT}/runtime/usr/lib/libNeuropixAPI.so.3.*)
 foreach(program IN LISTS programs)
     execute_process(COMMAND ${READELF} -d ${program} OUTPUT_VARIABLE text COMMAND_ERROR_IS_FATAL ANY)
-    string(REGEX MATCHALL "Shared library: \\[[^]]*" libraries "${text}")
+    # A bracket that is open would keep a list together.
+    string(REPLACE "[" "" text "${text}")
+    string(REGEX MATCHALL "Shared library: [^]]*" libraries "${text}")
     if(NOT libraries)
         message(FATAL_ERROR "${program} needs no library at all?")
     endif()
     foreach(library IN LISTS libraries)
-        string(REGEX REPLACE "^.*\\[" "" library "${library}")
+        string(REPLACE "Shared library: " "" library "${library}")
         if(NOT library MATCHES "^(libc|libm|libgcc_s|libstdc\\+\\+|libNeuropixAPI|ld-linux-x86-64)\\.so\\.[0-9]+$")
             message(FATAL_ERROR "${program} needs ${library}")
         endif()
