@@ -28,7 +28,7 @@ class Raw_Decoder {
 public:
     // Packets that the queues of a probe and of the ADC inputs hold. Those of four probes fit into a
     // processor's cache.
-    static constexpr std::size_t probe_queue_length = 512;
+    static constexpr std::size_t probe_queue_length = 2048;
     static constexpr std::size_t adc_queue_length = npoe_adapter::ADC_Stream::capacity;
 
     // The most bytes to decode before the next look at `is_enough`.

@@ -18,8 +18,10 @@ namespace Pelgar::ORBE::recorder {
 
 namespace {
 
-// Decoded between two waits, which cost a change of threads for every stream.
-constexpr std::size_t pieces_at_once = 16;
+// Decoded between two waits, which cost a change of threads for every stream. With an end in sight it is
+// less, so that the end is not overrun by much.
+constexpr std::size_t pieces_at_once = 64;
+constexpr std::size_t pieces_at_once_before_end = 8;
 // So much of a queue may be full before more is decoded.
 constexpr std::size_t packets_left = Raw_Decoder::probe_queue_length / 2;
 constexpr std::size_t adc_packets_left = Raw_Decoder::adc_queue_length / 2;
@@ -107,9 +109,10 @@ bool write_packets(const Export_Source& source, A_Recording_Writer& writer,
     if (source.description.adc) {
         drains.push_back(std::make_unique<Stream_Drain>(adc_drain(decoder.adc_stream(), writer)));
     }
-    // With an end in sight nothing is put off, so that it is not overrun.
+    const bool has_end = source.description.end_sample.has_value();
+    const std::size_t most_pieces = has_end ? pieces_at_once_before_end : pieces_at_once;
     const auto left = [&](std::size_t drain) {
-        if (source.description.end_sample) {
+        if (has_end) {
             return std::size_t{0};
         }
         return drain < source.description.probes.size() ? packets_left : adc_packets_left;
@@ -119,7 +122,7 @@ bool write_packets(const Export_Source& source, A_Recording_Writer& writer,
     bool is_wanted = true;
     auto piece = file.next();
     while (!piece.empty() && is_wanted && !is_complete(writer, source.description)) {
-        for (std::size_t pieces = 0; pieces < pieces_at_once && !piece.empty() && !decoder.is_enough();
+        for (std::size_t pieces = 0; pieces < most_pieces && !piece.empty() && !decoder.is_enough();
              ++pieces) {
             bytes += piece.size();
             decoder.decode(piece);
