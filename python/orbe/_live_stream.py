@@ -47,21 +47,20 @@ class LiveStream(ABC, Generic[Block]):
 
     @abstractmethod
     def _take(self, wanted: int, wait: _Wait) -> Optional[Block]:
-        """So many packets, or what came until `wait` was over; None for none."""
+        """So many packets, or what came until `wait` had ended; None for none."""
 
     def read(self, seconds: Optional[float] = None, timeout: float = DEFAULT_TIMEOUT) -> Optional[Block]:
         """The next samples.
 
         Args:
             seconds: waits for so much; without it, answers at once with what is there.
-            timeout: s for which the stream may bring nothing. A recording that is played is over then, and the rest
-                of it is answered.
+            timeout: s for which the stream may bring nothing; what came until then is answered.
 
         Returns:
-            A block; None when nothing is there, or nothing comes any more.
+            A block; None when nothing is there, or a recording that is played is over.
 
         Raises:
-            StreamStalled: the box brings nothing.
+            StreamStalled: the box has brought nothing at all.
             ValueError: longer than a minute, which would take much memory: read less at a time.
         """
         if seconds is None:
@@ -70,7 +69,7 @@ class LiveStream(ABC, Generic[Block]):
             raise ValueError(f"a block has up to {_LONGEST_BLOCK_SECONDS:g} s, and not {seconds:g}")
         wait = _Wait(timeout)
         block = self._take(max(1, round(seconds * self._packet_rate)), wait)
-        if wait.is_over and not self._is_simulated:
+        if block is None and not self._is_simulated:
             raise StreamStalled(f"{self._name} has brought nothing for {timeout:g} s")
         return block
 
@@ -98,21 +97,19 @@ class LiveStream(ABC, Generic[Block]):
 
 
 class _Wait:
-    """Patience with a stream: over when nothing has come for so long."""
+    """Patience with a stream, which ends when nothing has come for so long."""
 
     def __init__(self, timeout: float) -> None:
         self._timeout = timeout
         self._deadline = time.monotonic() + timeout
-        self.is_over = False
 
     def goes_on(self, has_come: bool) -> bool:
-        """Sleeps a little, unless something has come; false when it is over."""
+        """Sleeps a little, unless something has come; false when it has ended."""
         now = time.monotonic()
         if has_come:
             self._deadline = now + self._timeout
             return True
         if now >= self._deadline:
-            self.is_over = True
             return False
         time.sleep(_POLL_SECONDS)
         return True
