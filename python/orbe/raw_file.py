@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+from dataclasses import replace
 from pathlib import Path
 from typing import Callable, Optional, Union
 
@@ -41,7 +42,8 @@ class RawFile(Recording):
         self._index = RawIndex(rows)
         self._row_count = len(rows)
         found = description or read_description(self._path.parent)
-        described = found or Description.of_unknown(tuple(self._index.probes))
+        # The file begins with the stream, wherever the packets of the program that recorded it began.
+        described = replace(found or Description.of_unknown(tuple(self._index.probes)), first_sample=0)
         super().__init__(self._path, "raw", described, self._make_streams(described))
         self._is_described = found is not None
 

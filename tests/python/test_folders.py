@@ -73,7 +73,8 @@ def test_a_part_of_a_recording_keeps_its_time_and_channels(recordings, tmp_path,
         channels = [*range(8, 16), 100]
         assert np.array_equal(stream.counts(), orbe.load(path)["probe3.ap"].counts(first, last + 1, channels))
         lfp = folder["probe3.lfp"]
-        assert np.array_equal(lfp.counts(), orbe.load(path)["probe3.lfp"].counts(first // 12, (last + 1) // 12, channels))
+        expected = orbe.load(path)["probe3.lfp"].counts(first // 12, (last + 1) // 12, channels)
+        assert np.array_equal(lfp.counts(), expected)
         assert np.array_equal(lfp.sync(), stream.sync()[::12])
 
 
@@ -83,7 +84,7 @@ def test_a_raw_file_in_a_folder_has_its_description(recordings, tmp_path):
     description = json.loads((folder / "orbe_recording.json").read_text())
     raw = tmp_path / "raw"
     raw.mkdir()
-    (raw / "orbe_recording.json").write_text(json.dumps({**description, "format": "raw"}))
+    (raw / "orbe_recording.json").write_text(json.dumps({**description, "format": "raw", "first_sample": 240}))
     with pytest.raises(orbe.RecordingError, match="raw_data.bin' cannot be read: No such file"):
         orbe.load(raw)
     shutil.copy(path, raw / "raw_data.bin")
@@ -91,6 +92,7 @@ def test_a_raw_file_in_a_folder_has_its_description(recordings, tmp_path):
         assert recording.format == "raw" and recording.is_described
         assert recording["probe1.lfp"].info.gains[0] == 125
         assert recording["probe1.ap"].info.electrodes[191] == -1
+        assert [stream.info.start_seconds for stream in recording] == [0.0] * 5
     assert not orbe.load(path).is_described
 
 
