@@ -43,12 +43,25 @@ def test_the_examples_of_the_page_about_python_run(capsys: pytest.CaptureFixture
         assert (tmp_path / picture).stat().st_size > 10_000
 
 
-def test_the_example_of_the_readme_runs(capsys: pytest.CaptureFixture[str], tmp_path: Path) -> None:
+@pytest.fixture
+def checkout(tmp_path: Path) -> Path:
+    """A folder that looks like a checkout that has been built."""
     (tmp_path / "python").symlink_to(SOURCES / "python")
     (tmp_path / "build").mkdir()
     (tmp_path / "build/release").symlink_to(BUILD)
+    return tmp_path
+
+
+def test_the_example_of_the_readme_runs(capsys: pytest.CaptureFixture[str], checkout: Path) -> None:
     examples = examples_of(SOURCES / "README.md", "### Python")
     assert [language for language, _ in examples] == ["sh", "python"]
     run_all(examples)
-    assert (tmp_path / "spikes.png").stat().st_size > 10_000
+    assert (checkout / "spikes.png").stat().st_size > 10_000
     assert "0.5 s: " in capsys.readouterr().out
+
+
+def test_the_readme_gets_from_the_box_to_a_picture(checkout: Path) -> None:
+    examples = examples_of(SOURCES / "README.md", "### From the box to a picture")
+    assert len(examples) == 1
+    run_all(examples)
+    assert (checkout / "monday.png").stat().st_size > 10_000
