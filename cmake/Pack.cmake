@@ -7,11 +7,9 @@ set(CPACK_PACKAGE_CONTACT "The ORBE project")
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "${PROJECT_DESCRIPTION}")
 set(CPACK_STRIP_FILES ON)
 
-# The same sources make the same packages, whoever packs them, where and when.
+# The same sources make the same packages, wherever and whenever they are packed.
 configure_file(${PROJECT_SOURCE_DIR}/cmake/Pack_Time.cmake.in ${PROJECT_BINARY_DIR}/Pack_Time.cmake @ONLY)
 set(CPACK_PROJECT_CONFIG_FILE ${PROJECT_BINARY_DIR}/Pack_Time.cmake)
-set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
-    OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
 if(WIN32)
     set(CPACK_GENERATOR ZIP)
 else()

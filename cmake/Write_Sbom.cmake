@@ -4,7 +4,7 @@
 #
 # In:  TABLE     docs/dependencies.md
 #      VERSION   of the library
-#      USES      of the table: linux, windows, programs, bench
+#      USES      of the table: linux, windows, programs, bench, python
 #      OUTPUT    the file
 cmake_minimum_required(VERSION 3.25)
 include(${CMAKE_CURRENT_LIST_DIR}/Dependency_Table.cmake)
@@ -51,7 +51,7 @@ foreach(row RANGE 1 ${count})
         endif()
     endif()
     string(REGEX REPLACE "[^A-Za-z0-9.-]" "-" id ${package})
-    if(use MATCHES "^(linux|bench)$")
+    if(use MATCHES "^(linux|bench|python)$")
         set(kind DYNAMIC_LINK)
         set(comment "Debian package ${package}, loaded at run time")
     else()

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # reproducible.sh [--room ROOM] [PRESET]: builds the sources of this folder as they are twice, in folders of different
-# names, at different times, in different time zones and with different default permissions, packs both, and compares the
-# packages byte for byte. With --room only the objects of that room are built and compared, which takes seconds. The
+# names, at different times and in different time zones, packs both, and compares the packages byte for byte. Folders in
+# a package have the default permissions of who packs, 022 here. With --room only the objects of that room are built and compared, which takes seconds. The
 # preset is demo unless another one is named; tests and benchmarks are left out. Exits with 0 when all is the same.
 set -euo pipefail
 
@@ -13,6 +13,7 @@ if [ "${1:-}" = --room ]; then
 fi
 preset=${1:-demo}
 export CCACHE_DISABLE=1
+umask 022
 folder=$(mktemp -d)
 trap 'rm -rf "$folder"' EXIT
 log=$folder/log
@@ -52,13 +53,11 @@ make() {
 }
 
 (
-    umask 022
     export TZ=UTC LC_ALL=C
     make one
 )
 [ -n "$room" ] || sleep 2
 (
-    umask 027
     export TZ=Asia/Kathmandu LC_ALL=C.UTF-8
     make the/other/one-with-a-long-name
 )

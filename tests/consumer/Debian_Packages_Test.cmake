@@ -75,8 +75,8 @@ set(bench_files
     usr/share/doc/neuropixapi-orbe-bench/copyright usr/share/doc/neuropixapi-orbe-bench/sbom.spdx.json)
 set(python_files
     usr/bin/orbe usr/lib/python3/dist-packages/orbe/__init__.py usr/lib/python3/dist-packages/orbe/py.typed
-    usr/lib/python3/dist-packages/orbe/plot/overview.py
-    usr/share/doc/python3-orbe/copyright usr/share/doc/python3-orbe/sbom.spdx.json)
+    usr/lib/python3/dist-packages/orbe/plot/overview.py usr/share/doc/python3-orbe/copyright
+    usr/share/doc/python3-orbe/sbom.spdx.json)
 foreach(part runtime development bench python)
     foreach(other runtime development bench python)
         if(part STREQUAL other)

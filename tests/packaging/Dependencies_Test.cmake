@@ -24,7 +24,7 @@ endif()
 foreach(row RANGE 1 ${count})
     orbe_dependency(${row} name version licence use package loaded_as reason)
     list(APPEND packages ${package})
-    if(NOT use MATCHES "^(linux|windows|programs|bench|build|tests)$")
+    if(NOT use MATCHES "^(linux|windows|programs|bench|python|build|tests)$")
         complain("${name}: unknown use \"${use}\"")
     endif()
     if(NOT licence MATCHES "^[A-Z][A-Za-z0-9. -]+$" OR NOT reason)
@@ -93,7 +93,7 @@ foreach(time IN ITEMS once again)
         COMMAND ${CMAKE_COMMAND}
             -DTABLE=${SOURCE_DIR}/docs/dependencies.md
             -DVERSION=1.2.3
-            "-DUSES=linux;windows;programs;bench"
+            "-DUSES=linux;windows;programs;bench;python"
             -DOUTPUT=${SBOM}.${time}
             -P ${SOURCE_DIR}/cmake/Write_Sbom.cmake
         COMMAND_ERROR_IS_FATAL ANY)
@@ -111,7 +111,7 @@ string(JSON related LENGTH "${once}" relationships)
 set(shipped 1)
 foreach(row RANGE 1 ${count})
     orbe_dependency(${row} name version licence use package)
-    if(use MATCHES "^(linux|windows|programs|bench)$")
+    if(use MATCHES "^(linux|windows|programs|bench|python)$")
         string(JSON entry_name GET "${once}" packages ${shipped} name)
         string(JSON entry_licence GET "${once}" packages ${shipped} licenseDeclared)
         string(JSON entry_version GET "${once}" packages ${shipped} versionInfo)

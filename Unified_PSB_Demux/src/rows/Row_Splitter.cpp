@@ -1,5 +1,6 @@
 #include "rows/Row_Splitter.h"
 
+#include "common/Checked_Index.h"
 #include "common/Console.h"
 #include "rows/High_Water_Mark.h"
 #include "wire/Stream_Anomalies.h"
@@ -278,6 +279,10 @@ void Row_Splitter::take_counters(const std::uint8_t* rows, std::size_t row_count
             m_last_row_counter[stream] = static_cast<std::uint8_t>(rows[mux_row::counter_offset] - 1U);
         }
     }
+}
+
+std::uint64_t Row_Splitter::lost_super_frames(unsigned port) const {
+    return checked_at(m_np_losses, port)->total();
 }
 
 void Row_Splitter::tell_losses() {

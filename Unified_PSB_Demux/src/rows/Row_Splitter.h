@@ -38,8 +38,8 @@ public:
     // with its first whole super frame or RHD frame behind the loss.
     void skip(const Stream_Loss& loss);
 
-    // Super frames that the port's worker had no room for. Any thread.
-    std::uint64_t lost_super_frames(unsigned port) const { return m_np_losses[port]->total(); }
+    // Super frames that the port's worker had no room for. Any thread; std::out_of_range for another port.
+    std::uint64_t lost_super_frames(unsigned port) const;
 
     // Tells what was lost and not told yet.
     void tell_losses();
