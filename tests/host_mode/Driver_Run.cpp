@@ -22,7 +22,7 @@ namespace {
 
 using namespace Neuropixels;
 
-constexpr std::uint64_t super_frames = 1500;
+constexpr std::uint64_t super_frames = 900;
 // What stays behind in buffers that the stream's end does not fill.
 constexpr std::uint64_t left_behind = 240;
 constexpr std::uint64_t least_packets = (super_frames - left_behind) / 12;
