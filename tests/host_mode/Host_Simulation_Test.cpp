@@ -152,6 +152,7 @@ TEST_F(Host_Simulation, EndOfTheRecordingReadsAsNothing) {
 TEST_F(Host_Simulation, TriggerAfterTheEndPlaysFromTheBeginning) {
     select_host_mode("usb");
     play({1}, 3000);
+    ASSERT_EQ(mapBS(1, 20), SUCCESS);
     ASSERT_EQ(openBS(20), SUCCESS);
     for (int run = 0; run < 2; ++run) {
         ASSERT_EQ(setSWTrigger(20), SUCCESS);
@@ -170,6 +171,7 @@ TEST_F(Host_Simulation, PortsThatTheDeviceHasNotCostNothingToWrite) {
     constexpr std::uint64_t super_frames = 3000;
     select_host_mode("usb");
     play({1, 2, 3, 4}, super_frames);
+    ASSERT_EQ(mapBS(1, 20), SUCCESS);
     const Printed printed = printed_by([] {
         ASSERT_EQ(openBS(20), SUCCESS);
         ASSERT_EQ(setSWTrigger(20), SUCCESS);
