@@ -12,6 +12,7 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <cstdint>
 #include <filesystem>
 #include <memory>
 #include <mutex>
@@ -58,8 +59,9 @@ protected:
             m_sent.clear();
         }
         start(m_slot);
-        m_box->stream().set_limit(m_box->stream().ticks() + 3000);
-        while (!m_box->stream().is_held_back()) {
+        const std::uint64_t limit = m_box->stream().ticks() + 3000;
+        m_box->stream().set_limit(limit);
+        while (m_box->stream().ticks() < limit || !m_box->stream().is_held_back()) {
             std::this_thread::sleep_for(std::chrono::milliseconds(1));
         }
         stop(m_slot);
