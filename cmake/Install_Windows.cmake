@@ -16,7 +16,14 @@ install(FILES ${PROJECT_BINARY_DIR}/LICENSES.txt DESTINATION licenses)
 if(MINGW)
     set(ORBE_LICENSE_DIR /usr/share CACHE PATH
         "Where the licences of the compiler's libraries lie, in the folders of Debian")
+    set(orbe_view_licenses)
+    if(ORBE_BUILD_TOOLS AND ORBE_BUILD_VIEW)
+        # Boost's package has its version in its name.
+        file(GLOB orbe_boost_license RELATIVE ${ORBE_LICENSE_DIR} ${ORBE_LICENSE_DIR}/doc/libboost1.*-dev/copyright)
+        set(orbe_view_licenses boost.txt:${orbe_boost_license})
+    endif()
     foreach(license IN ITEMS
+            ${orbe_view_licenses}
             gcc.txt:doc/gcc-mingw-w64-base/copyright
             gpl-3.txt:common-licenses/GPL-3
             mingw-w64.txt:doc/mingw-w64-x86-64-dev/copyright

@@ -53,6 +53,20 @@ foreach(orbe_headers IN ITEMS libcli11-dev nlohmann-json3-dev)
         message(WARNING "The Debian packages will lack terms: there is no ${orbe_headers_copyright}")
     endif()
 endforeach()
+if(ORBE_BUILD_TOOLS AND ORBE_BUILD_VIEW)
+    # orbe-view contains more than the other programs. Boost's package has its version in its name.
+    file(GLOB orbe_boost_copyright /usr/share/doc/libboost1.*-dev/copyright)
+    string(APPEND orbe_copyright_text "
+orbe-view also contains parts of Boost (Boost Software License), of which the Debian package says:
+
+")
+    foreach(orbe_terms IN LISTS orbe_boost_copyright)
+        file(READ ${orbe_terms} orbe_terms_text)
+        string(APPEND orbe_copyright_text "${orbe_terms_text}")
+    endforeach()
+    file(READ ${PROJECT_SOURCE_DIR}/tools/orbe_view/page/node_modules/uplot/LICENSE orbe_terms_text)
+    string(APPEND orbe_copyright_text "\nand uPlot, on these terms:\n\n${orbe_terms_text}")
+endif()
 file(WRITE ${orbe_copyright} "${orbe_copyright_text}")
 foreach(component IN LISTS CPACK_COMPONENTS_ALL)
     string(TOUPPER ${component} COMPONENT)

@@ -25,6 +25,11 @@ python3-numpy               tests   what the Python package is made of, and what
 python3-matplotlib          tests   pictures of the Python package
 python3-pytest              tests   tests of the Python package
 mypy                        tests   looks whether its type hints are right
+libboost-dev                view    web server of orbe-view, of which the headers are taken
+npm                         view    takes what the page of orbe-view is made of, by its sum
+chromium                    browser shows the page of orbe-view to its tests
+chromium-driver             browser lets them use it
+python3-selenium            browser what they say that in
 libvtk9-dev                 loguru  loguru, which Debian ships as part of VTK
 g++-mingw-w64-x86-64-posix  windows compiler, in the flavour whose standard library has threads
 googletest                  windows the sources of GoogleTest, which the tests are built with
@@ -47,18 +52,42 @@ fail() {
 needs_of() {
     case $1 in
     demo) echo build ;;
-    release | debug | tsan) echo build tests ;;
-    asan) echo build tests loguru ;;
-    windows) echo build windows ;;
+    release) echo build tests view browser ;;
+    debug | tsan) echo build tests view ;;
+    asan) echo build tests view loguru ;;
+    windows) echo build view windows ;;
     fuzz) echo build tests fuzz ;;
-    tidy) echo build tests tidy ;;
+    tidy) echo build tests view tidy ;;
     format) echo format ;;
     *) fail "unknown use: $1 (demo, release, debug, asan, tsan, windows, fuzz, tidy or format)" ;;
     esac
 }
 
+# npm also comes with packages of Node.js that are not Debian's.
 is_installed() {
+    [ "$1" = npm ] && command -v npm >/dev/null && return
     [ "$(dpkg-query --show --showformat='${db:Status-Status}' "$1" 2>/dev/null)" = installed ]
+}
+
+page=$(dirname "$0")/../tools/orbe_view/page
+# What npm has put beside the page is what its list of sums asks for. npm keeps such a list there as well.
+has_page_libraries() {
+    local sum
+    while read -r sum; do
+        grep -qF -- "$sum" "$page/node_modules/.package-lock.json" 2>/dev/null || return
+    done < <(grep '"integrity"' "$page/package-lock.json")
+}
+
+# npm itself refuses what has another sum.
+take_page_libraries() {
+    case $needs in
+    *" view "*) ;;
+    *) return ;;
+    esac
+    has_page_libraries && return
+    echo "setup: taking what the page of orbe-view is made of"
+    (cd "$page" && npm ci --ignore-scripts --no-audit --no-fund --loglevel=error) ||
+        fail "npm could not take what tools/orbe_view/page/package-lock.json names"
 }
 
 uses=("$@")
@@ -84,6 +113,7 @@ for package in "${wanted[@]}"; do
     is_installed "$package" || missing+=("$package")
 done
 if [ ${#missing[@]} -eq 0 ]; then
+    take_page_libraries
     echo "setup: ${uses[*]}: complete"
     exit 0
 fi
@@ -125,3 +155,4 @@ fi
 for package in "${missing[@]}"; do
     is_installed "$package" || fail "apt-get reported success, yet $package is not installed"
 done
+take_page_libraries

@@ -61,7 +61,8 @@ expect_depends(python python3 python3-numpy libneuropixapi-orbe3)
 
 set(runtime_files
     usr/lib/libNeuropixAPI.so usr/lib/libNeuropixAPI.so.3 usr/lib/libNeuropixAPI.so.3.*.*
-    usr/bin/orbe-box usr/bin/orbe-play usr/bin/orbe-record usr/bin/orbe-recording
+    usr/bin/orbe-box usr/bin/orbe-play usr/bin/orbe-record usr/bin/orbe-recording usr/bin/orbe-view
+    usr/share/doc/neuropixapi-orbe/uPlot-LICENSE.txt
     usr/share/doc/neuropixapi-orbe/README.md usr/share/doc/neuropixapi-orbe/docs/api-functions.md
     usr/share/doc/neuropixapi-orbe/sbom.spdx.json
     usr/share/doc/libneuropixapi-orbe3/copyright usr/share/doc/libneuropixapi-orbe3/sbom.spdx.json)

@@ -77,4 +77,33 @@ done
 for preset in $(sed -n 's/.*"configurePreset": "\([a-z]*\)".*/\1/p' "$(dirname "$script")/../CMakePresets.json" | sort -u); do
     "$script" "$preset" >/dev/null || failures=$((failures + 1))
 done
+
+# What the page of orbe-view is made of: taken where it is missing or another one, and only for uses that build the
+# page. In a tree of its own, whose npm is a stand-in.
+mkdir -p "$folder/tree/scripts" "$folder/tree/tools/orbe_view/page"
+page=$folder/tree/tools/orbe_view/page
+cp "$script" "$folder/tree/scripts/setup.sh"
+echo '"integrity": "sha512-one",' >"$page/package-lock.json"
+cat >"$folder/bin/npm" <<'END'
+#!/usr/bin/env bash
+echo "npm $* in ${PWD##*/tree/}" >>"$FOLDER/calls"
+[ ! -e "$FOLDER/npm_fails" ] || exit 1
+mkdir -p node_modules
+cp package-lock.json node_modules/.package-lock.json
+END
+chmod +x "$folder/bin/npm"
+script=$folder/tree/scripts/setup.sh
+taking="setup: taking what the page of orbe-view is made of"
+npm_call="npm ci --ignore-scripts --no-audit --no-fund --loglevel=error in tools/orbe_view/page"
+expect 0 "setup: demo: complete" "" demo
+expect 0 "$taking
+setup: tsan: complete" "$npm_call" tsan
+expect 0 "setup: tsan: complete" "" tsan
+echo '"integrity": "sha512-two",' >"$page/package-lock.json"
+expect 0 "$taking
+setup: release: complete" "$npm_call" release
+echo '"integrity": "sha512-three",' >"$page/package-lock.json"
+touch "$folder/npm_fails"
+expect 1 "$taking
+setup: npm could not take what tools/orbe_view/page/package-lock.json names" "$npm_call" release
 [ "$failures" -eq 0 ]

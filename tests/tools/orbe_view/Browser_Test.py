@@ -1,0 +1,379 @@
+# What a browser shows of recordings whose content is known: the numbers are read back from what the page has plotted,
+# and held against what was put in. Arguments: orbe-view, orbe-recording, orbe-record, chromium, chromedriver.
+import json
+import math
+import os
+import shutil
+import subprocess
+import sys
+import tempfile
+import time
+import unittest
+
+from selenium import webdriver
+from selenium.webdriver.chrome.options import Options
+from selenium.webdriver.chrome.service import Service
+from selenium.webdriver.common.action_chains import ActionChains
+from selenium.webdriver.common.by import By
+from selenium.webdriver.common.keys import Keys
+
+from view_program import PATIENCE, View, make_recording
+
+VIEW, RECORDING, RECORD, CHROMIUM, DRIVER = sys.argv[1:6]
+
+AP_UV = 1.2e6 / 1024 / 500  # a count, with the gains that recordings without a description are taken to have
+LFP_UV = 1.2e6 / 1024 / 250
+TONE_HZ = 40 * 30000 / 1024
+
+
+def tone(channel, sample):
+    """Port 1's, in counts."""
+    return 300 * math.sin(2 * math.pi * (sample * TONE_HZ / 30000 + channel / 384))
+
+
+def ramp(channel, sample):
+    return ((sample + channel) & 1023) - 512
+
+
+class Browser(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        cls.folder = tempfile.TemporaryDirectory()
+        cls.recording = os.path.join(cls.folder.name, "known.bin")
+        # Rows of port 1 come 1,950,000 a second: one is lost 0.8 s from the beginning, and three words have a wrong tag
+        # at 1.6 s.
+        make_recording(RECORDING, cls.recording, "--seconds", "2.2", "--ports", "1,3", "--tone-bin", "40",
+                       "--signal", "tone:100", "--signal", "ramp:200-215", "--signal", "spikes:300-310",
+                       "--fault", "lost-row:1@1560000", "--fault", "wrong-tag:1@3120000+3")
+        options = Options()
+        options.binary_location = CHROMIUM
+        for argument in ["--headless=new", "--no-sandbox", "--disable-gpu", "--disable-dev-shm-usage",
+                         "--no-proxy-server", "--window-size=1200,800", f"--user-data-dir={cls.folder.name}/profile"]:
+            options.add_argument(argument)
+        options.add_experimental_option("prefs", {"download.default_directory": cls.folder.name})
+        options.set_capability("goog:loggingPrefs", {"browser": "ALL"})
+        cls.driver = webdriver.Chrome(service=Service(DRIVER), options=options)
+        cls.driver.set_script_timeout(PATIENCE)
+
+    @classmethod
+    def tearDownClass(cls):
+        cls.driver.quit()
+        cls.folder.cleanup()
+
+    def open(self, *arguments):
+        view = View(VIEW, *arguments)
+        self.addCleanup(self.end, view)
+        self.driver.get(view.address)
+        self.wait("window.orbeView && orbeView.introduction() && orbeView.status()")
+        return view
+
+    def end(self, view):
+        self.assertEqual([entry for entry in self.driver.get_log("browser") if entry["level"] == "SEVERE"], [])
+        self.driver.get("about:blank")
+        code, _, errors = view.stop()
+        self.assertEqual((code, errors), (0, ""))
+
+    def run_script(self, script):
+        return self.driver.execute_script("return " + script)
+
+    def wait(self, condition, value=None):
+        end = time.monotonic() + PATIENCE
+        while True:
+            got = self.run_script(condition)
+            if got if value is None else got == value:
+                return got
+            if time.monotonic() > end:
+                self.fail(f"{condition}: {got!r} instead of {value!r}; {self.run_script('orbeView.status()')}")
+            time.sleep(0.05)
+
+    def press(self, keys):
+        ActionChains(self.driver).send_keys(keys).perform()
+
+    def enter(self, field, value):
+        element = self.driver.find_element(By.ID, field)
+        element.send_keys(Keys.CONTROL + "a", Keys.NULL, str(value), Keys.ENTER)
+        self.run_script("document.activeElement.blur()")
+
+    def choose(self, field, value):
+        self.driver.find_element(By.CSS_SELECTOR, f"#{field} option[value='{value}']").click()
+        self.run_script("document.activeElement.blur()")
+
+    def hold_at(self, second):
+        """Jumps there and stays."""
+        if not self.run_script("orbeView.view().paused"):
+            self.press(" ")
+            self.wait("orbeView.view().paused", True)
+        self.enter("second", second)
+        self.wait(f"Math.abs(orbeView.status().position - {second}) < 1e-4", True)
+
+    def traces(self, first, count, window):
+        """The lanes as they are plotted, once they end where the recording is held and are there in whole."""
+        self.enter("count", count)
+        self.enter("first", first)
+        self.choose("window", window)
+        self.wait(f"""(() => {{
+            const shown = orbeView.traces(), status = orbeView.status(), asked = orbeView.view();
+            const last = shown.times.at(-1) + shown.step / 2;
+            return shown.stream === asked.stream && (asked.stream === "adc" || shown.first === {first})
+                && shown.lanes.length === {count} && Math.abs(last - status.position) <= shown.step + 1e-6
+                && last - shown.times[0] < {window} * 1.2 && shown.lanes[0].at(2) !== null
+                && shown.lanes.every((lane) => lane.at(-3) !== null);
+        }})()""", True)
+        return self.run_script("orbeView.traces()")
+
+    def test_tone_and_ramp_are_plotted_sample_by_sample(self):
+        self.open(self.recording)
+        self.hold_at(1.25)
+        for first, count, signal in [(100, 1, tone), (200, 16, ramp)]:
+            shown = self.traces(first, count, 0.01)
+            self.assertAlmostEqual(shown["step"], 1 / 30000, 9)
+            self.assertEqual(len(shown["times"]), 600)
+            for lane, values in enumerate(shown["lanes"]):
+                for place in range(0, 600, 2):
+                    sample = round(shown["times"][place] * 30000)
+                    counts = [values[place] / AP_UV, values[place + 1] / AP_UV]
+                    self.assertAlmostEqual(counts[0], counts[1], 2)
+                    self.assertLessEqual(abs(counts[0] - signal(first + lane, sample)), 1.01 if signal is tone else 0.01,
+                                         (first + lane, sample))
+
+    def test_lfp_is_plotted_with_its_own_rate_and_gain(self):
+        self.open(self.recording)
+        self.hold_at(1.0)
+        self.press("l")
+        shown = self.traces(200, 4, 0.05)
+        self.assertAlmostEqual(shown["step"], 1 / 2500, 9)
+        for lane, values in enumerate(shown["lanes"]):
+            for place in range(2, len(values) - 2, 2):
+                sample = round(shown["times"][place] * 2500)
+                self.assertAlmostEqual(values[place] / LFP_UV, ramp(200 + lane, sample), 2)
+
+    def test_wide_windows_show_the_extremes(self):
+        self.open(self.recording)
+        self.hold_at(1.25)
+        shown = self.traces(100, 1, 0.2)
+        values = shown["lanes"][0]
+        columns = [(values[i], values[i + 1]) for i in range(2, len(values) - 2, 2) if values[i] is not None]
+        self.assertGreater(len(columns), 100)
+        steps = round(shown["step"] * 30000)
+        self.assertGreater(steps, 1)
+        for place, (low, high) in enumerate(columns):
+            begin = round(shown["times"][2 * place + 2] * 30000)
+            expected = [tone(100, sample) for sample in range(begin, begin + steps)]
+            self.assertLessEqual(abs(low / AP_UV - min(expected)), 1.01)
+            self.assertLessEqual(abs(high / AP_UV - max(expected)), 1.01)
+
+    def test_adc_and_ttl_inputs(self):
+        self.open(self.recording)
+        self.hold_at(1.0)
+        self.press("d")
+        shown = self.traces(0, 12, 0.01)
+        self.assertEqual(shown["labels"], [f"ADC {i}" for i in range(8)] + [f"TTL {i}" for i in range(1, 5)])
+        # Every other input rises by as much with every sample, and wraps.
+        for lane in range(0, 8, 2):
+            counts = [value * 32768 / 5 for value in shown["lanes"][lane][2:-2:2]]
+            steps = {round(after - before) % 65536 for before, after in zip(counts, counts[1:])}
+            self.assertEqual(len(steps), 1, lane)
+            self.assertTrue(1 <= steps.pop() <= 64)
+        for lane in range(8, 12):
+            self.assertLessEqual({value for value in shown["lanes"][lane] if value is not None}, {0, 1})
+
+    def test_channels_along_the_probe(self):
+        self.open(self.recording)
+        self.hold_at(1.5)
+        self.wait("orbeView.channels() && orbeView.channels().spikes[300] > 0")
+        time.sleep(0.5)
+        shown = self.run_script("orbeView.channels()")
+        self.assertAlmostEqual(shown["rms"][100], 300 / math.sqrt(2) * AP_UV, delta=2)
+        self.assertAlmostEqual(shown["rms"][205], 1024 / math.sqrt(12) * AP_UV, delta=10)
+        for channel in range(300, 311):
+            self.assertAlmostEqual(shown["spikes"][channel], 20, delta=1.5)
+        # A click on a channel's field chooses it.
+        place = self.run_script("orbeView.channelPlace(100)")
+        canvas = self.driver.find_element(By.ID, "map")
+        size = canvas.size
+        ActionChains(self.driver).move_to_element_with_offset(
+            canvas, round(place["x"] - size["width"] / 2), round(place["y"] - size["height"] / 2)).click().perform()
+        self.wait("orbeView.view().selected", 100)
+        self.wait("document.getElementById('channel').textContent.includes('Channel 100, electrode 100: 49')")
+        # Its spectrum has the tone, and says so.
+        self.wait(f"Math.abs(orbeView.spectrum().peak - {TONE_HZ}) <= 30000 / 2048", True)
+        self.wait("document.getElementById('spectrum-title').textContent.includes('channel 100, AP; highest at 117')")
+        self.wait("orbeView.traces().first", 92)
+        # The bars are as long as the values are large, whatever their colour.
+        self.press("h")
+        self.wait("document.getElementById('channel').textContent.includes('spikes/s')")
+        ink = self.run_script("""(() => {
+            const canvas = document.getElementById('map'), ratio = canvas.width / canvas.clientWidth;
+            const length = (channel) => {
+                const y = (orbeView.channelPlace(channel).y) * ratio;
+                const row = canvas.getContext('2d').getImageData(canvas.width * 0.54, y, canvas.width * 0.46, 1).data;
+                let pixels = 0;
+                for (let i = 3; i < row.length; i += 4) pixels += row[i] > 100 ? 1 : 0;
+                return pixels;
+            };
+            return [length(305), length(20)];
+        })()""")
+        self.assertGreater(ink[1], 3 * max(ink[0], 1)) # noise falls below the threshold far more often
+
+    def test_damage_is_marked_where_it_lies(self):
+        self.open(self.recording)
+        self.hold_at(2.15)
+        self.wait("orbeView.damage().length", 2)
+        lost, tags = self.run_script("orbeView.damage()")
+        self.assertAlmostEqual(lost[0] * 2.2, 0.8, delta=0.05)
+        self.assertEqual(lost[1:], [1, 1, 0, 0])
+        self.assertAlmostEqual(tags[0] * 2.2, 1.6, delta=0.05)
+        self.assertEqual(tags[1:], [0, 0, 3, 0])
+        text = self.driver.find_element(By.ID, "damage").text
+        self.assertEqual(text, "2.200 s: ▲ row counter 1, ◆ frame counter 1, ✕ wrong tags 3")
+        self.wait("orbeView.health().lines.length > 0 && orbeView.health().lines.at(-1).seconds > 2", True)
+        sums = self.run_script("orbeView.health().sums")
+        quantities = self.run_script("orbeView.health().quantities")
+        port1 = dict(zip(quantities, sums[0]))
+        port3 = dict(zip(quantities, sums[2]))
+        self.assertEqual((port1["Row gaps"], port1["Frame gaps"], port1["Wrong tags"]), (1, 1, 3))
+        self.assertEqual((port3["Row gaps"], port3["Frame gaps"], port3["Wrong tags"], port3["Lost"]), (0, 0, 0, 0))
+        self.assertAlmostEqual(port3["Rate /s"], 30000, delta=100)
+        self.assertTrue(0 < port1["Lost"] <= 240) # no more than 4 ms for each of the two
+        # In the traces it is left out and hatched.
+        self.enter("second", 0.9)
+        self.wait("Math.abs(orbeView.status().position - 0.9) < 1e-4", True)
+        shown = self.traces(96, 8, 0.2)
+        columns = [i for i, count in enumerate(shown["lost"]) if count > 0]
+        self.assertGreater(len(columns), 0)
+        self.assertAlmostEqual(shown["times"][2 * columns[0]], 0.8, delta=0.005)
+        empty = [i for i in columns if shown["lost"][i] == round(shown["step"] * 30000)]
+        for column in empty:
+            self.assertEqual({lane[2 * column] for lane in shown["lanes"]}, {None})
+        pixel = self.run_script(f"""(() => {{
+            const plot = document.querySelector('#traces canvas'), over = document.querySelector('#traces .u-over');
+            const ratio = plot.width / plot.clientWidth, shown = orbeView.traces();
+            const part = (shown.times[{2 * columns[0]}] + shown.step / 2 - shown.times[0])
+                / (shown.times.at(-1) - shown.times[0]);
+            const x = (over.offsetLeft + part * over.clientWidth) * ratio;
+            return Array.from(plot.getContext('2d').getImageData(x, (over.offsetTop + 3) * ratio, 1, 1).data);
+        }})()""")
+        self.assertGreater(pixel[0], pixel[1] + 20, pixel) # red, for those who see it
+
+    def test_port_that_is_dead(self):
+        folder = os.path.join(self.folder.name, "dead")
+        both = os.path.join(self.folder.name, "both.bin")
+        one = os.path.join(self.folder.name, "one.bin")
+        make_recording(RECORDING, both, "--seconds", "0.6", "--ports", "1,2")
+        make_recording(RECORDING, one, "--seconds", "1.2", "--ports", "1")
+        subprocess.run([RECORD, folder, "--simulation", both, "--format", "raw", "--seconds", "0.2"], check=True,
+                       capture_output=True, timeout=PATIENCE)
+        os.replace(one, os.path.join(folder, "raw_data.bin"))
+        self.open(folder)
+        self.wait("orbeView.health().lines.length > 0")
+        self.press("2")
+        self.wait("document.getElementById('channel').textContent", "Port 2: no data")
+        self.assertEqual(self.run_script("orbeView.traces().lanes.flat().filter((value) => value !== null).length"), 0)
+        row = "document.getElementById('states').rows[2].innerText.split(/\\s+/).slice(0, 3).join(' ')"
+        self.wait(row, "Port 2 0")
+        self.press("1")
+        self.wait("orbeView.channels() && orbeView.channels().port === 1 && orbeView.channels().rms[5] > 0")
+
+    def test_recording_that_is_being_made(self):
+        folder = os.path.join(self.folder.name, "growing")
+        source = os.path.join(self.folder.name, "source.bin")
+        make_recording(RECORDING, source, "--seconds", "8", "--ports", "1", "--signal", "ramp")
+        recorder = subprocess.Popen([RECORD, folder, "--simulation", source, "--format", "raw", "--seconds", "5"],
+                                    stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
+        try:
+            file = os.path.join(folder, "raw_data.bin")
+            end = time.monotonic() + PATIENCE
+            while not (os.path.exists(os.path.join(folder, "orbe_recording.json")) and os.path.exists(file)
+                       and os.path.getsize(file) > 1 << 22) and time.monotonic() < end:
+                time.sleep(0.05)
+            self.open(folder)
+            length = self.wait("orbeView.status().length > 0.2 && orbeView.status().length")
+            self.wait(f"orbeView.status().position > {length} + 0.3", True) # it goes on by itself
+            self.assertIn("raw_data.bin (growing)",
+                          self.driver.find_element(By.ID, "source").text)
+            output, errors = recorder.communicate(timeout=PATIENCE)
+            self.assertEqual(recorder.returncode, 0, errors)
+            self.assertIn("probe 1: ", output)
+            self.assertIn(", 0 samples lost", output)
+            self.wait("orbeView.status().length > 4.9", True)
+            # And what is shown is what was recorded.
+            self.hold_at(3.0)
+            shown = self.traces(200, 2, 0.01)
+            for place in range(2, 598, 2):
+                sample = round(shown["times"][place] * 30000)
+                ramps = [round(lane[place] / AP_UV) - ramp(200 + i, sample) for i, lane in enumerate(shown["lanes"])]
+                offset = ramps[0] % 1024 if place == 2 else offset
+                self.assertEqual([value % 1024 for value in ramps], [offset, offset])
+        finally:
+            recorder.kill()
+            recorder.communicate()
+
+    def test_keys(self):
+        self.open("--simulation", self.recording)
+        self.wait("orbeView.status().position > 0.8", True)
+        self.press(" ")
+        self.wait("orbeView.view().paused", True)
+        held = self.run_script("orbeView.view().end")
+        self.wait(f"Math.abs(orbeView.traces().times.at(-1) - {held}) < 0.01", True)
+        self.press(Keys.ARROW_LEFT)
+        self.wait("orbeView.view().end", held - 0.5)
+        self.wait(f"Math.abs(orbeView.traces().times.at(-1) - {held - 0.5}) < 0.01", True)
+        self.press(Keys.END)
+        self.wait("orbeView.view().paused", False)
+        self.press("]]][")
+        self.wait("orbeView.view().selected", 2)
+        self.press(Keys.ARROW_UP + Keys.PAGE_UP + Keys.ARROW_DOWN)
+        self.wait("orbeView.view().first", 16)
+        self.press("n")
+        self.wait("orbeView.view().count", 32)
+        self.press("m-")
+        self.wait("[orbeView.view().count, orbeView.view().scale].join()", "16,1000")
+        self.press("+.")
+        self.wait("[orbeView.view().scale, orbeView.view().seconds].join()", "500,2")
+        self.press("3")
+        self.wait("orbeView.traces().port", 3)
+        self.press("l")
+        self.wait("orbeView.traces().stream", "lfp")
+        self.press("d")
+        self.wait("orbeView.traces().stream", "adc")
+        before = self.run_script("document.documentElement.dataset.theme")
+        colour = "getComputedStyle(document.body).backgroundColor"
+        ground = self.run_script(colour)
+        self.press("t")
+        self.wait("document.documentElement.dataset.theme !== '%s'" % before, True)
+        self.assertNotEqual(self.run_script(colour), ground)
+        self.press("?")
+        self.wait("document.getElementById('keys').open", True)
+        self.press(Keys.ESCAPE)
+        self.wait("document.getElementById('keys').open", False)
+        self.press("s")
+        end = time.monotonic() + PATIENCE
+        while not (saved := [name for name in os.listdir(self.folder.name) if name.endswith(".png")]):
+            self.assertLess(time.monotonic(), end)
+            time.sleep(0.05)
+        with open(os.path.join(self.folder.name, saved[0]), "rb") as file:
+            self.assertEqual(file.read(8), b"\x89PNG\r\n\x1a\n")
+
+    def test_streams_are_stopped_and_started_where_that_is_allowed(self):
+        self.open("--simulation", self.recording, "--control")
+        self.wait("orbeView.status().streams && orbeView.status().position > 0.2", True)
+        self.press("c")
+        self.wait("orbeView.status().streams", False)
+        self.wait("document.getElementById('time').textContent.startsWith('streams stopped')", True)
+        self.driver.find_element(By.ID, "control").click()
+        self.wait("orbeView.status().streams", True)
+
+    def test_nothing_comes_from_elsewhere(self):
+        view = self.open(self.recording)
+        self.wait("orbeView.traces()")
+        names = self.run_script("performance.getEntriesByType('resource').map((entry) => entry.name)")
+        self.assertGreater(len(names), 8)
+        self.assertEqual([name for name in names if not name.startswith(view.address)], [])
+        # With every control having a name.
+        unnamed = self.run_script("""[...document.querySelectorAll('button, input, select, canvas[tabindex]')].filter(
+            (each) => !(each.textContent.trim() || each.labels?.length || each.getAttribute('aria-label'))).length""")
+        self.assertEqual(unnamed, 0)
+
+
+if __name__ == "__main__":
+    unittest.main(argv=sys.argv[:1], verbosity=2)

@@ -1,0 +1,60 @@
+// Program orbe-view, history. What the ADC and the TTL inputs have brought lately. Filled on the thread of
+// the stream, read on the thread that makes pictures.
+#pragma once
+
+#include "history/Stream_History.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <mutex>
+#include <span>
+
+namespace Pelgar::ORBE::view {
+
+class ADC_History {
+public:
+    static constexpr std::size_t analog_inputs = 8;
+    static constexpr std::size_t ttl_inputs = 4;
+    static constexpr std::size_t width = analog_inputs + ttl_inputs;
+
+    // Volts of a sample of 32768.
+    explicit ADC_History(double range_volts) : m_range_volts(range_volts) {}
+
+    // Volts a count.
+    float scale() const { return static_cast<float>(m_range_volts / 32768.0); }
+
+    struct Row {
+        std::uint64_t number;
+        std::int16_t values[width]; // the inputs, then the TTL levels, 0 or 1
+    };
+
+    void append(std::span<const Row> rows);
+    void clear();
+
+    class Reading {
+    public:
+        explicit Reading(const ADC_History& history) : m_history(history), m_lock(history.m_mutex) {}
+
+        const Stream_History& stream() const { return m_history.m_stream; }
+
+        std::uint64_t samples() const { return m_history.m_samples; }
+
+        std::uint64_t lost_samples() const { return m_history.m_lost; }
+
+    private:
+        const ADC_History& m_history;
+        std::unique_lock<std::mutex> m_lock;
+    };
+
+private:
+    double m_range_volts;
+    mutable std::mutex m_mutex;
+    // Two seconds as they are, half a minute in milliseconds.
+    Stream_History m_stream{{width, 60'000, 30, 32'000}};
+    std::uint64_t m_samples = 0;
+    std::uint64_t m_lost = 0;
+    std::uint64_t m_next = 0;
+    bool m_has_next = false;
+};
+
+} // namespace Pelgar::ORBE::view

@@ -1,0 +1,70 @@
+// Program orbe-view, history. The histories of all streams of a source. Made by the source before anybody
+// looks; afterwards only what is in them changes.
+#pragma once
+
+#include "history/ADC_History.h"
+#include "history/Health_History.h"
+#include "history/Probe_History.h"
+
+#include <cstddef>
+#include <memory>
+#include <utility>
+#include <vector>
+
+namespace Pelgar::ORBE::view {
+
+class Histories {
+public:
+    // `has_adc`: whether the ADC inputs are there.
+    Histories(const std::vector<recorder::Probe_Description>& probes, bool has_adc, double adc_range_volts,
+              double spike_microvolts) {
+        for (const recorder::Probe_Description& probe : probes) {
+            m_probes.push_back(std::make_unique<Probe_History>(probe, spike_microvolts));
+        }
+        if (has_adc) {
+            m_adc = std::make_unique<ADC_History>(adc_range_volts);
+        }
+    }
+
+    std::size_t probe_count() const { return m_probes.size(); }
+
+    Probe_History& probe(std::size_t place) { return *m_probes.at(place); }
+
+    const Probe_History& probe(std::size_t place) const { return *m_probes.at(place); }
+
+    // Null for a port, 1..4, without one.
+    const Probe_History* probe_on(int port) const {
+        for (const auto& probe : m_probes) {
+            if (probe->description().port == port) {
+                return probe.get();
+            }
+        }
+        return nullptr;
+    }
+
+    // Null without one.
+    ADC_History* adc() { return m_adc.get(); }
+
+    const ADC_History* adc() const { return m_adc.get(); }
+
+    Health_History& health() { return m_health; }
+
+    const Health_History& health() const { return m_health; }
+
+    void clear() {
+        for (const auto& probe : m_probes) {
+            probe->clear();
+        }
+        if (m_adc) {
+            m_adc->clear();
+        }
+        m_health.clear();
+    }
+
+private:
+    std::vector<std::unique_ptr<Probe_History>> m_probes;
+    std::unique_ptr<ADC_History> m_adc;
+    Health_History m_health;
+};
+
+} // namespace Pelgar::ORBE::view

@@ -1,0 +1,77 @@
+// Program orbe-view, history. What a probe has sent lately, in both bands, and how its channels are. Filled
+// on the thread of the stream, read on the thread that makes pictures: both wait for each other, for a
+// millisecond or so.
+#pragma once
+
+#include "description/Recording_Description.h"
+#include "history/Channel_Statistics.h"
+#include "history/Stream_History.h"
+
+#include <NeuropixAPI.h>
+
+#include <array>
+#include <cstdint>
+#include <mutex>
+#include <span>
+
+namespace Pelgar::ORBE::view {
+
+// Of a probe's converters: 1.2 V in 1024 steps.
+inline constexpr double microvolts_of_count = 1.2e6 / 1024;
+
+enum class Band { ap, lfp };
+
+class Probe_History {
+public:
+    // A spike is a fall below the channel's mean by so many microvolts.
+    Probe_History(const recorder::Probe_Description& description, double spike_microvolts);
+
+    const recorder::Probe_Description& description() const { return m_description; }
+
+    // Microvolts a count.
+    float scale(Band band, std::size_t channel) const;
+
+    // The packets of one batch, with the number of each of their AP samples.
+    struct Packet {
+        const Neuropixels::electrodePacket* packet;
+        std::array<std::uint64_t, NP1_PROBE_SUPERFRAMESIZE> numbers;
+    };
+
+    void append(std::span<const Packet> packets);
+    void clear();
+
+    // ---- What the reader sees of both, while it holds the object.
+
+    class Reading {
+    public:
+        explicit Reading(const Probe_History& history) : m_history(history), m_lock(history.m_mutex) {}
+
+        // AP samples count 30 kHz, LFP samples 2.5 kHz.
+        const Stream_History& band(Band band) const {
+            return band == Band::ap ? m_history.m_ap : m_history.m_lfp;
+        }
+
+        const Channel_Statistics& statistics() const { return m_history.m_statistics; }
+
+        std::uint64_t samples() const { return m_history.m_samples; }
+
+        std::uint64_t lost_samples() const { return m_history.m_lost; }
+
+    private:
+        const Probe_History& m_history;
+        std::unique_lock<std::mutex> m_lock;
+    };
+
+private:
+    recorder::Probe_Description m_description;
+    mutable std::mutex m_mutex;
+    Stream_History m_ap;
+    Stream_History m_lfp;
+    Channel_Statistics m_statistics;
+    std::uint64_t m_samples = 0; // since the beginning, whatever was cleared
+    std::uint64_t m_lost = 0;
+    std::uint64_t m_next = 0;
+    bool m_has_next = false;
+};
+
+} // namespace Pelgar::ORBE::view

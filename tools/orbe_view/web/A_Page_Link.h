@@ -1,0 +1,29 @@
+// Program orbe-view, web. A page that is connected, as the rest of the program sees it. Any thread; nothing
+// blocks: a picture is only handed over.
+#pragma once
+
+#include "pictures/Picture.h"
+
+#include <string>
+
+namespace Pelgar::ORBE::view {
+
+class A_Page_Link {
+public:
+    A_Page_Link() = default;
+    virtual ~A_Page_Link() = default;
+    A_Page_Link(const A_Page_Link&) = delete;
+    A_Page_Link& operator=(const A_Page_Link&) = delete;
+
+    // Whether the picture before the last one has gone out. Until then another one would only wait.
+    virtual bool is_free() const = 0;
+
+    // Takes the place of a picture that still waits.
+    virtual void show(Shared_Picture picture) = 0;
+
+    // Tells the page what is wrong with what it has said. One that has said nothing that makes sense is put
+    // out.
+    virtual void complain(const std::string& reason, bool put_out) = 0;
+};
+
+} // namespace Pelgar::ORBE::view
