@@ -35,14 +35,21 @@ foreach(row RANGE 1 ${count})
         list(APPEND loaded ${names})
     endif()
 
-    # The version without Debian's epoch and revision.
+    # The version without Debian's epoch and revision; "or later" where Debian itself moves on within a release.
     set(installed "")
-    if(DPKG_QUERY)
+    if(DPKG_QUERY AND package)
         execute_process(COMMAND ${DPKG_QUERY} --show "--showformat=\${db:Status-Status} \${Version}" ${package}
             OUTPUT_VARIABLE installed ERROR_QUIET)
     endif()
-    if(installed MATCHES "^installed ([0-9]+:)?([0-9.]*[0-9])" AND NOT CMAKE_MATCH_2 STREQUAL version)
-        complain("${name}: version ${version} is listed, ${package} is ${CMAKE_MATCH_2}")
+    if(installed MATCHES "^installed ([0-9]+:)?([0-9.]*[0-9])")
+        set(installed ${CMAKE_MATCH_2})
+        if(version MATCHES "^(.*) or later$")
+            if(installed VERSION_LESS CMAKE_MATCH_1)
+                complain("${name}: version ${version} is listed, ${package} is ${installed}")
+            endif()
+        elseif(NOT installed STREQUAL version)
+            complain("${name}: version ${version} is listed, ${package} is ${installed}")
+        endif()
     endif()
 endforeach()
 
