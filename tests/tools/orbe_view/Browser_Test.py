@@ -235,6 +235,12 @@ class Browser(unittest.TestCase):
         self.assertEqual((port3["Row gaps"], port3["Frame gaps"], port3["Wrong tags"], port3["Lost"]), (0, 0, 0, 0))
         self.assertAlmostEqual(port3["Rate /s"], 30000, delta=100)
         self.assertTrue(0 < port1["Lost"] <= 240) # no more than 4 ms for each of the two
+        # Who comes there once more does not count it twice.
+        self.hold_at(0.3)
+        self.wait("orbeView.health().lines.length", 0)
+        self.hold_at(2.15)
+        self.wait("orbeView.health().lines.length > 0 && orbeView.health().lines.at(-1).seconds > 2", True)
+        self.assertEqual(self.run_script("orbeView.health().sums"), sums)
         # In the traces it is left out and hatched.
         self.enter("second", 0.9)
         self.wait("Math.abs(orbeView.status().position - 0.9) < 1e-4", True)

@@ -127,7 +127,12 @@ void Recording_Source::begin(const Jump& jump) {
     m_follows = jump.follows;
     m_was_playing = false;
     m_health_piece = piece;
-    m_health_lost = {};
+    for (std::size_t probe = 0; probe < m_histories.probe_count(); ++probe) {
+        const Probe_History& history = m_histories.probe(probe);
+        // What was lost before the jump has been told.
+        m_health_lost[static_cast<std::size_t>(history.description().port) - 1] =
+            Probe_History::Reading(history).lost_samples();
+    }
 }
 
 // Decodes the next piece when it is its time. False when there is nothing to do.
