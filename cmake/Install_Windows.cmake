@@ -20,7 +20,9 @@ if(MINGW)
     if(ORBE_BUILD_TOOLS AND ORBE_BUILD_VIEW)
         # Boost's package has its version in its name.
         file(GLOB orbe_boost_license RELATIVE ${ORBE_LICENSE_DIR} ${ORBE_LICENSE_DIR}/doc/libboost1.*-dev/copyright)
-        set(orbe_view_licenses boost.txt:${orbe_boost_license})
+        foreach(license IN LISTS orbe_boost_license)
+            set(orbe_view_licenses boost.txt:${license})
+        endforeach()
     endif()
     foreach(license IN ITEMS
             ${orbe_view_licenses}
