@@ -116,24 +116,17 @@ class Page:
         return taken
 
     def receive(self):
-        """Kind and payload of the next message; kind 8 is the end."""
-        first, second = self.take(2)
-        size = second & 127
-        if size == 126:
-            (size,) = struct.unpack(">H", self.take(2))
-        elif size == 127:
-            (size,) = struct.unpack(">Q", self.take(8))
-        payload = self.take(size)
+        """Kind and payload of the next message; kind 8 is the end, which may come in the middle of a picture."""
+        first, payload = self.receive_frame()
         kind = first & 15
-        if not first & 128:
-            while True:
-                first, more = self.receive_part()
-                payload += more
-                if first & 128:
-                    break
+        while not first & 128:
+            first, more = self.receive_frame()
+            if first & 8:
+                return first & 15, more
+            payload += more
         return kind, payload
 
-    def receive_part(self):
+    def receive_frame(self):
         first, second = self.take(2)
         size = second & 127
         if size == 126:
