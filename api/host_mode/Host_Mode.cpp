@@ -98,7 +98,7 @@ NP_ErrorCode Host_Mode::check_adc(int slotID) const {
     if (!devices().device(*device).has_adc_inputs) {
         return NOTSUPPORTED;
     }
-    return m_states[*device].is_open ? SUCCESS : NOT_OPEN;
+    return check_open(slotID);
 }
 
 std::optional<unsigned> Host_Mode::box_port(int slotID, int portID) const {
