@@ -10,7 +10,10 @@ check_pie_supported(LANGUAGES CXX)
 include(CheckCXXCompilerFlag)
 check_cxx_compiler_flag(-fcf-protection=full ORBE_HAS_CF_PROTECTION)
 
-set(orbe_hardened $<AND:$<NOT:$<CONFIG:Debug>>,$<NOT:$<BOOL:${ORBE_SANITIZE}>>>)
+set(orbe_hardened $<NOT:$<CONFIG:Debug>>)
+if(ORBE_SANITIZE)
+    set(orbe_hardened 0)
+endif()
 if(NOT MSVC)
     target_compile_options(orbe_hardening INTERFACE
         $<${orbe_hardened}:-fstack-protector-strong>
