@@ -256,7 +256,7 @@ void Row_Splitter::drop_block(unsigned port) {
 // not taken. Whole ones go to the worker at once, so that no block holds rows from both sides.
 void Row_Splitter::skip(const Stream_Loss& loss) {
     for (unsigned port = 0; port < np_port_count; ++port) {
-        const std::uint32_t part = m_np_blocks[port]->fill % psb::bytes_per_super_frame;
+        const auto part = static_cast<std::uint32_t>(m_np_blocks[port]->fill % psb::bytes_per_super_frame);
         m_np_blocks[port]->fill -= part;
         if (m_np_blocks[port]->fill != 0) {
             hand_over_block(port);
