@@ -19,7 +19,6 @@
 #include <algorithm>
 #include <array>
 #include <cstdio>
-#include <fstream>
 #include <optional>
 #include <stdexcept>
 #include <system_error>
@@ -38,15 +37,6 @@ constexpr double longest_recording = 1e6;
 constexpr const char* raw_file_name = "raw_data.bin";
 // In the order of their numbers in descriptions.
 constexpr std::array<const char*, 5> references{"external", "tip", "bank0", "bank1", "bank2"};
-
-void write_switch(const std::filesystem::path& folder, const char* name, const std::string& line) {
-    std::ofstream file(folder / name);
-    file << line << "\n";
-    file.close();
-    if (!file) {
-        throw std::runtime_error("cannot write into '" + folder.string() + "'");
-    }
-}
 
 // Makes the folder that must not be there, and takes it away again unless a recording has begun in it.
 class New_Folder {
@@ -75,12 +65,12 @@ private:
 
 // The library in a directory of its own, which tells it all it has to know.
 void prepare_library(const tools::Working_Directory& directory, const Record_Options& options) {
-    write_switch(directory.path(), "ORBE_HOST_MODE", "both");
+    directory.write_switch("ORBE_HOST_MODE", "both");
     if (options.simulation) {
         directory.name_recording(*options.simulation);
     }
     if (options.format == raw_format) {
-        write_switch(directory.path(), "ORBE_RAW_CAPTURE", (options.folder / raw_file_name).string());
+        directory.write_switch("ORBE_RAW_CAPTURE", (options.folder / raw_file_name).string());
     }
 }
 

@@ -33,15 +33,6 @@ constexpr double lowest_spike = 1.0;
 constexpr double highest_spike = 10'000.0;
 constexpr auto between_looks = std::chrono::milliseconds(50);
 
-void write_switch(const std::filesystem::path& folder, const char* name, const std::string& line) {
-    std::ofstream file(folder / name);
-    file << line << "\n";
-    file.close();
-    if (!file) {
-        throw std::runtime_error("cannot write into '" + folder.string() + "'");
-    }
-}
-
 // In the directory, which is the working directory and tells the library all it has to know.
 std::unique_ptr<A_Source> make_source(const View_Options& options,
                                       const tools::Working_Directory& directory) {
@@ -50,7 +41,7 @@ std::unique_ptr<A_Source> make_source(const View_Options& options,
         choice.spike_microvolts = options.spike_microvolts;
         return std::make_unique<Recording_Source>(std::move(choice));
     }
-    write_switch(directory.path(), "ORBE_HOST_MODE", "both");
+    directory.write_switch("ORBE_HOST_MODE", "both");
     if (options.simulation) {
         if (!std::ifstream(*options.simulation)) {
             throw std::runtime_error("cannot read '" + options.simulation->string() + "'");

@@ -47,13 +47,17 @@ Working_Directory::~Working_Directory() {
     }
 }
 
-void Working_Directory::name_recording(const std::filesystem::path& recording) const {
-    std::ofstream file(m_path / simulation_switch);
-    file << std::filesystem::absolute(recording).string() << "\n";
+void Working_Directory::write_switch(const char* name, const std::string& line) const {
+    std::ofstream file(m_path / name);
+    file << line << "\n";
     file.close();
     if (!file) {
         throw std::runtime_error("cannot write into '" + m_path.string() + "'");
     }
+}
+
+void Working_Directory::name_recording(const std::filesystem::path& recording) const {
+    write_switch(simulation_switch, std::filesystem::absolute(recording).string());
 }
 
 std::filesystem::path Working_Directory::output_path() const {

@@ -17,6 +17,9 @@ public:
     Working_Directory(const Working_Directory&) = delete;
     Working_Directory& operator=(const Working_Directory&) = delete;
 
+    // Writes a switch file of the library's with one line. Throws std::runtime_error.
+    void write_switch(const char* name, const std::string& line) const;
+
     // Makes the library play `recording`: writes the switch file that names it. Throws std::runtime_error.
     void name_recording(const std::filesystem::path& recording) const;
 
