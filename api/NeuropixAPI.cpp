@@ -102,6 +102,21 @@ bool bring_up(ORBE_Controller_Library& controller, const std::optional<std::stri
     return true;
 }
 
+// Takes the open box down and brings up the one that `controller` leads to. Other threads have nothing to
+// call until then; when it could not be brought up, or has thrown, they have what there is of it.
+bool replace_controller(const std::shared_ptr<ORBE_Controller_Library>& controller,
+                        const std::optional<std::string>& capture) {
+    exchange_controller(nullptr);
+    try {
+        const bool is_up = bring_up(*controller, capture);
+        exchange_controller(controller);
+        return is_up;
+    } catch (...) {
+        exchange_controller(controller);
+        throw;
+    }
+}
+
 } // namespace
 
 int getDeviceList(basestationID* list, int count) {
@@ -163,8 +178,7 @@ NP_ErrorCode openBS(int slotID) {
     keep_raw_data_file(simulation);
     try {
         end_acquisition();
-        exchange_controller(make_controller_or_none(simulation.present));
-        if (!bring_up(*current_controller(), capture)) {
+        if (!replace_controller(make_controller_or_none(simulation.present), capture)) {
             return answer(open_failed);
         }
     } catch (const std::runtime_error& exception) {
