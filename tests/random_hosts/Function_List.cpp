@@ -36,7 +36,6 @@ void call_with(Result (*function)(Parameters...), const std::vector<std::string>
     arguments.begin_call();
     // In braces, so that they are made in order.
     const std::tuple<Parameters...> values{arguments.make<Parameters>(parameters.at(Index))...};
-    std::ignore = parameters;
     static_cast<void>(std::apply(function, values));
 }
 
@@ -49,14 +48,19 @@ Random_Function random_function(const char* name, const char* parameters, Result
 
 } // namespace
 
+std::string_view Random_Function::plain_name() const {
+    constexpr std::string_view prefix = "np_";
+    std::string_view plain = name;
+    if (plain.starts_with(prefix)) {
+        plain.remove_prefix(prefix.size());
+    }
+    return plain;
+}
+
 bool Random_Function::changes_state() const {
     constexpr std::array<std::string_view, 6> names{"openBS",           "closeBS", "arm", "start_acquisition",
                                                     "stop_acquisition", "bistPSB"};
-    std::string_view plain = name;
-    if (plain.starts_with("np_")) {
-        plain.remove_prefix(3);
-    }
-    return std::ranges::find(names, plain) != names.end();
+    return std::ranges::find(names, plain_name()) != names.end();
 }
 
 std::vector<Random_Function> all_functions() {

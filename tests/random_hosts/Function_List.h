@@ -6,6 +6,7 @@
 
 #include <functional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace Pelgar::ORBE::test {
@@ -14,6 +15,9 @@ struct Random_Function {
     std::string name;
     // Calls it; what it throws is thrown.
     std::function<void(Random_Arguments&)> call;
+
+    // Without the beginning of the C twins' names.
+    std::string_view plain_name() const;
 
     // Whether it begins or ends an acquisition or an opening. The box's own way leaves it to hosts to make
     // such calls one after the other.

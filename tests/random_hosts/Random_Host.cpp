@@ -33,10 +33,23 @@ constexpr std::array<std::string_view, 17> frequent_names{"getDeviceList",
                                                           "arm",
                                                           "stop_acquisition"};
 
+// All that a device may have.
+void close_slots() {
+    for (const int slot : {0, 2, 20}) {
+        Neuropixels::closeBS(slot);
+    }
+}
+
 } // namespace
 
 Random_Host::Random_Host(const Random_Host_Options& options, Random_Box& box)
     : m_options(options), m_box(box), m_functions(all_functions()) {
+    if (!m_options.is_host_mode) {
+        // It waits for ever behind a pump that has broken off.
+        std::erase_if(m_functions, [](const Random_Function& function) {
+            return function.plain_name() == "stop_acquisition";
+        });
+    }
     for (const Random_Function& function : m_functions) {
         if (std::ranges::find(frequent_names, function.name) != frequent_names.end()) {
             m_frequent.push_back(&function);
@@ -45,7 +58,7 @@ Random_Host::Random_Host(const Random_Host_Options& options, Random_Box& box)
 }
 
 void Random_Host::run() {
-    Hang_Watch watch(m_options.threads + 1, blocking, limit, [this] { close(); });
+    Hang_Watch watch(m_options.threads + 1, blocking, limit, [this] { rescue(); });
     std::vector<std::thread> threads;
     for (std::size_t thread = 0; thread < m_options.threads; ++thread) {
         threads.emplace_back([this, thread, &watch] { run_thread(thread, watch); });
@@ -87,15 +100,20 @@ void Random_Host::call(const Random_Function& function, Random_Arguments& argume
     }
 }
 
-// Every slot that a device may have, so that no read goes on waiting.
+// No read goes on waiting. A call that changes the state and does not come back is not waited for.
+void Random_Host::rescue() {
+    std::unique_lock lock(m_state_mutex, std::defer_lock);
+    if (m_options.is_host_mode || lock.try_lock()) {
+        close_slots();
+    }
+}
+
 void Random_Host::close() {
     std::unique_lock lock(m_state_mutex, std::defer_lock);
     if (!m_options.is_host_mode) {
         lock.lock();
     }
-    for (const int slot : {0, 2, 20}) {
-        Neuropixels::closeBS(slot);
-    }
+    close_slots();
 }
 
 } // namespace Pelgar::ORBE::test

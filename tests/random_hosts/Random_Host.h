@@ -36,6 +36,7 @@ public:
 private:
     void run_thread(std::size_t thread, Hang_Watch& watch);
     void call(const Random_Function& function, Random_Arguments& arguments);
+    void rescue();
     void close();
 
     Random_Host_Options m_options;
