@@ -74,7 +74,8 @@ long Random_Arguments::enumerator(std::string_view parameter) {
     if (ends_with_any(parameter, {" input", " output"})) {
         return static_cast<long>(below(0x30)) + (one_in(8) ? 0 : first_switch_point);
     }
-    return static_cast<long>(below(8));
+    // What every enumeration can hold; beyond its bits a value is no value of its type.
+    return static_cast<long>(below(2));
 }
 
 std::uint64_t Random_Arguments::number(std::string_view parameter, std::intmax_t least, std::uintmax_t most) {
