@@ -13,6 +13,7 @@ scripts/setup.sh "${presets[@]}"
 jobs=$(nproc)
 passed=0
 failed=0
+failures=()
 log=$(mktemp)
 trap 'rm -f "$log"' EXIT
 
@@ -23,6 +24,12 @@ if [ "$(cat /proc/sys/vm/mmap_rnd_bits 2>/dev/null || echo 0)" -gt 28 ] && setar
     fixed_addresses=(setarch -R)
 fi
 
+# count_failure WHAT: one more failure, which is named again at the end of the run.
+count_failure() {
+    failures+=("$1")
+    failed=$((failed + 1))
+}
+
 # quietly STEP COMMAND...: runs the command and shows its output only when it fails.
 quietly() {
     local step=$1
@@ -30,7 +37,7 @@ quietly() {
     if ! "${fixed_addresses[@]}" "$@" >"$log" 2>&1; then
         tail -n 60 "$log"
         echo "test: $step FAILED"
-        failed=$((failed + 1))
+        count_failure "$step"
         return 1
     fi
 }
@@ -38,7 +45,7 @@ quietly() {
 # run_ctest NAME ARGUMENT...: runs ctest and adds what its report says to the totals. Whatever is not reported
 # as run and passed (failed, timed out, not built, skipped, disabled) is a failure.
 run_ctest() {
-    local name=$1 report status=0 total good
+    local name=$1 report status=0 total good test
     shift
     report=$PWD/build/test-report-$name.xml
     rm -f "$report"
@@ -48,13 +55,15 @@ run_ctest() {
     total=${total:-0}
     good=${good:-0}
     passed=$((passed + good))
-    failed=$((failed + total - good))
+    while read -r test; do
+        count_failure "$name: $test"
+    done < <(sed -n '/^[[:space:]]*<testcase /{/ status="run"/!s/.* name="\([^"]*\)".*/\1/p}' "$report" 2>/dev/null)
     if [ "$total" -eq 0 ]; then
         echo "test: no test ran in $name"
-        failed=$((failed + 1))
+        count_failure "$name: no test"
     elif [ "$status" -ne 0 ] && [ "$total" -eq "$good" ]; then
         echo "test: ctest ended with status $status in $name"
-        failed=$((failed + 1))
+        count_failure "$name: ctest"
     fi
 }
 
@@ -114,5 +123,6 @@ for preset in "${presets[@]}"; do
     esac
 done
 
+[ ${#failures[@]} -eq 0 ] || printf 'test: FAILED: %s\n' "${failures[@]}"
 echo "$passed passed, $failed failed"
 [ "$failed" -eq 0 ]
