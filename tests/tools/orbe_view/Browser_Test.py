@@ -215,6 +215,34 @@ class Browser(unittest.TestCase):
         })()""")
         self.assertGreater(ink[1], 3 * max(ink[0], 1)) # noise falls below the threshold far more often
 
+    def test_logarithmic_axes_have_marks_wherever_they_begin(self):
+        self.open(self.recording)
+        marks = self.driver.execute_async_script("""const done = arguments[0];
+            import("./look.js").then(({ decades }) => done(
+                [[0.0009884418585531687, 0.0031], [14.6, 120], [7, 7], [0, 5], [1, Infinity], [null, null]].map(
+                    ([low, high]) => decades(low, high))));""")
+        self.assertEqual(marks, [[0.001, 0.002, 0.003], [20, 30, 40, 50, 60, 70, 80, 90, 100], [7], [], [], []])
+        # And every height of a spectrum can be drawn.
+        drawn = self.driver.execute_async_script("""const done = arguments[0];
+            import("./spectrum.js").then(async ({ Spectrum }) => {
+                const place = document.createElement("div");
+                place.style.cssText = "width: 400px; height: 200px";
+                document.body.append(place);
+                const spectrum = new Spectrum(place, document.createElement("p"));
+                let seed = 1;
+                const random = () => (seed = seed * 16807 % 2147483647) / 2147483647;
+                for (let round = 0; round < 200; ++round) {
+                    const low = 10 ** (random() * 8 - 4), high = low * (1 + 10 ** (random() * 6 - 3));
+                    const head = { port: 1, stream: "ap", channel: 0, step: 14.6 };
+                    spectrum.show(head, { columns: 4, values: [0, low, high, low] });
+                    await new Promise((drawn) => setTimeout(drawn));
+                }
+                spectrum.show({ port: 1, stream: "ap", channel: 0, step: 14.6 }, { columns: 0, values: [] });
+                await new Promise((drawn) => setTimeout(drawn));
+                done(spectrum.plotted().frequencies.length);
+            }, (error) => done(String(error)));""")
+        self.assertEqual(drawn, 0)
+
     def test_damage_is_marked_where_it_lies(self):
         self.open(self.recording)
         self.hold_at(2.15)
@@ -382,4 +410,4 @@ class Browser(unittest.TestCase):
 
 
 if __name__ == "__main__":
-    unittest.main(argv=sys.argv[:1], verbosity=2)
+    unittest.main(argv=sys.argv[:1] + sys.argv[6:], verbosity=2)

@@ -21,6 +21,19 @@ export function niceAbove(value) {
   return [1, 2, 5, 10].find((step) => step * power >= value * 0.9999) * power;
 }
 
+// The marks of a logarithmic axis from `low` to `high`: 1 to 9 of every power of ten in it.
+export function decades(low, high) {
+  const marks = [];
+  if (low > 0 && high < Infinity) {
+    for (let power = Math.floor(Math.log10(low)); power <= Math.log10(high); ++power) {
+      for (let digit = 1; digit <= 9; ++digit) {
+        marks.push(Number(`${digit}e${power}`));
+      }
+    }
+  }
+  return marks.filter((mark) => mark >= low && mark <= high);
+}
+
 export const seconds = (value) => value.toFixed(3) + " s";
 
 export function count(value) {

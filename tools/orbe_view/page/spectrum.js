@@ -1,6 +1,6 @@
 // The spectrum of the chosen channel, with its highest peak in words.
 import uPlot from "./uplot/uPlot.js";
-import { axis, color, fit } from "./look.js";
+import { axis, color, decades, fit } from "./look.js";
 
 export class Spectrum {
   constructor(place, title) {
@@ -17,8 +17,9 @@ export class Spectrum {
       },
       series: [{}, { stroke: () => color("trace"), width: 1, points: { show: false } }],
       axes: [
-        axis({ label: "Hz", labelSize: 18 }),
-        axis({ label: "µV/√Hz", labelSize: 18, size: 55 }),
+        // The plot's own marks never end where the first one is rounded onto itself.
+        axis({ label: "Hz", labelSize: 18, splits: (_, __, low, high) => decades(low, high) }),
+        axis({ label: "µV/√Hz", labelSize: 18, size: 55, splits: (_, __, low, high) => decades(low, high) }),
       ],
     }, [[], []], place);
     fit(this.plot, place);
