@@ -38,7 +38,7 @@ constexpr NP_ErrorCode open_failed = VERSION_MISMATCH;
 void end_acquisition() {
     g_stop_requested = true;
     current_mode().turn_readers_away();
-    join_pump_thread();
+    end_pump_thread();
     // There is no pump any more, whoever started it: the next start_acquisition must start one.
     g_acquisition_running = false;
 }
@@ -185,7 +185,7 @@ NP_ErrorCode openBS(int slotID) {
         LOG_F(ERROR, "openBS : %s", exception.what());
         return answer(open_failed);
     }
-    current_mode().opened(slotID);
+    current_mode().opened();
     LOG_F(INFO, "Converter data structures prepared (%d)", slotID);
     return SUCCESS;
 }

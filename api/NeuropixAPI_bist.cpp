@@ -4,6 +4,7 @@
 #include "NeuropixAPI.h"
 
 #include "adapter/Adapter_State.h"
+#include "adapter/Pump_Thread.h"
 #include "modes/Current_Mode.h"
 
 #include <loguru.hpp>
@@ -43,7 +44,7 @@ NP_ErrorCode bistPSB(int slotID, int portID, int /*dockID*/) {
     return forward_to_port("bistPSB", slotID, portID, [&](auto& controller) {
         // The stream has one pump: the test's, for as long as it runs, or that of an acquisition.
         const std::unique_lock stream(*g_stream_mutex, std::try_to_lock);
-        if (!stream.owns_lock() || *g_pump_thread) {
+        if (!stream.owns_lock() || has_pump_thread()) {
             LOG_F(ERROR, "bistPSB needs the stream, which an acquisition uses");
             return false;
         }

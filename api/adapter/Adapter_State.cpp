@@ -14,6 +14,7 @@ Never_Destroyed<std::shared_ptr<RHD_Converter>> g_rhd_converter;
 Never_Destroyed<std::mutex> g_i2c_mutex;
 
 Never_Destroyed<std::mutex> g_stream_mutex;
+Never_Destroyed<std::mutex> g_pump_mutex;
 Never_Destroyed<std::unique_ptr<std::thread>> g_pump_thread;
 std::atomic<bool> g_acquisition_running{false};
 Relaxed<bool> g_stop_requested{false};

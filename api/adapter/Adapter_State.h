@@ -47,6 +47,8 @@ extern Never_Destroyed<std::mutex> g_i2c_mutex;
 // a basestation from being closed.
 extern Never_Destroyed<std::mutex> g_stream_mutex;
 
+// Held while the pump's thread is made and until it has been joined. Taken after the locks above.
+extern Never_Destroyed<std::mutex> g_pump_mutex;
 // There from the start of an acquisition until its pump has been joined.
 extern Never_Destroyed<std::unique_ptr<std::thread>> g_pump_thread;
 extern std::atomic<bool> g_acquisition_running;

@@ -28,6 +28,7 @@ void begin_anew_in_child() {
     g_controller.begin_anew();
     g_np_converters.begin_anew();
     g_rhd_converter.begin_anew();
+    g_pump_mutex.begin_anew();
     g_pump_thread.begin_anew();
     g_acquisition_running = false;
     g_stop_requested = false;

@@ -4,6 +4,7 @@
 #include "adapter/Thread_Priority.h"
 
 #include <exception>
+#include <mutex>
 #include <utility>
 
 namespace Pelgar::ORBE::npoe_adapter {
@@ -40,10 +41,20 @@ void run_pump(const std::shared_ptr<ORBE_Controller_Library>& controller, int sl
     controller->end_raw_capture();
 }
 
+void join_and_forget() {
+    if (*g_pump_thread) {
+        (*g_pump_thread)->join();
+        g_pump_thread->reset();
+    }
+}
+
 } // namespace
 
 void start_pump_thread(std::shared_ptr<ORBE_Controller_Library> controller, int slotID, int portID) {
+    const std::lock_guard lock(*g_pump_mutex);
     g_pump_broke_off = false;
+    g_pump_ended = false;
+    g_stop_requested = false;
     *g_pump_thread = std::make_unique<std::thread>(run_pump, std::move(controller), slotID, portID);
 }
 
@@ -55,10 +66,20 @@ void disable_streaming(const char* name) {
 }
 
 void join_pump_thread() {
-    if (*g_pump_thread) {
-        (*g_pump_thread)->join();
-        g_pump_thread->reset();
-    }
+    const std::lock_guard lock(*g_pump_mutex);
+    join_and_forget();
+}
+
+void end_pump_thread() {
+    const std::lock_guard lock(*g_pump_mutex);
+    // Here and not before: a thread that starts a pump clears it.
+    g_stop_requested = true;
+    join_and_forget();
+}
+
+bool has_pump_thread() {
+    const std::lock_guard lock(*g_pump_mutex);
+    return *g_pump_thread != nullptr;
 }
 
 } // namespace Pelgar::ORBE::npoe_adapter

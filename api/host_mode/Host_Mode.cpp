@@ -38,8 +38,12 @@ Host_Mode& host_mode() {
 Host_Mode::Host_Mode() = default;
 
 void Host_Mode::configure(const Host_Mode_Options& options) {
-    const bool other_devices = options.devices != m_options.devices;
-    m_options = options;
+    bool other_devices = false;
+    {
+        const std::lock_guard lock(m_options_mutex);
+        other_devices = options.devices != m_options.devices;
+        m_options = options;
+    }
     Device_Table& table = options.devices == Host_Mode_Options::Devices::usb   ? m_usb
                           : options.devices == Host_Mode_Options::Devices::pxi ? m_pxi
                                                                                : m_both;
@@ -47,6 +51,11 @@ void Host_Mode::configure(const Host_Mode_Options& options) {
     if (other_devices) {
         close_devices();
     }
+}
+
+Host_Mode_Options Host_Mode::options() const {
+    const std::lock_guard lock(m_options_mutex);
+    return m_options;
 }
 
 // ---- Devices.
@@ -61,11 +70,11 @@ int Host_Mode::list_devices(basestationID* list, int count) {
 }
 
 NP_ErrorCode Host_Mode::device_info(int slotID, basestationID* info) {
-    const auto device = devices().in_slot(slotID);
-    if (!device) {
-        return NO_SLOT;
+    const Host_Device* device = nullptr;
+    if (const auto refused = find_device(slotID, device); refused != SUCCESS) {
+        return refused;
     }
-    write_to_host(info, devices().device(*device).id);
+    write_to_host(info, device->id);
     return SUCCESS;
 }
 
@@ -77,44 +86,60 @@ bool Host_Mode::find_slot(const basestationID* id, int* slotID) {
     return device.has_value();
 }
 
+NP_ErrorCode Host_Mode::find_device(int slotID, const Host_Device*& device) const {
+    const Device_Table& table = devices();
+    const auto found = table.in_slot(slotID);
+    device = found ? &table.device(*found) : nullptr;
+    return found ? SUCCESS : NO_SLOT;
+}
+
 NP_ErrorCode Host_Mode::check_slot(int slotID) const {
-    return devices().in_slot(slotID) ? SUCCESS : NO_SLOT;
+    const Host_Device* device = nullptr;
+    return find_device(slotID, device);
+}
+
+NP_ErrorCode Host_Mode::check_has_adc(int slotID) const {
+    const Host_Device* device = nullptr;
+    if (const auto refused = find_device(slotID, device); refused != SUCCESS) {
+        return refused;
+    }
+    return device->has_adc_inputs ? SUCCESS : NOTSUPPORTED;
+}
+
+NP_ErrorCode Host_Mode::find_open(int slotID, std::size_t& device) const {
+    const auto found = devices().in_slot(slotID);
+    if (!found) {
+        return NO_SLOT;
+    }
+    device = *found;
+    // A process that was forked off has the states of its parent, but no box.
+    return m_states[device].is_open && current_controller() ? SUCCESS : NOT_OPEN;
 }
 
 NP_ErrorCode Host_Mode::check_open(int slotID) const {
-    const auto device = devices().in_slot(slotID);
-    if (!device) {
-        return NO_SLOT;
-    }
-    // A process that was forked off has the states of its parent, but no box.
-    return m_states[*device].is_open && current_controller() ? SUCCESS : NOT_OPEN;
+    std::size_t device = 0;
+    return find_open(slotID, device);
 }
 
 NP_ErrorCode Host_Mode::check_adc(int slotID) const {
-    const auto device = devices().in_slot(slotID);
-    if (!device) {
-        return NO_SLOT;
-    }
-    if (!devices().device(*device).has_adc_inputs) {
-        return NOTSUPPORTED;
-    }
-    return check_open(slotID);
+    const auto refused = check_has_adc(slotID);
+    return refused != SUCCESS ? refused : check_open(slotID);
 }
 
 std::optional<unsigned> Host_Mode::box_port(int slotID, int portID) const {
-    const auto device = devices().in_slot(slotID);
-    if (!device || portID < 1 || portID > devices().device(*device).probe_ports) {
+    const Host_Device* device = nullptr;
+    if (find_device(slotID, device) != SUCCESS || portID < 1 || portID > device->probe_ports) {
         return std::nullopt;
     }
     return port_index(portID);
 }
 
 NP_ErrorCode Host_Mode::check_port(int slotID, int portID) {
-    if (const auto refused = check_open(slotID); refused != SUCCESS) {
+    std::size_t device = 0;
+    if (const auto refused = find_open(slotID, device); refused != SUCCESS) {
         return refused;
     }
-    const Host_Device& device = devices().device(*devices().in_slot(slotID));
-    if (portID < 1 || portID > device.port_count) {
+    if (portID < 1 || portID > devices().device(device).port_count) {
         return WRONG_PORT;
     }
     const auto port = box_port(slotID, portID);
@@ -124,7 +149,7 @@ NP_ErrorCode Host_Mode::check_port(int slotID, int portID) {
 
 bool Host_Mode::has_headstage(ORBE_Controller_Library& controller, unsigned port) const {
     const std::uint32_t ports =
-        controller.is_in_simulation_mode() ? m_simulated_ports : controller.get_cached_np_port_status();
+        controller.is_in_simulation_mode() ? m_simulated_ports.load() : controller.get_cached_np_port_status();
     return ((ports >> port) & 1U) != 0;
 }
 
@@ -145,6 +170,7 @@ std::optional<NP_ErrorCode> Host_Mode::answer_opening(int slotID) {
     const auto controller = current_controller();
     if (!any_is_open() || !controller || !box_is_usable(*controller)) {
         close_devices();
+        m_opening = *device;
         return std::nullopt;
     }
     // Nothing is taken from a host that opens what is open, nor from one that has the other device.
@@ -162,7 +188,11 @@ void Host_Mode::close_devices() {
 }
 
 void Host_Mode::connect_streams(ORBE_Controller_Library& controller) {
-    m_link_is_up = {};
+    {
+        // An operation on the box that was open before may still be under way.
+        const std::lock_guard link(*g_i2c_mutex);
+        m_link_is_up = {};
+    }
     m_sync_source.reset();
     m_adc_inputs.reset();
     m_simulated_ports = controller.is_in_simulation_mode()
@@ -195,8 +225,9 @@ void Host_Mode::connect_streams(ORBE_Controller_Library& controller) {
     controller.set_RHD_aqustion_listener(m_adc_stream);
 }
 
-void Host_Mode::opened(int slotID) {
-    m_states[*devices().in_slot(slotID)].is_open = true;
+void Host_Mode::opened() {
+    // A host may have given it another slot meanwhile.
+    m_states[m_opening].is_open = true;
 }
 
 bool Host_Mode::leave(int slotID) {

@@ -4,6 +4,7 @@
 // takes, because hosts end reading threads by force.
 #pragma once
 
+#include "common/Relaxed.h"
 #include "host_mode/Device_Table.h"
 #include "host_mode/Host_Mode_Options.h"
 #include "host_streams/ADC_Inputs.h"
@@ -19,6 +20,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <mutex>
 #include <optional>
 
 namespace Pelgar::ORBE::npoe_adapter {
@@ -30,7 +32,7 @@ public:
     // Appears from now on as these devices, all of them closed. Not while a basestation is open.
     void configure(const Host_Mode_Options& options);
 
-    const Host_Mode_Options& options() const { return m_options; }
+    Host_Mode_Options options() const;
 
     int list_devices(basestationID* list, int count) override;
     NP_ErrorCode device_info(int slotID, basestationID* info) override;
@@ -38,7 +40,7 @@ public:
 
     std::optional<NP_ErrorCode> answer_opening(int slotID) override;
     void connect_streams(ORBE_Controller_Library& controller) override;
-    void opened(int slotID) override;
+    void opened() override;
     bool leave(int slotID) override;
     void turn_readers_away() override;
 
@@ -91,9 +93,18 @@ private:
         return *m_devices.load(std::memory_order_acquire);
     }
 
-    // SUCCESS when there is such a device; NO_SLOT otherwise.
+    // A device may get another slot at any time: what is to be done with the one in a slot is done with what one
+    // look has found.
+
+    // SUCCESS, and the device in the slot; NO_SLOT when there is none.
+    NP_ErrorCode find_device(int slotID, const Host_Device*& device) const;
     NP_ErrorCode check_slot(int slotID) const;
-    // And when it is open; NOT_OPEN otherwise.
+    // And when it has such a port; WRONG_PORT otherwise.
+    NP_ErrorCode check_stream_port(int slotID, int portID) const;
+    // And when it has the ADC inputs; NOTSUPPORTED otherwise.
+    NP_ErrorCode check_has_adc(int slotID) const;
+    // SUCCESS, and the index of the device in the slot, when it is open; NO_SLOT or NOT_OPEN otherwise.
+    NP_ErrorCode find_open(int slotID, std::size_t& device) const;
     NP_ErrorCode check_open(int slotID) const;
     // And when it has the ADC inputs; NOTSUPPORTED otherwise.
     NP_ErrorCode check_adc(int slotID) const;
@@ -114,12 +125,15 @@ private:
     void close_devices();
     bool any_is_running() const;
 
+    mutable std::mutex m_options_mutex;
     Host_Mode_Options m_options;
     Device_Table m_usb{Host_Mode_Options::Devices::usb};
     Device_Table m_pxi{Host_Mode_Options::Devices::pxi};
     Device_Table m_both{Host_Mode_Options::Devices::both};
     std::atomic<Device_Table*> m_devices{&m_usb};
     std::array<Device_State, Device_Table::most_devices> m_states;
+    // The one that openBS brings the box up for.
+    std::size_t m_opening = 0;
 
     Sync_Source m_sync_source;
     Sync_Levels m_sync_levels;
@@ -135,7 +149,7 @@ private:
         std::make_shared<demux::CP_L2_CH_Results_Null_Writer>();
 
     std::uint32_t m_streaming = 0;       // times that the box has streamed
-    std::uint32_t m_simulated_ports = 0; // of the recording that is open
+    Relaxed<std::uint32_t> m_simulated_ports; // of the recording that is open
     // Of the probes' link, under its lock.
     std::array<bool, probe_port_count> m_link_is_up{};
 };

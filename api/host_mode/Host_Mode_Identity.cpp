@@ -61,21 +61,23 @@ bool Host_Mode::read_gain(ORBE_Controller_Library& controller, unsigned port, in
 
 // The versions of a PXI basestation are compared by hosts; the USB device answers the box's own.
 NP_ErrorCode Host_Mode::bs_getFirmwareInfo(int slotID, firmware_Info* info) {
-    if (const auto refused = check_slot(slotID); refused != SUCCESS) {
+    const Host_Device* device = nullptr;
+    if (const auto refused = find_device(slotID, device); refused != SUCCESS) {
         return refused;
     }
-    if (devices().device(*devices().in_slot(slotID)).id.platformid == NPPlatform_PXI) {
-        write_version(info, m_options.basestation);
+    if (device->id.platformid == NPPlatform_PXI) {
+        write_version(info, options().basestation);
     }
     return SUCCESS;
 }
 
 NP_ErrorCode Host_Mode::bsc_getFirmwareInfo(int slotID, firmware_Info* info) {
-    if (const auto refused = check_slot(slotID); refused != SUCCESS) {
+    const Host_Device* device = nullptr;
+    if (const auto refused = find_device(slotID, device); refused != SUCCESS) {
         return refused;
     }
-    if (devices().device(*devices().in_slot(slotID)).id.platformid == NPPlatform_PXI) {
-        write_version(info, m_options.connect_card);
+    if (device->id.platformid == NPPlatform_PXI) {
+        write_version(info, options().connect_card);
     }
     return SUCCESS;
 }
@@ -172,10 +174,11 @@ NP_ErrorCode Host_Mode::detectBS(int slotID, bool* detected) {
 }
 
 NP_ErrorCode Host_Mode::getBSCSupportedPortCount(int slotID, int* count) {
-    if (const auto refused = check_slot(slotID); refused != SUCCESS) {
+    const Host_Device* device = nullptr;
+    if (const auto refused = find_device(slotID, device); refused != SUCCESS) {
         return refused;
     }
-    write_to_host(count, devices().device(*devices().in_slot(slotID)).port_count);
+    write_to_host(count, device->port_count);
     return SUCCESS;
 }
 

@@ -42,10 +42,10 @@ NP_ErrorCode Host_Mode::start(int slotID, int /*portID*/) {
     // A self test that pumps is waited for.
     const std::lock_guard stream(*g_stream_mutex);
     // It may have been closed meanwhile.
-    if (const auto refused = check_open(slotID); refused != SUCCESS) {
+    std::size_t device = 0;
+    if (const auto refused = find_open(slotID, device); refused != SUCCESS) {
         return refused;
     }
-    const std::size_t device = *devices().in_slot(slotID);
     if (g_pump_broke_off) {
         // Nothing comes any more, whoever triggered.
         end_run(0);
@@ -79,8 +79,10 @@ NP_ErrorCode Host_Mode::arm(int slotID) {
         return refused;
     }
     const std::lock_guard stream(*g_stream_mutex);
-    if (const auto device = devices().in_slot(slotID)) {
-        stop_device(*device);
+    // Who has closed it meanwhile stops it as well.
+    std::size_t device = 0;
+    if (find_open(slotID, device) == SUCCESS) {
+        stop_device(device);
     }
     return SUCCESS;
 }
@@ -117,8 +119,6 @@ NP_ErrorCode Host_Mode::start_box() {
         return enabled;
     }
     g_acquisition_running = true;
-    g_pump_ended = false;
-    g_stop_requested = false;
     try {
         start_pump_thread(current_controller(), 0, 0);
     } catch (const std::system_error& exception) {
@@ -136,8 +136,7 @@ void Host_Mode::stop_box() {
         return;
     }
     disable_streaming("arm");
-    g_stop_requested = true;
-    join_pump_thread();
+    end_pump_thread();
     if (const auto controller = current_controller()) {
         controller->wait_until_delivered();
         controller->drop_unfinished_blocks();
@@ -175,6 +174,14 @@ void Host_Mode::end_run(std::size_t device) {
 
 // ---- Reading.
 
+NP_ErrorCode Host_Mode::check_stream_port(int slotID, int portID) const {
+    const Host_Device* device = nullptr;
+    if (const auto refused = find_device(slotID, device); refused != SUCCESS) {
+        return refused;
+    }
+    return portID >= 1 && portID <= device->port_count ? SUCCESS : WRONG_PORT;
+}
+
 Electrode_Stream* Host_Mode::electrode_stream(int slotID, int portID) const {
     const auto port = box_port(slotID, portID);
     return port ? m_readable_streams.at(*port).load(std::memory_order_acquire) : nullptr;
@@ -183,11 +190,8 @@ Electrode_Stream* Host_Mode::electrode_stream(int slotID, int portID) const {
 NP_ErrorCode Host_Mode::read_electrode_data(int slotID, int portID, electrodePacket* packets,
                                             int* actualAmount, int requestedAmount) {
     write_to_host(actualAmount, 0);
-    if (const auto refused = check_slot(slotID); refused != SUCCESS) {
+    if (const auto refused = check_stream_port(slotID, portID); refused != SUCCESS) {
         return refused;
-    }
-    if (portID < 1 || portID > devices().device(*devices().in_slot(slotID)).port_count) {
-        return WRONG_PORT;
     }
     if (Electrode_Stream* const stream = electrode_stream(slotID, portID)) {
         write_to_host(actualAmount, static_cast<int>(stream->take(packets, at_least_0(requestedAmount))));
@@ -198,11 +202,8 @@ NP_ErrorCode Host_Mode::read_electrode_data(int slotID, int portID, electrodePac
 NP_ErrorCode Host_Mode::electrode_fifo_state(int slotID, int portID, int* packetsAvailable, int* headroom) {
     write_to_host(packetsAvailable, 0);
     write_to_host(headroom, electrode_capacity);
-    if (const auto refused = check_slot(slotID); refused != SUCCESS) {
+    if (const auto refused = check_stream_port(slotID, portID); refused != SUCCESS) {
         return refused;
-    }
-    if (portID < 1 || portID > devices().device(*devices().in_slot(slotID)).port_count) {
-        return WRONG_PORT;
     }
     if (const Electrode_Stream* const stream = electrode_stream(slotID, portID)) {
         const int available = static_cast<int>(stream->available());
@@ -215,11 +216,8 @@ NP_ErrorCode Host_Mode::electrode_fifo_state(int slotID, int portID, int* packet
 NP_ErrorCode Host_Mode::read_adc_packets(int slotID, PacketInfo* packetInfo, int16_t* data, int channelCount,
                                          int packetCount, int* packetsRead) {
     write_to_host(packetsRead, 0);
-    if (const auto refused = check_slot(slotID); refused != SUCCESS) {
+    if (const auto refused = check_has_adc(slotID); refused != SUCCESS) {
         return refused;
-    }
-    if (!devices().device(*devices().in_slot(slotID)).has_adc_inputs) {
-        return NOTSUPPORTED;
     }
     if (channelCount < 0) {
         return PARAMETER_INVALID;
@@ -235,11 +233,8 @@ NP_ErrorCode Host_Mode::read_adc_packets(int slotID, PacketInfo* packetInfo, int
 NP_ErrorCode Host_Mode::ADC_getPacketFifoStatus(int slotID, int* packetsAvailable, int* headroom) {
     write_to_host(packetsAvailable, 0);
     write_to_host(headroom, adc_capacity);
-    if (const auto refused = check_slot(slotID); refused != SUCCESS) {
+    if (const auto refused = check_has_adc(slotID); refused != SUCCESS) {
         return refused;
-    }
-    if (!devices().device(*devices().in_slot(slotID)).has_adc_inputs) {
-        return NOTSUPPORTED;
     }
     if (const ADC_Stream* const stream = m_readable_adc_stream.load(std::memory_order_acquire)) {
         const int available = static_cast<int>(stream->available());

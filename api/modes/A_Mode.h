@@ -34,8 +34,8 @@ public:
     // Makes the ends of the data road and connects them to a controller that has been brought up, but streams
     // nothing yet.
     virtual void connect_streams(ORBE_Controller_Library& controller) = 0;
-    // The basestation is open.
-    virtual void opened(int slotID) = 0;
+    // The basestation that `answer_opening` was asked about is open.
+    virtual void opened() = 0;
     // Whether closeBS has to close the box; otherwise everything is done.
     virtual bool leave(int slotID) = 0;
     // Nothing more comes: readers must not wait any longer.

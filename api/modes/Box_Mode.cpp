@@ -109,18 +109,17 @@ NP_ErrorCode Box_Mode::start(int slotID, int portID) {
     if (!g_acquisition_running.compare_exchange_strong(running, true)) {
         return SUCCESS;
     }
+    const auto controller = current_controller();
     const auto enabled = forward_to_controller("start_acquisition", [](auto& box) {
         box.enable_streaming(true, {0, 1, 2, 3}, true, {}, true);
         return true;
     });
-    if (enabled != SUCCESS) {
+    if (enabled != SUCCESS || !controller) {
         g_acquisition_running = false;
         return SUCCESS;
     }
-    g_pump_ended = false;
-    g_stop_requested = false;
     try {
-        start_pump_thread(current_controller(), slotID, portID);
+        start_pump_thread(controller, slotID, portID);
     } catch (const std::system_error&) {
         disable_streaming("start_acquisition");
         g_acquisition_running = false;

@@ -17,7 +17,7 @@ public:
 
     void connect_streams(ORBE_Controller_Library& controller) override;
 
-    void opened(int /*slotID*/) override {}
+    void opened() override {}
 
     bool leave(int /*slotID*/) override { return true; }
 
