@@ -148,8 +148,8 @@ NP_ErrorCode Host_Mode::check_port(int slotID, int portID) {
 }
 
 bool Host_Mode::has_headstage(ORBE_Controller_Library& controller, unsigned port) const {
-    const std::uint32_t ports =
-        controller.is_in_simulation_mode() ? m_simulated_ports.load() : controller.get_cached_np_port_status();
+    const std::uint32_t ports = controller.is_in_simulation_mode() ? m_simulated_ports.load()
+                                                                   : controller.get_cached_np_port_status();
     return ((ports >> port) & 1U) != 0;
 }
 

@@ -93,8 +93,8 @@ private:
         return *m_devices.load(std::memory_order_acquire);
     }
 
-    // A device may get another slot at any time: what is to be done with the one in a slot is done with what one
-    // look has found.
+    // A device may get another slot at any time: what is to be done with the one in a slot is done with what
+    // one look has found.
 
     // SUCCESS, and the device in the slot; NO_SLOT when there is none.
     NP_ErrorCode find_device(int slotID, const Host_Device*& device) const;
@@ -148,7 +148,7 @@ private:
     const std::shared_ptr<demux::CP_L2_CH_Results_Null_Writer> m_unheard =
         std::make_shared<demux::CP_L2_CH_Results_Null_Writer>();
 
-    std::uint32_t m_streaming = 0;       // times that the box has streamed
+    std::uint32_t m_streaming = 0;            // times that the box has streamed
     Relaxed<std::uint32_t> m_simulated_ports; // of the recording that is open
     // Of the probes' link, under its lock.
     std::array<bool, probe_port_count> m_link_is_up{};

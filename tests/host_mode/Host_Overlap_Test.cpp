@@ -1,5 +1,5 @@
-// Calls of several threads that meet: slots that move under a call, and openings, closings, triggers and arms at
-// the same time. On the virtual box.
+// Calls of several threads that meet: slots that move under a call, and openings, closings, triggers and arms
+// at the same time. On the virtual box.
 #include "Box_Row.h"
 
 #include "Waiter_Guard.h"
