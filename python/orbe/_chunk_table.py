@@ -14,16 +14,17 @@ State = TypeVar("State")
 
 
 class ChunkTable(Generic[State]):
-    """Chunks by their samples, and the gaps between samples."""
+    """Chunks by their samples, and the gaps between samples, as far as the file has been looked through."""
 
     def __init__(self) -> None:
         self._chunks: list[tuple[State, int, int]] = []
         self._ends: list[int] = []
         self.gaps: list[Gap] = []
+        """Lost samples."""
 
     @property
     def end(self) -> int:
-        """The sample behind the last one of all chunks."""
+        """The sample behind the last one that has been found."""
         return self._ends[-1] if self._ends else 0
 
     def add(self, state: State, end_row: int, samples: np.ndarray) -> None:

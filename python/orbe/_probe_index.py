@@ -46,26 +46,16 @@ class _Scan(NamedTuple):
     damaged: int
 
 
-class ProbeIndex:
+class ProbeIndex(ChunkTable[_State]):
     """One probe of a raw recording. `rows` is the whole file, `stream` the port less one."""
 
     def __init__(self, rows: np.ndarray, stream: int) -> None:
+        super().__init__()
         self._rows = rows
         self._stream = stream
         self._state = _State()
-        self._chunks: ChunkTable[_State] = ChunkTable()
         self._lfp_first = 0
         self.damaged_super_frames = 0
-
-    @property
-    def end(self) -> int:
-        """The sample behind the last one that has been found."""
-        return self._chunks.end
-
-    @property
-    def gaps(self) -> list[Gap]:
-        """Lost AP samples, as far as has been looked through."""
-        return self._chunks.gaps
 
     @property
     def lfp_end(self) -> int:
@@ -100,7 +90,7 @@ class ProbeIndex:
         if is_first:
             self._lfp_first = int(-scan.slots[0] % SLOTS)
         self._remember_lfp(scan)
-        self._chunks.add(begin, end_row, scan.samples)
+        self.add(begin, end_row, scan.samples)
 
     def ap(self, start: int, stop: int) -> np.ndarray:
         """AP counts, int16, shape (stop - start, 384), 0 where samples are lost."""
@@ -137,7 +127,7 @@ class ProbeIndex:
         return counts
 
     def _scans(self, start: int, stop: int) -> Iterator[tuple[_State, _Scan]]:
-        for state, end_row in self._chunks.overlapping(start, stop):
+        for state, end_row in self.overlapping(start, stop):
             places = _rows.rows_of(self._rows, self._stream, state.row, end_row)
             yield state, self._scan(state.copy(), end_row, places)
 

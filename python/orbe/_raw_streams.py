@@ -3,7 +3,7 @@
 from __future__ import annotations
 
 from dataclasses import replace
-from typing import Callable, Optional, Protocol
+from typing import Callable, Generic, Optional, Protocol, TypeVar
 
 import numpy as np
 
@@ -13,6 +13,7 @@ from orbe.stream import Channels, Gap, Stream, StreamInfo
 from orbe.units import AP_RATE, AP_SAMPLES_PER_LFP_SAMPLE
 
 _STEP = AP_SAMPLES_PER_LFP_SAMPLE
+Index = TypeVar("Index", ProbeIndex, RhdIndex)
 
 
 class IndexedFile(Protocol):
@@ -55,10 +56,12 @@ class RawStream(Stream):
         return counts if channels is None else counts[:, channels]
 
 
-class ApStream(RawStream):
-    def __init__(self, info: StreamInfo, raw: IndexedFile, index: ProbeIndex) -> None:
+class FullRateStream(RawStream, Generic[Index]):
+    """A stream whose samples are those of its index."""
+
+    def __init__(self, info: StreamInfo, raw: IndexedFile, index: Index) -> None:
         super().__init__(info, raw)
-        self._index = index
+        self._index: Index = index
 
     @property
     def gaps(self) -> list[Gap]:
@@ -68,11 +71,13 @@ class ApStream(RawStream):
     def _known_end(self) -> int:
         return self._index.end
 
-    def _counts(self, start: int, stop: int) -> np.ndarray:
-        return self._index.ap(start, stop)
-
     def _sync_levels(self, start: int, stop: int) -> np.ndarray:
         return self._raw.sync_levels(start, stop)
+
+
+class ApStream(FullRateStream[ProbeIndex]):
+    def _counts(self, start: int, stop: int) -> np.ndarray:
+        return self._index.ap(start, stop)
 
 
 class LfpStream(RawStream):
@@ -101,21 +106,6 @@ class LfpStream(RawStream):
         return self._raw.sync_levels(first, last)[::_STEP]
 
 
-class AdcStream(RawStream):
-    def __init__(self, info: StreamInfo, raw: IndexedFile, index: RhdIndex) -> None:
-        super().__init__(info, raw)
-        self._index = index
-
-    @property
-    def gaps(self) -> list[Gap]:
-        self._raw.index()
-        return list(self._index.gaps)
-
-    def _known_end(self) -> int:
-        return self._index.end
-
+class AdcStream(FullRateStream[RhdIndex]):
     def _counts(self, start: int, stop: int) -> np.ndarray:
         return self._index.inputs(start, stop)
-
-    def _sync_levels(self, start: int, stop: int) -> np.ndarray:
-        return self._raw.sync_levels(start, stop)

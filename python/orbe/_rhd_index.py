@@ -13,7 +13,6 @@ from orbe._chunk_table import ChunkTable
 from orbe._counters import RhdStampCounter, SampleCounter
 from orbe._rows import PAYLOAD_WORDS, RHD_STREAM
 from orbe.errors import RecordingError
-from orbe.stream import Gap
 
 INPUTS = 8
 _PREAMBLE = (0x2A53, 0x3813, 0x2AAA, 0xD7A2)
@@ -55,25 +54,15 @@ class _Scan(NamedTuple):
     damaged: int
 
 
-class RhdIndex:
+class RhdIndex(ChunkTable[_State]):
     """The ADC inputs of a raw recording. `rows` is the whole file."""
 
     def __init__(self, rows: np.ndarray) -> None:
+        super().__init__()
         self._rows = rows
         self._length = _find_frame_length(rows)
         self._state = _State()
-        self._chunks: ChunkTable[_State] = ChunkTable()
         self.damaged_frames = 0
-
-    @property
-    def end(self) -> int:
-        """The sample behind the last one that has been found."""
-        return self._chunks.end
-
-    @property
-    def gaps(self) -> list[Gap]:
-        """Lost samples, as far as has been looked through."""
-        return self._chunks.gaps
 
     def extend(self, end_row: int, places: np.ndarray) -> None:
         """Looks through the rows up to `end_row`; those at `places` are the stream's that no call before had."""
@@ -83,7 +72,7 @@ class RhdIndex:
         scan = self._scan(self._state, end_row, np.concatenate((early, places)))
         self.damaged_frames += scan.damaged
         if scan.samples.size:
-            self._chunks.add(begin, end_row, scan.samples)
+            self.add(begin, end_row, scan.samples)
 
     def inputs(self, start: int, stop: int) -> np.ndarray:
         """Counts of the eight inputs, int16, shape (stop - start, 8), 0 where samples are lost."""
@@ -105,7 +94,7 @@ class RhdIndex:
         return words
 
     def _scans(self, start: int, stop: int) -> Iterator[_Scan]:
-        for state, end_row in self._chunks.overlapping(start, stop):
+        for state, end_row in self.overlapping(start, stop):
             places = _rows.rows_of(self._rows, RHD_STREAM, state.row, end_row)
             yield self._scan(state.copy(), end_row, places)
 
