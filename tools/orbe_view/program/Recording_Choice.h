@@ -1,14 +1,15 @@
 // Program orbe-view. Finds out what a file or a folder is a recording of. Main thread; blocks on the disk.
 #pragma once
 
-#include "sources/Recording_Source.h"
+#include "sources/A_Recording.h"
 
 #include <filesystem>
+#include <memory>
 
 namespace Pelgar::ORBE::view {
 
 // A folder that orbe-record writes, or has written, in the format "raw" may still be growing. Throws
 // std::runtime_error that says what is wrong, and std::system_error for what cannot be read.
-Recording_Choice choose_recording(const std::filesystem::path& path);
+std::unique_ptr<A_Recording> choose_recording(const std::filesystem::path& path);
 
 } // namespace Pelgar::ORBE::view

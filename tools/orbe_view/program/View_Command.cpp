@@ -8,6 +8,7 @@
 #include "library_run/Quiet_Library.h"
 #include "library_run/Working_Directory.h"
 #include "showing/Picture_Show.h"
+#include "sources/Recording_Source.h"
 #include "terminal/Exit_Codes.h"
 #include "terminal/File_Descriptors.h"
 #include "terminal/Text_Format.h"
@@ -37,9 +38,8 @@ constexpr auto between_looks = std::chrono::milliseconds(50);
 std::unique_ptr<A_Source> make_source(const View_Options& options,
                                       const tools::Working_Directory& directory) {
     if (options.recording) {
-        Recording_Choice choice = choose_recording(*options.recording);
-        choice.spike_microvolts = options.spike_microvolts;
-        return std::make_unique<Recording_Source>(std::move(choice));
+        return std::make_unique<Recording_Source>(choose_recording(*options.recording),
+                                                  options.spike_microvolts);
     }
     directory.write_switch("ORBE_HOST_MODE", "both");
     if (options.simulation) {

@@ -10,7 +10,7 @@ namespace {
 
 constexpr double rate = recorder::ap_sample_rate;
 
-// Behind a jump so much before the time is decoded as well: pictures of seconds are whole at once.
+// Behind a jump so much before the time is shown as well: pictures of seconds are whole at once.
 constexpr std::uint64_t samples_before = 3 * recorder::ap_sample_rate;
 // From so near the end of a growing recording on it is followed.
 constexpr double nearly_the_end = 0.2;
@@ -21,13 +21,12 @@ constexpr auto patience = std::chrono::milliseconds(10);
 
 } // namespace
 
-Recording_Source::Recording_Source(Recording_Choice choice)
-    : m_choice(std::move(choice)),
-      m_histories(m_choice.description.probes, m_choice.description.adc.has_value(),
-                  m_choice.description.adc ? m_choice.description.adc->range_volts : 1.0,
-                  m_choice.spike_microvolts),
-      m_index(m_choice.file, m_choice.grows), m_jump(Jump{0, m_choice.grows}),
-      m_thread(&Recording_Source::run, this) {}
+Recording_Source::Recording_Source(std::unique_ptr<A_Recording> recording, double spike_microvolts)
+    : m_recording(std::move(recording)),
+      m_histories(m_recording->description().probes, m_recording->description().adc.has_value(),
+                  m_recording->description().adc ? m_recording->description().adc->range_volts : 1.0,
+                  spike_microvolts),
+      m_jump(Jump{0, m_recording->grows()}), m_thread(&Recording_Source::run, this) {}
 
 Recording_Source::~Recording_Source() {
     {
@@ -40,13 +39,13 @@ Recording_Source::~Recording_Source() {
 
 Source_Status Recording_Source::status() const {
     Source_Status status;
-    status.name = m_choice.file.filename().string();
-    status.kind = m_choice.grows ? "growing" : "recording";
+    status.name = m_recording->name();
+    status.kind = m_recording->grows() ? "growing" : "recording";
     status.can_jump = true;
     status.position = m_position;
-    status.length = static_cast<double>(m_index.length()) / rate;
-    status.known_part = m_index.known_part();
-    status.problem = m_index.problem();
+    status.length = static_cast<double>(m_recording->length()) / rate;
+    status.known_part = m_recording->known_part();
+    status.problem = m_recording->problem();
     const std::lock_guard lock(m_mutex);
     status.is_playing = m_plays;
     if (!m_problem.empty()) {
@@ -56,12 +55,13 @@ Source_Status Recording_Source::status() const {
 }
 
 void Recording_Source::jump(double seconds, bool plays) {
-    const double last = static_cast<double>(m_index.length()) / rate;
+    const double last = static_cast<double>(m_recording->length()) / rate;
     const double wanted = std::clamp(seconds, 0.0, last);
+    const double near_end = last - nearly_the_end - static_cast<double>(m_recording->burst()) / rate;
     {
         const std::lock_guard lock(m_mutex);
         m_jump = Jump{static_cast<std::uint64_t>(wanted * rate + 0.5),
-                      m_choice.grows && plays && wanted > last - nearly_the_end};
+                      m_recording->grows() && plays && wanted > near_end};
         m_plays = plays;
     }
     m_changed.notify_all();
@@ -86,6 +86,7 @@ void Recording_Source::run() {
 
 void Recording_Source::run_until_stopped() {
     while (true) {
+        m_recording->look();
         if (const std::optional<Jump> jump = take_jump()) {
             begin(*jump);
         }
@@ -95,64 +96,59 @@ void Recording_Source::run_until_stopped() {
                 return;
             }
         }
-        if (!m_player || !advance()) {
+        if (!m_has_begun || !advance()) {
             wait(patience);
         }
     }
 }
 
 std::optional<Recording_Source::Jump> Recording_Source::take_jump() {
-    if (m_index.size() == 0) {
+    if (m_recording->size() == 0) {
         return std::nullopt; // nothing is known yet
     }
     const std::lock_guard lock(m_mutex);
     if (m_jump && m_jump->follows) {
-        if (m_index.known_part() < nearly_all) {
+        if (m_recording->known_part() < nearly_all) {
             return std::nullopt;
         }
-        m_jump->sample = m_index.length();
+        m_jump->sample = m_recording->length();
     }
     return std::exchange(m_jump, std::nullopt);
 }
 
 void Recording_Source::begin(const Jump& jump) {
-    const std::size_t piece = m_index.piece_of(jump.sample - std::min(jump.sample, samples_before));
-    const auto place = m_index.piece(piece);
-    m_player.reset();
+    const std::size_t piece = m_recording->piece_of(jump.sample - std::min(jump.sample, samples_before));
     m_histories.clear();
-    m_player = std::make_unique<Recording_Player>(m_choice.file, m_choice.description, m_histories, piece,
-                                                  place.value_or(Recording_Index::Piece{}));
+    m_recording->begin(piece, m_histories);
+    m_has_begun = true;
     m_target = jump.sample;
     m_position = jump.sample;
     m_follows = jump.follows;
     m_was_playing = false;
     m_health_piece = piece;
-    for (std::size_t probe = 0; probe < m_histories.probe_count(); ++probe) {
-        const Probe_History& history = m_histories.probe(probe);
-        // What was lost before the jump has been told.
-        m_health_lost[static_cast<std::size_t>(history.description().port) - 1] =
-            Probe_History::Reading(history).lost_samples();
-    }
 }
 
-// Decodes the next piece when it is its time. False when there is nothing to do.
+// Shows the next piece when it is its time. False when there is nothing to do.
 bool Recording_Source::advance() {
-    const std::size_t number = m_player->next_piece();
-    const auto piece = m_index.piece(number);
+    const std::size_t number = m_recording->next();
+    const auto piece = m_recording->begin_of(number);
     bool plays = false;
     {
         const std::lock_guard lock(m_mutex);
         plays = m_plays;
     }
     m_follows = m_follows && plays;
-    const bool is_behind = piece && (m_follows || piece->sample <= m_target);
+    const std::uint64_t burst = m_recording->burst();
+    const bool must_catch_up = m_follows && piece && (burst == 0 || *piece + burst <= m_recording->length());
+    const bool is_behind = piece && (must_catch_up || *piece <= m_target);
     if (!is_behind && !plays) {
         m_was_playing = false;
         m_target = m_position;
         return false;
     }
-    if (m_follows) {
-        m_position = std::max<std::uint64_t>(m_position, piece ? piece->sample : m_index.length());
+    if (must_catch_up || (m_follows && burst == 0)) {
+        m_was_playing = false;
+        m_position = std::max<std::uint64_t>(m_position, piece.value_or(m_recording->length()));
     } else if (!is_behind) {
         const auto now = Clock::now();
         if (!m_was_playing) {
@@ -162,68 +158,33 @@ bool Recording_Source::advance() {
         }
         const std::chrono::duration<double> passed = now - m_anchor_time;
         const std::uint64_t due = m_anchor_sample + static_cast<std::uint64_t>(passed.count() * rate);
-        const std::uint64_t there = piece ? piece->sample : m_index.length();
+        const std::uint64_t there = piece.value_or(m_recording->length());
         m_position = std::min(due, std::max<std::uint64_t>(there, m_position));
         if (!piece) {
             // The end, of now or for good: time goes on with what comes.
             m_anchor_time = now;
             m_anchor_sample = m_position;
-        } else if (due < piece->sample) {
+        } else if (due < *piece) {
             return false;
         }
     }
     if (!piece) {
         return false;
     }
-    const bool decoded = m_player->decode_piece(m_index.is_complete() && number + 1 == m_index.size());
-    if (decoded) {
+    const bool shown = m_recording->show_next(m_histories);
+    if (shown) {
         follow_health(number);
     }
-    return decoded;
+    return shown;
 }
 
 void Recording_Source::follow_health(std::size_t piece) {
-    const auto begin = m_index.piece(m_health_piece);
-    const auto end = m_index.piece(piece + 1);
-    if (begin && end && end->sample >= begin->sample + health_samples) {
-        m_histories.health().add(health_of(m_health_piece, piece + 1));
+    const auto begin = m_recording->begin_of(m_health_piece);
+    const auto end = m_recording->begin_of(piece + 1);
+    if (begin && end && *end >= *begin + health_samples) {
+        m_histories.health().add(m_recording->health_of(m_health_piece, piece + 1, m_histories));
         m_health_piece = piece + 1;
     }
-}
-
-Health Recording_Source::health_of(std::size_t begin, std::size_t end) {
-    Health health;
-    const std::uint64_t first = m_index.piece(begin)->sample;
-    const std::uint64_t last = m_index.piece(end)->sample;
-    const double seconds = static_cast<double>(last - first) / rate;
-    health.seconds = static_cast<double>(last) / rate;
-    for (Stream_Health& stream : health.streams) {
-        stream.rate = 0.0;
-        stream.row_gaps = 0.0;
-    }
-    for (std::size_t port = 0; port < port_count; ++port) {
-        health.streams[port].frame_gaps = 0.0;
-        health.streams[port].wrong_tags = 0.0;
-    }
-    for (std::size_t number = begin; number < end; ++number) {
-        const Recording_Index::Piece piece = *m_index.piece(number);
-        for (std::size_t stream = 0; stream < stream_count; ++stream) {
-            health.streams[stream].rate += piece.samples[stream] / seconds;
-            health.streams[stream].row_gaps += piece.row_gaps[stream];
-        }
-        for (std::size_t port = 0; port < port_count; ++port) {
-            health.streams[port].frame_gaps += piece.frame_gaps[port];
-            health.streams[port].wrong_tags += piece.wrong_tags[port];
-        }
-    }
-    for (std::size_t probe = 0; probe < m_histories.probe_count(); ++probe) {
-        const Probe_History& history = m_histories.probe(probe);
-        const auto port = static_cast<std::size_t>(history.description().port) - 1;
-        const std::uint64_t lost = Probe_History::Reading(history).lost_samples();
-        health.streams[port].lost_samples = static_cast<double>(lost - std::min(lost, m_health_lost[port]));
-        m_health_lost[port] = lost;
-    }
-    return health;
 }
 
 void Recording_Source::wait(std::chrono::milliseconds time) {

@@ -1,17 +1,14 @@
-// Program orbe-view, sources. A raw recording, whole or still growing, that is played for all pages together:
-// a thread decodes it at the pace of its time, and as fast as it can after a jump and behind the end of a
-// growing one.
+// Program orbe-view, sources. A recording, whole or still growing, that is played for all pages together: a
+// thread shows it at the pace of its time, and as fast as it can after a jump and behind the end of a growing
+// one.
 #pragma once
 
-#include "description/Recording_Description.h"
+#include "sources/A_Recording.h"
 #include "sources/A_Source.h"
-#include "sources/Recording_Index.h"
-#include "sources/Recording_Player.h"
 
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
-#include <filesystem>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -19,16 +16,10 @@
 
 namespace Pelgar::ORBE::view {
 
-struct Recording_Choice {
-    std::filesystem::path file;
-    bool grows = false;
-    recorder::Recording_Description description;
-    double spike_microvolts = 100.0;
-};
-
 class Recording_Source final : public A_Source {
 public:
-    explicit Recording_Source(Recording_Choice choice);
+    // A spike is a fall below the channel's mean by so many microvolts.
+    Recording_Source(std::unique_ptr<A_Recording> recording, double spike_microvolts);
     ~Recording_Source() override;
 
     const Histories& histories() const override { return m_histories; }
@@ -38,7 +29,7 @@ public:
     void play(bool plays) override;
 
     std::vector<Damage_Counts> damage(std::size_t stretches) const override {
-        return m_index.damage(stretches);
+        return m_recording->damage(stretches);
     }
 
 private:
@@ -55,12 +46,10 @@ private:
     void begin(const Jump& jump);
     bool advance();
     void follow_health(std::size_t piece);
-    Health health_of(std::size_t begin, std::size_t end);
     void wait(std::chrono::milliseconds time);
 
-    Recording_Choice m_choice;
+    const std::unique_ptr<A_Recording> m_recording;
     Histories m_histories;
-    Recording_Index m_index;
 
     mutable std::mutex m_mutex;
     std::condition_variable m_changed;
@@ -72,14 +61,13 @@ private:
     std::atomic<std::uint64_t> m_position{0};
 
     // Of the thread.
-    std::unique_ptr<Recording_Player> m_player;
-    std::uint64_t m_target = 0;      // decoded as fast as possible up to here
+    bool m_has_begun = false;
+    std::uint64_t m_target = 0;      // shown as fast as possible up to here
     bool m_follows = false;          // the end of a growing recording
     Clock::time_point m_anchor_time; // when sample m_anchor_sample is due
     std::uint64_t m_anchor_sample = 0;
     bool m_was_playing = false;
     std::size_t m_health_piece = 0;
-    std::array<std::uint64_t, stream_count> m_health_lost{};
 
     std::thread m_thread; // last: it uses the others
 };
