@@ -52,6 +52,22 @@ TEST(Stream_History, ShowsBinsForWiderColumnsAndForWhatIsLongAgo) {
     EXPECT_EQ(extents(history, {12, 2, 1}, 0), (std::vector<Extent>{{10, 19}}));
 }
 
+TEST(Stream_History, IsToldOfLossesBehindWhichNothingHasCome) {
+    Stream_History history(size);
+    history.append_lost(100, 5); // to begin with
+    EXPECT_EQ(history.begin(), 100U);
+    EXPECT_EQ(history.end(), 105U);
+    append(history, 105, 110);
+    history.append_lost(110, 20);
+    history.append_lost(130, 0);
+    EXPECT_EQ(lost(history, {100, 1, 7}), (std::vector<std::uint32_t>{1, 1, 1, 1, 1, 0, 0}));
+    EXPECT_EQ(lost(history, {100, 10, 3}), (std::vector<std::uint32_t>{5, 10, 10}));
+    EXPECT_EQ(extents(history, {100, 10, 2}, 0), (std::vector<Extent>{{105, 109}, Extent()}));
+    history.append_lost(130, 1000); // longer than what is remembered
+    EXPECT_EQ(history.end(), 1130U);
+    EXPECT_EQ(lost(history, {1000, 10, 13}), std::vector<std::uint32_t>(13, 10));
+}
+
 TEST(Stream_History, HasNothingBeforeItsBeginningAndBehindItsEnd) {
     Stream_History history(size);
     append(history, 105, 115);

@@ -15,6 +15,14 @@ void ADC_History::append(std::span<const Row> rows) {
     }
 }
 
+void ADC_History::append_lost(std::uint64_t first, std::uint64_t count) {
+    const std::lock_guard lock(m_mutex);
+    m_lost += count;
+    m_has_next = true;
+    m_next = first + count;
+    m_stream.append_lost(first, count);
+}
+
 void ADC_History::clear() {
     const std::lock_guard lock(m_mutex);
     m_stream.clear();

@@ -16,6 +16,8 @@ public:
     static constexpr std::size_t analog_inputs = 8;
     static constexpr std::size_t ttl_inputs = 4;
     static constexpr std::size_t width = analog_inputs + ttl_inputs;
+    // The comparators of the inputs that the box lacks show its TTL inputs.
+    static constexpr std::size_t first_ttl_comparator = analog_inputs;
 
     // Volts of a sample of 32768.
     explicit ADC_History(double range_volts) : m_range_volts(range_volts) {}
@@ -29,6 +31,8 @@ public:
     };
 
     void append(std::span<const Row> rows);
+    // So many rows from number `first` on are lost.
+    void append_lost(std::uint64_t first, std::uint64_t count);
     void clear();
 
     class Reading {

@@ -15,11 +15,11 @@ namespace Pelgar::ORBE::view {
 
 class Histories {
 public:
-    // `has_adc`: whether the ADC inputs are there.
+    // `has_adc`: whether the ADC inputs are there. `channels`: those of each probe that are; none: all.
     Histories(const std::vector<recorder::Probe_Description>& probes, bool has_adc, double adc_range_volts,
-              double spike_microvolts) {
+              double spike_microvolts, const std::vector<int>& channels = {}) {
         for (const recorder::Probe_Description& probe : probes) {
-            m_probes.push_back(std::make_unique<Probe_History>(probe, spike_microvolts));
+            m_probes.push_back(std::make_unique<Probe_History>(probe, spike_microvolts, channels));
         }
         if (has_adc) {
             m_adc = std::make_unique<ADC_History>(adc_range_volts);

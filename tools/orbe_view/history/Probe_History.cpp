@@ -21,9 +21,17 @@ std::array<float, recorder::channel_count> spike_counts(const recorder::Probe_De
 
 } // namespace
 
-Probe_History::Probe_History(const recorder::Probe_Description& description, double spike_microvolts)
+Probe_History::Probe_History(const recorder::Probe_Description& description, double spike_microvolts,
+                             const std::vector<int>& channels)
     : m_description(description), m_ap(ap_size), m_lfp(lfp_size),
-      m_statistics(spike_counts(description, spike_microvolts)) {}
+      m_statistics(spike_counts(description, spike_microvolts)) {
+    for (const int channel : channels) {
+        m_channels.set(static_cast<std::size_t>(channel));
+    }
+    if (channels.empty()) {
+        m_channels.set();
+    }
+}
 
 float Probe_History::scale(Band band, std::size_t channel) const {
     const recorder::Channel_Description& settings = m_description.channels.at(channel);
@@ -35,23 +43,51 @@ void Probe_History::append(std::span<const Packet> packets) {
     const std::lock_guard lock(m_mutex);
     for (const Packet& packet : packets) {
         for (std::size_t row = 0; row < packet.numbers.size(); ++row) {
-            const std::uint64_t number = packet.numbers[row];
-            if (m_has_next && number > m_next) {
-                m_lost += number - m_next;
-                m_statistics.skip();
-            }
-            m_has_next = true;
-            m_next = number + 1;
-            m_ap.append(number, packet.packet->apData[row]);
-            m_statistics.add(packet.packet->apData[row]);
+            add_ap(packet.numbers[row], packet.packet->apData[row]);
         }
-        m_samples += packet.numbers.size();
         const std::uint64_t lfp_number = packet.numbers[0] / NP1_PROBE_SUPERFRAMESIZE;
         // Behind a loss two packets can begin in the same LFP sample.
         if (lfp_number >= m_lfp.end()) {
             m_lfp.append(lfp_number, packet.packet->lfpData);
         }
     }
+}
+
+void Probe_History::append(Band band, std::uint64_t first, std::span<const std::int16_t> rows) {
+    const std::lock_guard lock(m_mutex);
+    for (std::size_t at = 0; at < rows.size(); at += recorder::channel_count, ++first) {
+        const auto values = rows.subspan(at, recorder::channel_count);
+        if (band == Band::ap) {
+            add_ap(first, values);
+        } else {
+            m_lfp.append(first, values);
+        }
+    }
+}
+
+void Probe_History::append_lost(Band band, std::uint64_t first, std::uint64_t count) {
+    const std::lock_guard lock(m_mutex);
+    if (band == Band::ap) {
+        m_lost += count;
+        m_has_next = true;
+        m_next = first + count;
+        m_ap.append_lost(first, count);
+        m_statistics.skip();
+    } else {
+        m_lfp.append_lost(first, count);
+    }
+}
+
+void Probe_History::add_ap(std::uint64_t number, std::span<const std::int16_t> values) {
+    if (m_has_next && number > m_next) {
+        m_lost += number - m_next;
+        m_statistics.skip();
+    }
+    m_has_next = true;
+    m_next = number + 1;
+    m_ap.append(number, values);
+    m_statistics.add(values);
+    ++m_samples;
 }
 
 void Probe_History::clear() {

@@ -10,9 +10,12 @@
 #include <NeuropixAPI.h>
 
 #include <array>
+#include <bitset>
+#include <cstddef>
 #include <cstdint>
 #include <mutex>
 #include <span>
+#include <vector>
 
 namespace Pelgar::ORBE::view {
 
@@ -23,10 +26,14 @@ enum class Band { ap, lfp };
 
 class Probe_History {
 public:
-    // A spike is a fall below the channel's mean by so many microvolts.
-    Probe_History(const recorder::Probe_Description& description, double spike_microvolts);
+    // A spike is a fall below the channel's mean by so many microvolts. Of a recording that holds only some
+    // channels these are `channels`; none: all are there.
+    Probe_History(const recorder::Probe_Description& description, double spike_microvolts,
+                  const std::vector<int>& channels = {});
 
     const recorder::Probe_Description& description() const { return m_description; }
+
+    bool has(std::size_t channel) const { return m_channels.test(channel); }
 
     // Microvolts a count.
     float scale(Band band, std::size_t channel) const;
@@ -38,6 +45,10 @@ public:
     };
 
     void append(std::span<const Packet> packets);
+    // Rows of one band that follow each other from number `first` on, each with a value for every channel.
+    void append(Band band, std::uint64_t first, std::span<const std::int16_t> rows);
+    // So many of them are lost.
+    void append_lost(Band band, std::uint64_t first, std::uint64_t count);
     void clear();
 
     // ---- What the reader sees of both, while it holds the object.
@@ -63,7 +74,10 @@ public:
     };
 
 private:
+    void add_ap(std::uint64_t number, std::span<const std::int16_t> values);
+
     recorder::Probe_Description m_description;
+    std::bitset<recorder::channel_count> m_channels;
     mutable std::mutex m_mutex;
     Stream_History m_ap;
     Stream_History m_lfp;

@@ -15,17 +15,7 @@ void Stream_History::clear() {
 }
 
 void Stream_History::append(std::uint64_t number, std::span<const std::int16_t> values) {
-    const std::uint64_t kept = (m_size.bins - 1) * m_size.rows_per_bin;
-    if (m_is_empty || number < m_end || number - m_end >= kept) {
-        clear();
-        m_is_empty = false;
-        m_begin = number;
-        m_end = number;
-        begin_bin(number / m_size.rows_per_bin);
-    }
-    while (m_end < number) {
-        lose(m_end);
-    }
+    go_to(number);
     if (number % m_size.rows_per_bin == 0) {
         begin_bin(number / m_size.rows_per_bin);
     }
@@ -42,8 +32,37 @@ void Stream_History::append(std::uint64_t number, std::span<const std::int16_t> 
         highs[value] = std::max(highs[value], samples[value]);
     }
     m_end = number + 1;
-    if (m_end - m_begin > kept) {
-        m_begin = m_end - kept;
+    forget();
+}
+
+void Stream_History::append_lost(std::uint64_t number, std::uint64_t count) {
+    if (count == 0) {
+        return;
+    }
+    go_to(number);
+    for (const std::uint64_t end = number + count; number < end; ++number) {
+        lose(number);
+    }
+    forget();
+}
+
+// Up to this row what has not come is lost. Behind what is remembered, or before it, everything begins anew.
+void Stream_History::go_to(std::uint64_t number) {
+    if (m_is_empty || number < m_end || number - m_end >= remembered_rows()) {
+        clear();
+        m_is_empty = false;
+        m_begin = number;
+        m_end = number;
+        begin_bin(number / m_size.rows_per_bin);
+    }
+    while (m_end < number) {
+        lose(m_end);
+    }
+}
+
+void Stream_History::forget() {
+    if (m_end - m_begin > remembered_rows()) {
+        m_begin = m_end - remembered_rows();
     }
 }
 

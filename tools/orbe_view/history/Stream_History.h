@@ -27,6 +27,9 @@ public:
     // Row number `number`, which is later than all before; those left out are lost.
     void append(std::uint64_t number, std::span<const std::int16_t> values);
 
+    // So many rows from `number` on are lost; as above.
+    void append_lost(std::uint64_t number, std::uint64_t count);
+
     // Nothing was there. The next row begins anew wherever it likes.
     void clear();
 
@@ -49,8 +52,12 @@ public:
     std::size_t latest(std::size_t value, std::uint64_t end, std::span<std::int16_t> destination) const;
 
 private:
+    std::uint64_t remembered_rows() const { return (m_size.bins - 1) * m_size.rows_per_bin; }
+
     bool has_row(std::uint64_t number) const;
     void begin_bin(std::uint64_t bin);
+    void go_to(std::uint64_t number);
+    void forget();
     void lose(std::uint64_t number);
     Extent extent_of(std::uint64_t begin, std::uint64_t end, std::size_t value) const;
     std::uint64_t first_whole_row() const;

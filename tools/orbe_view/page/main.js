@@ -300,9 +300,11 @@ function showMap() {
   map.show(here.channels, channels[measure], measure === "rms" ? "µV" : "/s", view.selected,
     [view.first, view.first + view.count]);
   const electrode = here.channels[view.selected][2];
-  const isSilent = channels.rms.every((value) => value === 0);
+  const isSilent = channels.rms.every((value) => !(value > 0));
   element("channel").textContent = isSilent
     ? `Port ${view.port}: no data`
+    : Number.isNaN(channels.rms[view.selected])
+    ? `Channel ${view.selected} is not in the recording`
     : `Channel ${view.selected}, ${electrode < 0 ? "connected to nothing" : "electrode " + electrode}: ` +
       `${channels.rms[view.selected].toFixed(1)} µV RMS, ${channels.spikes[view.selected].toFixed(1)} spikes/s`;
 }

@@ -20,7 +20,9 @@ export class Probe_Map {
 
   // `channels`: of each x, y and electrode. `shown`: the first channel of the traces, and the one behind them.
   show(channels, values, unit, chosen, shown) {
-    Object.assign(this, { channels, values: Array.from(values), unit, chosen, shown });
+    // What is not in the recording is no number.
+    const known = Array.from(values, (value) => (Number.isNaN(value) ? null : value));
+    Object.assign(this, { channels, values: known, unit, chosen, shown });
     this.draw();
   }
 
@@ -49,7 +51,7 @@ export class Probe_Map {
     }
     const { context, width, height } = canvasOf(this.canvas);
     const { row, field, place, bars } = this.layout(width, height);
-    const sorted = this.values.slice().sort((a, b) => a - b);
+    const sorted = this.values.filter((value) => value !== null).sort((a, b) => a - b);
     const most = niceAbove(sorted[Math.floor(sorted.length * 0.98)] ?? 0);
     const longest = width - bars - 4;
     for (let channel = 0; channel < this.channels.length; ++channel) {
@@ -57,8 +59,8 @@ export class Probe_Map {
       const part = (this.values[channel] ?? 0) / most;
       context.fillStyle = heat(part);
       context.fillRect(left, top, field, Math.max(row - 0.5, 1));
-      if (this.channels[channel][2] < 0) {
-        // Connected to nothing.
+      if (this.channels[channel][2] < 0 || this.values[channel] === null) {
+        // Connected to nothing, or not there.
         context.strokeStyle = color("ink");
         context.strokeRect(left, top, field, Math.max(row, 2));
       }

@@ -2,7 +2,8 @@
 // shown. Damage has a mark of its own for each kind.
 import { canvasOf, color, count, fontOf, seconds } from "./look.js";
 
-const kinds = [["row counter", "▲"], ["frame counter", "◆"], ["wrong tags", "✕"], ["others", "●"]];
+const kinds = [["row counter", "▲"], ["frame counter", "◆"], ["wrong tags", "✕"], ["others", "●"],
+  ["lost samples", "■"]];
 
 export class Time_Bar {
   // `go` is told a second.
@@ -37,7 +38,7 @@ export class Time_Bar {
     context.globalAlpha = 1;
     context.fillStyle = context.strokeStyle = color("lost");
     context.font = fontOf(this.canvas);
-    const sums = [0, 0, 0, 0];
+    const sums = kinds.map(() => 0);
     for (const [part, ...counts] of this.damage) {
       context.fillRect(part * width, height * 0.45, 1.5, height * 0.5);
       counts.forEach((value, kind) => {

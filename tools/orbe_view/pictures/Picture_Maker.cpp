@@ -26,6 +26,11 @@ json health_json(const Health& health) {
     return {{"seconds", health.seconds}, {"streams", streams}};
 }
 
+// Of a channel that is not in the recording, no number: its values are none either.
+float scale_or_none(const Probe_History& probe, Band band, std::size_t channel) {
+    return probe.has(channel) ? probe.scale(band, channel) : std::nanf("");
+}
+
 json probe_json(const Probe_History& history) {
     const recorder::Probe_Description& probe = history.description();
     const auto geometry = recorder::geometry_of(probe.part_number);
@@ -142,7 +147,7 @@ void Picture_Maker::add_probe_traces(Blocks& blocks, const Probe_History& probe,
     const std::uint64_t samples = band == Band::ap ? 1 : ap_samples_of_lfp; // of 30 kHz
     std::vector<float> scales;
     for (std::size_t channel = 0; channel < request.channel_count; ++channel) {
-        scales.push_back(probe.scale(band, request.first_channel + channel));
+        scales.push_back(scale_or_none(probe, band, request.first_channel + channel));
     }
     const Probe_History::Reading reading(probe);
     const Stream_History& stream = reading.band(band);
@@ -199,12 +204,15 @@ void Picture_Maker::add_lanes(Blocks& blocks, const Stream_History& stream, cons
 void Picture_Maker::add_channels(Blocks& blocks, const Probe_History& probe) const {
     const Probe_History::Reading reading(probe);
     std::vector<float> rms(recorder::channel_count);
+    std::vector<float> spikes(recorder::channel_count);
     for (std::size_t channel = 0; channel < rms.size(); ++channel) {
-        rms[channel] = reading.statistics().rms()[channel] * probe.scale(Band::ap, channel);
+        const float scale = scale_or_none(probe, Band::ap, channel);
+        rms[channel] = reading.statistics().rms()[channel] * scale;
+        spikes[channel] = std::isnan(scale) ? scale : reading.statistics().spikes()[channel];
     }
     blocks.head()["channels"] = {{"port", probe.description().port}};
     blocks.add("rms", 1, rms);
-    blocks.add("spikes", 1, reading.statistics().spikes());
+    blocks.add("spikes", 1, spikes);
 }
 
 void Picture_Maker::add_spectrum(Blocks& blocks, const Probe_History& probe, const View_Request& request,
@@ -215,7 +223,7 @@ void Picture_Maker::add_spectrum(Blocks& blocks, const Probe_History& probe, con
     const double band_rate = is_lfp ? recorder::lfp_sample_rate : recorder::ap_sample_rate;
     m_samples.resize(spectrum.most_samples());
     std::size_t count = 0;
-    {
+    if (probe.has(request.selected)) {
         const Probe_History::Reading reading(probe);
         count =
             reading.band(band).latest(request.selected, is_lfp ? end / ap_samples_of_lfp : end, m_samples);
@@ -244,7 +252,8 @@ void Picture_Maker::add_damage(Blocks& blocks) const {
         const Damage_Counts& counts = damage[stretch];
         if (counts.all() != 0) {
             marks.push_back({static_cast<double>(stretch) / static_cast<double>(damage.size()),
-                             counts.row_gaps, counts.frame_gaps, counts.wrong_tags, counts.others});
+                             counts.row_gaps, counts.frame_gaps, counts.wrong_tags, counts.others,
+                             counts.lost});
         }
     }
     blocks.head()["damage"] = std::move(marks);

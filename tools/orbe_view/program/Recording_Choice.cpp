@@ -2,6 +2,8 @@
 
 #include "decoding/Recording_Export.h"
 #include "description/Description_File.h"
+#include "folders/Folder_Layout.h"
+#include "sources/Folder_Recording.h"
 #include "sources/Raw_Recording.h"
 
 #include <stdexcept>
@@ -17,8 +19,7 @@ constexpr const char* raw_file_name = "raw_data.bin";
 std::unique_ptr<A_Recording> choose_folder(const std::filesystem::path& folder) {
     recorder::Described_Folder described = recorder::read_description(folder);
     if (described.format != raw_format) {
-        throw std::runtime_error("'" + folder.string() + "' is a recording in the format " +
-                                 described.format + "; orbe-view shows those in the format raw");
+        return std::make_unique<Folder_Recording>(layout_of(folder, described));
     }
     return std::make_unique<Raw_Recording>(folder / raw_file_name, true, std::move(described.description));
 }

@@ -30,8 +30,9 @@ struct Damage_Counts {
     std::uint32_t frame_gaps = 0;
     std::uint32_t wrong_tags = 0;
     std::uint32_t others = 0; // markers, flags, unknown rows, RHD frames
+    std::uint64_t lost = 0;   // samples, where a recording has a table of them
 
-    std::uint32_t all() const { return row_gaps + frame_gaps + wrong_tags + others; }
+    std::uint64_t all() const { return lost + row_gaps + frame_gaps + wrong_tags + others; }
 };
 
 class A_Source {

@@ -6,8 +6,8 @@ namespace Pelgar::ORBE::view {
 
 namespace {
 
-// The comparators of the inputs that the box lacks show its TTL inputs.
-constexpr std::size_t first_ttl = 12 + ADC_History::analog_inputs;
+// The comparators lie behind twelve inputs.
+constexpr std::size_t first_ttl = 12 + ADC_History::first_ttl_comparator;
 
 } // namespace
 

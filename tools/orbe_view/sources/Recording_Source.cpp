@@ -25,7 +25,7 @@ Recording_Source::Recording_Source(std::unique_ptr<A_Recording> recording, doubl
     : m_recording(std::move(recording)),
       m_histories(m_recording->description().probes, m_recording->description().adc.has_value(),
                   m_recording->description().adc ? m_recording->description().adc->range_volts : 1.0,
-                  spike_microvolts),
+                  spike_microvolts, m_recording->description().saved_channels),
       m_jump(Jump{0, m_recording->grows()}), m_thread(&Recording_Source::run, this) {}
 
 Recording_Source::~Recording_Source() {

@@ -4,12 +4,37 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <charconv>
 #include <numeric>
 #include <sstream>
-#include <string_view>
 #include <vector>
 
 namespace Pelgar::ORBE::recorder {
+
+namespace {
+
+std::optional<std::uint64_t> number_of(std::string_view text) {
+    std::uint64_t number = 0;
+    const auto result = std::from_chars(text.data(), text.data() + text.size(), number);
+    return result.ec == std::errc() && result.ptr == text.data() + text.size() ? std::optional(number)
+                                                                               : std::nullopt;
+}
+
+} // namespace
+
+std::optional<Gap_Line> parse_gap_line(std::string_view line) {
+    const std::size_t first = line.find(',');
+    const std::size_t second = first == std::string_view::npos ? first : line.find(',', first + 1);
+    if (second == std::string_view::npos) {
+        return std::nullopt;
+    }
+    const auto sample = number_of(line.substr(first + 1, second - first - 1));
+    const auto length = number_of(line.substr(second + 1));
+    if (!sample || !length) {
+        return std::nullopt;
+    }
+    return Gap_Line{std::string(line.substr(0, first)), *sample, *length};
+}
 
 Gap_Table::Gap_Table(const std::filesystem::path& folder) : m_path(folder / gap_table_file_name) {
     errno = 0;

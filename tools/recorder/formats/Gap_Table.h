@@ -6,12 +6,23 @@
 #include <filesystem>
 #include <fstream>
 #include <mutex>
+#include <optional>
 #include <string>
+#include <string_view>
 
 namespace Pelgar::ORBE::recorder {
 
 inline constexpr const char* gap_table_file_name = "gaps.csv";
 inline constexpr const char* gap_table_head = "stream,sample,length\n";
+
+struct Gap_Line {
+    std::string stream;
+    std::uint64_t sample; // the place in the stream's file, from 0
+    std::uint64_t length;
+};
+
+// Of a line without its end; nothing for one that is damaged.
+std::optional<Gap_Line> parse_gap_line(std::string_view line);
 
 class Gap_Table {
 public:

@@ -4,37 +4,21 @@
 #include "formats/Gap_Table.h"
 
 #include <algorithm>
-#include <charconv>
 #include <optional>
-#include <string_view>
 
 namespace Pelgar::ORBE::recorder {
 
 namespace {
 
-std::optional<std::uint64_t> number_of(std::string_view text) {
-    std::uint64_t number = 0;
-    const auto result = std::from_chars(text.data(), text.data() + text.size(), number);
-    return result.ec == std::errc() && result.ptr == text.data() + text.size() ? std::optional(number)
-                                                                               : std::nullopt;
-}
-
 // The line as it should be; empty for one that goes.
 std::string repaired(const std::string& line, const Stream_Lengths& lengths) {
-    const std::size_t first = line.find(',');
-    const std::size_t second = first == std::string::npos ? first : line.find(',', first + 1);
-    if (second == std::string::npos) {
+    const std::optional<Gap_Line> gap = parse_gap_line(line);
+    const auto known = gap ? lengths.find(gap->stream) : lengths.end();
+    if (known == lengths.end() || gap->sample >= known->second) {
         return {};
     }
-    const std::string stream = line.substr(0, first);
-    const auto sample = number_of(std::string_view(line).substr(first + 1, second - first - 1));
-    const auto length = number_of(std::string_view(line).substr(second + 1));
-    const auto known = lengths.find(stream);
-    if (!sample || !length || known == lengths.end() || *sample >= known->second) {
-        return {};
-    }
-    const std::uint64_t there = std::min(*length, known->second - *sample);
-    return stream + "," + std::to_string(*sample) + "," + std::to_string(there) + "\n";
+    const std::uint64_t there = std::min(gap->length, known->second - gap->sample);
+    return gap->stream + "," + std::to_string(gap->sample) + "," + std::to_string(there) + "\n";
 }
 
 } // namespace
