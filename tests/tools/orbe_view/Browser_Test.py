@@ -1,9 +1,11 @@
 # What a browser shows of recordings whose content is known: the numbers are read back from what the page has plotted,
 # and held against what was put in. Arguments: orbe-view, orbe-recording, orbe-record, chromium, chromedriver.
+import csv
 import json
 import math
 import os
 import shutil
+import struct
 import subprocess
 import sys
 import tempfile
@@ -33,6 +35,12 @@ def tone(channel, sample):
 
 def ramp(channel, sample):
     return ((sample + channel) & 1023) - 512
+
+
+def gaps_of(folder, stream):
+    """Sample and length of each, as the folder's table has them."""
+    with open(os.path.join(folder, "gaps.csv"), encoding="ascii") as file:
+        return [(int(gap["sample"]), int(gap["length"])) for gap in csv.DictReader(file) if gap["stream"] == stream]
 
 
 class Browser(unittest.TestCase):
@@ -249,9 +257,9 @@ class Browser(unittest.TestCase):
         self.wait("orbeView.damage().length", 2)
         lost, tags = self.run_script("orbeView.damage()")
         self.assertAlmostEqual(lost[0] * 2.2, 0.8, delta=0.05)
-        self.assertEqual(lost[1:], [1, 1, 0, 0])
+        self.assertEqual(lost[1:], [1, 1, 0, 0, 0])
         self.assertAlmostEqual(tags[0] * 2.2, 1.6, delta=0.05)
-        self.assertEqual(tags[1:], [0, 0, 3, 0])
+        self.assertEqual(tags[1:], [0, 0, 3, 0, 0])
         text = self.driver.find_element(By.ID, "damage").text
         self.assertEqual(text, "2.200 s: ▲ row counter 1, ◆ frame counter 1, ✕ wrong tags 3")
         self.wait("orbeView.health().lines.length > 0 && orbeView.health().lines.at(-1).seconds > 2", True)
@@ -338,6 +346,133 @@ class Browser(unittest.TestCase):
                 ramps = [round(lane[place] / AP_UV) - ramp(200 + i, sample) for i, lane in enumerate(shown["lanes"])]
                 offset = ramps[0] % 1024 if place == 2 else offset
                 self.assertEqual([value % 1024 for value in ramps], [offset, offset])
+        finally:
+            recorder.kill()
+            recorder.communicate()
+
+    def export(self, name, *arguments):
+        folder = os.path.join(self.folder.name, name)
+        subprocess.run([RECORDING, "export", self.recording, folder, *arguments], check=True, capture_output=True,
+                       timeout=PATIENCE)
+        return folder
+
+    def expect_gap_in_traces(self, gap, first=0):
+        """What is lost is left out and hatched, and the samples beside it are there."""
+        lost = range(gap[0], gap[0] + gap[1])
+        self.hold_at((gap[0] + 150) / 30000)
+        shown = self.traces(200, 4, 0.01)
+        places = [round(time * 30000) for time in shown["times"][::2]]
+        self.assertEqual([place for place, count in zip(places, shown["lost"]) if count], list(lost))
+        for lane, values in enumerate(shown["lanes"]):
+            for place, value in zip(places, values[::2]):
+                if place in lost:
+                    self.assertIsNone(value)
+                else:
+                    self.assertAlmostEqual(value / AP_UV, ramp(200 + lane, first + place), 1)
+
+    def expect_gaps_on_bar_and_in_health(self, gaps, length):
+        """Each marked where it lies; of port 1, at the end of what is known."""
+        self.wait("orbeView.damage().length", len(gaps))
+        for (sample, count), mark in zip(gaps, self.run_script("orbeView.damage()")):
+            self.assertAlmostEqual(mark[0], sample / 30000 / length, delta=0.002)
+            self.assertEqual(mark[1:], [0, 0, 0, 0, count])
+        self.assertEqual(self.driver.find_element(By.ID, "damage").text,
+                         f"{length:.3f} s: ■ lost samples {sum(count for _, count in gaps)}")
+        self.hold_at(length - 0.02)
+        self.wait(f"orbeView.health().lines.length > 0 && orbeView.health().lines.at(-1).seconds > {length} - 0.6", True)
+        lines = self.run_script("orbeView.health().lines")
+        first = lines[0]["seconds"] - 0.5
+        port1 = dict(zip(self.run_script("orbeView.health().quantities"), self.run_script("orbeView.health().sums")[0]))
+        self.assertEqual(port1["Lost"], sum(count for sample, count in gaps
+                                            if first <= sample / 30000 < lines[-1]["seconds"]))
+        self.assertGreater(port1["Rate /s"], 29900)
+        for name in ("Row gaps", "Frame gaps", "Wrong tags", "Queue", "Link"):
+            self.assertIsNone(port1[name], name)
+        row = "document.getElementById('states').rows[1].innerText.split(/\\s+/).slice(3, 6).join(' ')"
+        self.assertEqual(self.run_script(row), "– – –")
+
+    def test_folder_in_the_format_of_spikeglx(self):
+        folder = self.export("monday", "--ap-gain", "1000", "--lfp-gain", "125")
+        gaps = gaps_of(folder, "imec0.ap")
+        self.assertEqual([sample for sample, _ in gaps], [24000, 48000]) # 0.8 s and 1.6 s
+        self.open(folder)
+        self.assertIn("monday (", self.driver.find_element(By.ID, "source").text)
+        self.hold_at(1.25)
+        for first, count, signal in [(100, 1, tone), (200, 16, ramp)]:
+            shown = self.traces(first, count, 0.01)
+            self.assertAlmostEqual(shown["step"], 1 / 30000, 9)
+            for lane, values in enumerate(shown["lanes"]):
+                for place in range(0, 600, 2):
+                    sample = round(shown["times"][place] * 30000)
+                    self.assertLessEqual(abs(values[place] / (AP_UV / 2) - signal(first + lane, sample)),
+                                         1.01 if signal is tone else 0.01, (first + lane, sample))
+        self.press("l")
+        shown = self.traces(200, 4, 0.05)
+        for lane, values in enumerate(shown["lanes"]):
+            for place in range(2, len(values) - 2, 2):
+                sample = round(shown["times"][place] * 2500)
+                self.assertAlmostEqual(values[place] / (2 * LFP_UV), ramp(200 + lane, sample), 2)
+        self.press("a")
+        self.expect_gaps_on_bar_and_in_health(gaps, 2.2)
+
+    def test_folder_in_the_format_of_open_ephys(self):
+        folder = self.export("tuesday", "--format", "open-ephys", "--channels", "96-320")
+        gaps = gaps_of(folder, "ORBE-100.ProbeA-AP")
+        self.open(folder)
+        self.expect_gap_in_traces(gaps[0])
+        # The same inputs as of the raw recording, volt by volt.
+        self.hold_at(1.0)
+        self.press("d")
+        shown = self.traces(0, 12, 0.01)
+        data = os.path.join(folder, "Record Node 101/experiment1/recording1/continuous/ORBE-100.ADC/continuous.dat")
+        with open(data, "rb") as file:
+            for place, time_shown in enumerate(shown["times"][:-2:2]):
+                file.seek(round(time_shown * 30000) * 24)
+                for lane, count in enumerate(struct.unpack("<8h", file.read(16))):
+                    self.assertAlmostEqual(shown["lanes"][lane][2 * place] * 32768 / 5, count, 1)
+        self.assertEqual({value for lane in shown["lanes"][8:] for value in lane} - {0, 1, None}, set())
+        self.press("a")
+        self.expect_gaps_on_bar_and_in_health(gaps, 2.2)
+        # What was not saved is not there.
+        self.traces(96, 1, 0.01)
+        self.enter("first", 92)
+        self.enter("count", 8)
+        self.wait("orbeView.traces().first === 92 && orbeView.traces().lanes.length === 8", True)
+        self.assertEqual(self.run_script("orbeView.traces().lanes.map((lane) => lane.some((value) => value !== null))"),
+                         [False] * 4 + [True] * 4)
+        while self.run_script("orbeView.view().selected") < 96:
+            selected = self.run_script("orbeView.view().selected")
+            self.wait("document.getElementById('channel').textContent", f"Channel {selected} is not in the recording")
+            self.press("]" * (96 - selected if selected == 95 else 95 - selected))
+        self.wait("document.getElementById('channel').textContent.startsWith('Channel 96, electrode 96: ')", True)
+
+    def test_folder_that_is_being_written(self):
+        folder = os.path.join(self.folder.name, "wednesday")
+        source = os.path.join(self.folder.name, "lossy.bin")
+        make_recording(RECORDING, source, "--seconds", "4", "--ports", "1", "--signal", "ramp",
+                       "--fault", "lost-row:1@1950000", "--fault", "lost-row:1@3315000")
+        recorder = subprocess.Popen([RECORD, folder, "--simulation", source, "--seconds", "2.2"],
+                                    stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
+        try:
+            end = time.monotonic() + PATIENCE
+            while not os.path.exists(os.path.join(folder, "gaps.csv")) and time.monotonic() < end:
+                time.sleep(0.02)
+            self.open(folder)
+            self.assertIn("wednesday (growing)", self.driver.find_element(By.ID, "source").text)
+            length = self.wait("orbeView.status().length > 0.2 && orbeView.status().length")
+            self.wait(f"orbeView.status().position > {length} + 0.3", True) # it goes on by itself
+            self.wait("orbeView.damage().length > 0", True) # and tells at once of what is lost
+            output, errors = recorder.communicate(timeout=PATIENCE)
+            self.assertEqual(recorder.returncode, 3, errors) # something was lost: what the recording lacks
+            gaps = gaps_of(folder, "imec0.ap")
+            self.assertEqual(len(gaps), 2, output)
+            self.assertIn(f" {sum(count for _, count in gaps)} samples lost", output)
+            self.wait("orbeView.status().length > 2.199", True)
+            with open(os.path.join(folder, "orbe_recording.json"), encoding="utf8") as file:
+                first = json.load(file)["first_sample"] # the files begin later on a busy machine
+            for gap in gaps:
+                self.expect_gap_in_traces(gap, first)
+            self.expect_gaps_on_bar_and_in_health(gaps, 2.2)
         finally:
             recorder.kill()
             recorder.communicate()

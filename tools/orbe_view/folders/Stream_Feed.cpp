@@ -9,6 +9,8 @@ namespace Pelgar::ORBE::view {
 namespace {
 
 constexpr std::uint64_t rows_at_once = 1024;
+// Four times what a writer keeps back.
+constexpr std::uint64_t rows_in_doubt = recorder::adc_sample_rate;
 
 } // namespace
 
@@ -26,6 +28,13 @@ bool Stream_Feed::look() {
         m_lines->look();
     }
     return has_grown;
+}
+
+// Of samples that were there before the last growth the edges are there too, and of what is long ago.
+std::uint64_t Stream_Feed::rows(bool is_settled) const {
+    const std::uint64_t rows = m_file.rows();
+    return m_lines && !is_settled ? std::max(m_file.rows_before(), rows - std::min(rows, rows_in_doubt))
+                                  : rows;
 }
 
 void Stream_Feed::show(std::uint64_t end, const Gap_List& gaps, Histories& histories) {

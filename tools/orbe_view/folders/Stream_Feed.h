@@ -24,11 +24,8 @@ public:
     // none of their kind.
     bool look();
 
-    // Rows that are there whole. While the recording is being made, edges come a moment behind their samples:
-    // those of the samples before the last growth are there.
-    std::uint64_t rows(bool is_settled) const {
-        return m_lines && !is_settled ? m_file.rows_before() : m_file.rows();
-    }
+    // Rows that are there whole. While the recording is being made, edges come a moment behind their samples.
+    std::uint64_t rows(bool is_settled) const;
 
     // The next row that is shown.
     void go_to(std::uint64_t row) { m_next = row; }
