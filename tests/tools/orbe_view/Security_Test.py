@@ -205,12 +205,31 @@ class Security(unittest.TestCase):
         for page in pages:
             page.close()
 
+    def described_folder(self, name, change):
+        """A recorded folder with another description."""
+        folder = os.path.join(self.folder.name, name)
+        subprocess.run([RECORDING, "export", self.recording, folder, "--seconds", "0.1"], check=True,
+                       capture_output=True, timeout=30)
+        path = os.path.join(folder, "orbe_recording.json")
+        with open(path, encoding="utf8") as file:
+            text = file.read()
+        with open(path, "w", encoding="utf8") as file:
+            file.write(change(text))
+        return folder
+
     def test_what_cannot_be_shown_is_said(self):
+        empty = os.path.join(self.folder.name, "empty")
+        os.mkdir(empty)
+        strange = self.described_folder("strange", lambda text: text.replace('"spikeglx"', '"tape"'))
+        damaged = self.described_folder("damaged", lambda text: text[:len(text) // 2])
         for arguments, code, text in [
                 ([], 2, "one of RECORDING, --box and --simulation is required"),
                 (["x", "--box"], 2, "one of RECORDING, --box and --simulation is required"),
                 ([os.path.join(self.folder.name, "none.bin")], 1, "none.bin"),
                 (["--simulation", os.path.join(self.folder.name, "none.bin")], 1, "cannot read '"),
+                ([empty], 1, "is no recording that orbe-view knows: it has neither orbe_recording.json nor"),
+                ([strange], 1, "has the format 'tape', which is not known here"),
+                ([damaged], 1, "orbe_recording.json' is damaged: "),
                 ([self.recording, "--listen", "evil.example"], 1, "cannot listen at evil.example"),
                 ([self.recording, "--listen", "203.0.113.1"], 1, "cannot listen at 203.0.113.1"),
                 ([self.recording, "--port", "70000"], 2, "--port")]:

@@ -1,6 +1,7 @@
 #include "folders/Folder_Layout.h"
 
 #include "description/Whole_File.h"
+#include "folders/SpikeGLX_Metadata.h"
 #include "formats/Make_Writer.h"
 #include "formats/Open_Ephys_Files.h"
 #include "formats/SpikeGLX_Files.h"
@@ -8,7 +9,6 @@
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
-#include <cstdlib>
 #include <set>
 #include <sstream>
 #include <stdexcept>
@@ -56,17 +56,15 @@ void check_metadata(const recorder::SpikeGLX_Stream& stream) {
     if (!std::filesystem::exists(stream.meta_path)) {
         return;
     }
-    std::istringstream lines(recorder::read_file(stream.meta_path));
-    for (std::string line; std::getline(lines, line);) {
-        const std::size_t sign = line.find('=');
-        const std::string key = line.substr(0, sign);
-        const std::string value = sign == std::string::npos ? std::string() : line.substr(sign + 1);
-        if (key == "nSavedChans") {
-            check(stream.meta_path, key, std::atof(value.c_str()), static_cast<double>(stream.column_count));
-        } else if (key == "imSampRate" || key == "obSampRate") {
-            check(stream.meta_path, key, std::atof(value.c_str()), stream.sample_rate);
+    const SpikeGLX_Metadata metadata(stream.meta_path);
+    const auto check_key = [&](const char* key, double expected) {
+        if (const auto value = metadata.number(key)) {
+            check(stream.meta_path, key, *value, expected);
         }
-    }
+    };
+    check_key("nSavedChans", static_cast<double>(stream.column_count));
+    check_key("imSampRate", stream.sample_rate);
+    check_key("obSampRate", stream.sample_rate);
 }
 
 std::vector<Folder_Stream> streams_of_spikeglx(const std::filesystem::path& folder,

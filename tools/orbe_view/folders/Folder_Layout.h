@@ -40,6 +40,7 @@ struct Folder_Layout {
     std::filesystem::path folder;
     recorder::Recording_Description description;
     std::vector<Folder_Stream> streams;
+    bool has_gap_table = true; // or else nothing is known of losses
 };
 
 // Of a folder that orbe-record or orbe-recording writes or has written. Throws std::runtime_error that says

@@ -3,10 +3,10 @@
 #include "decoding/Recording_Export.h"
 #include "description/Description_File.h"
 #include "folders/Folder_Layout.h"
+#include "folders/Foreign_SpikeGLX.h"
 #include "sources/Folder_Recording.h"
 #include "sources/Raw_Recording.h"
 
-#include <stdexcept>
 #include <utility>
 
 namespace Pelgar::ORBE::view {
@@ -17,6 +17,9 @@ constexpr const char* raw_format = "raw";
 constexpr const char* raw_file_name = "raw_data.bin";
 
 std::unique_ptr<A_Recording> choose_folder(const std::filesystem::path& folder) {
+    if (!std::filesystem::exists(folder / recorder::description_file_name)) {
+        return std::make_unique<Folder_Recording>(foreign_spikeglx_layout(folder));
+    }
     recorder::Described_Folder described = recorder::read_description(folder);
     if (described.format != raw_format) {
         return std::make_unique<Folder_Recording>(layout_of(folder, described));

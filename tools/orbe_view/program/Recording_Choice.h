@@ -8,8 +8,8 @@
 
 namespace Pelgar::ORBE::view {
 
-// A folder that orbe-record writes, or has written, in the format "raw" may still be growing. Throws
-// std::runtime_error that says what is wrong, and std::system_error for what cannot be read.
+// A folder that orbe-record writes, or has written, may still be growing, and so may a run of SpikeGLX.
+// Throws std::runtime_error that says what is wrong, and std::system_error for what cannot be read.
 std::unique_ptr<A_Recording> choose_recording(const std::filesystem::path& path);
 
 } // namespace Pelgar::ORBE::view

@@ -86,7 +86,9 @@ void Folder_Recording::look(Clock::time_point now) {
 
 void Folder_Recording::publish(Clock::time_point now) {
     // The table last: the line of a gap is on the disk before the samples behind it are.
-    m_gap_table.look();
+    if (m_layout.has_gap_table) {
+        m_gap_table.look();
+    }
     const bool is_settled = now - m_grew_at >= settled_after;
     State state;
     state.grows = now - m_grew_at < finished_after;
@@ -214,7 +216,7 @@ Health Folder_Recording::health_of(std::size_t begin, std::size_t end, const His
                 ? port_count
                 : static_cast<std::size_t>(m_layout.description.probes[stream.probe].port) - 1;
         health.streams[row].rate = static_cast<double>(range.end - range.begin - lost) / seconds;
-        health.streams[row].lost_samples = static_cast<double>(lost);
+        health.streams[row].lost_samples = m_layout.has_gap_table ? static_cast<double>(lost) : unknown;
     }
     return health;
 }
