@@ -1,10 +1,34 @@
 #include "description/Whole_File.h"
 
 #include <cerrno>
+#include <chrono>
 #include <fstream>
 #include <sstream>
+#include <thread>
 
 namespace Pelgar::ORBE::recorder {
+
+namespace {
+
+// Windows replaces no file that is open. Whoever reads one of these has it open for a moment.
+#ifdef _WIN32
+constexpr int tries = 1000;
+#else
+constexpr int tries = 1;
+#endif
+constexpr auto between_tries = std::chrono::milliseconds(5);
+
+std::error_code replace(const std::filesystem::path& file, const std::filesystem::path& by) {
+    std::error_code error;
+    std::filesystem::rename(by, file, error);
+    for (int i = 1; i < tries && error == std::errc::permission_denied; ++i) {
+        std::this_thread::sleep_for(between_tries);
+        std::filesystem::rename(by, file, error);
+    }
+    return error;
+}
+
+} // namespace
 
 std::system_error file_error(const std::filesystem::path& path, const std::string& what) {
     const int error = errno != 0 ? errno : EIO;
@@ -40,9 +64,7 @@ void write_file(const std::filesystem::path& path, const std::string& content) {
         std::filesystem::remove(temporary, ignored);
         throw error;
     }
-    std::error_code error;
-    std::filesystem::rename(temporary, path, error);
-    if (error) {
+    if (const std::error_code error = replace(path, temporary)) {
         throw std::system_error(error, "cannot write '" + path.string() + "'");
     }
 }
