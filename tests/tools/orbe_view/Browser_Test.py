@@ -395,7 +395,7 @@ class Browser(unittest.TestCase):
         folder = self.export("monday", "--ap-gain", "1000", "--lfp-gain", "125")
         gaps = gaps_of(folder, "imec0.ap")
         self.assertEqual([sample for sample, _ in gaps], [24000, 48000]) # 0.8 s and 1.6 s
-        self.open(folder)
+        self.open(folder + "/")
         self.assertIn("monday (", self.driver.find_element(By.ID, "source").text)
         self.hold_at(1.25)
         for first, count, signal in [(100, 1, tone), (200, 16, ramp)]:

@@ -48,7 +48,9 @@ recorder::Recording_Description description_of(const std::filesystem::path& file
 
 std::unique_ptr<A_Recording> choose_recording(const std::filesystem::path& path) {
     if (std::filesystem::is_directory(path)) {
-        return choose_folder(path);
+        // "monday/" is shown by its name, too.
+        const std::filesystem::path folder = path.lexically_normal();
+        return choose_folder(folder.has_filename() ? folder : folder.parent_path());
     }
     return std::make_unique<Raw_Recording>(path, false, description_of(path));
 }
