@@ -76,6 +76,10 @@ unsigned char ORBE_Controller_Library::get_cached_np_port_status() const {
     return m_bring_up.locks().cached_status();
 }
 
+unsigned char ORBE_Controller_Library::get_np_port_status_now() const {
+    return m_bring_up.locks().status_now();
+}
+
 bool ORBE_Controller_Library::is_in_simulation_mode() const {
     return m_box.is_simulation();
 }
@@ -267,6 +271,10 @@ void ORBE_Controller_Library::end_raw_capture() {
 
 std::optional<Raw_Capture_State> ORBE_Controller_Library::raw_capture_state() const {
     return m_stream.raw_capture_state();
+}
+
+demux::Stream_Damage ORBE_Controller_Library::get_stream_damage(unsigned stream) const {
+    return m_stream.get_stream_damage(stream);
 }
 
 bool ORBE_Controller_Library::pump_data_to_demux() {

@@ -18,6 +18,7 @@
 #include "probe/I_Sample_Listener.h"
 #include "raw_capture/Raw_Capture.h"
 #include "rhd/I_RHD_Frame_Listener.h"
+#include "rows/Stream_Damage.h"
 #include "streaming/Box_Stream.h"
 
 #include <cstdint>
@@ -70,6 +71,9 @@ public:
     unsigned char get_np_port_count_from_fpga_signature() const;
     // Bit i: the link of port i + 1 was locked when `pre_init` looked.
     unsigned char get_cached_np_port_status() const;
+    // The same as the box shows it now, also while it streams. Throws std::runtime_error when it is not open;
+    // without a meaning in simulation mode, where every register reads the same.
+    unsigned char get_np_port_status_now() const;
     bool is_in_simulation_mode() const;
     Error_Level get_current_error_level() const;
 
@@ -192,6 +196,10 @@ public:
                           std::initializer_list<unsigned> rhd_streams, bool soft_trigger);
     void disable_streaming();
     void disable_data_sources();
+
+    // What was wrong with the stream of a port (index 0..3) or that of RHD (4), since construction
+    // (`Async_NP_And_RHD_Demux::get_stream_damage`). Any thread.
+    demux::Stream_Damage get_stream_damage(unsigned stream) const;
 
     // Moves one buffer into the demultiplexer. False when the read failed or the recording has ended. Pump
     // thread; blocks in the driver's read, or 10 ms in simulation mode.

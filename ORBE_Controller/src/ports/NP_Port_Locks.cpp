@@ -50,8 +50,8 @@ bool NP_Port_Locks::check_np_ports_status() {
     return m_np_port_pll_status != 0;
 }
 
-bool NP_Port_Locks::is_locked_now(unsigned port) const {
-    return (((m_box.modules().np_status_gpio().read_data() & port_mask()) >> port) & 1U) != 0;
+std::uint8_t NP_Port_Locks::status_now() const {
+    return static_cast<std::uint8_t>(m_box.modules().np_status_gpio().read_data() & port_mask());
 }
 
 std::uint8_t NP_Port_Locks::port_mask() const {

@@ -55,6 +55,10 @@ public:
 
     std::uint32_t get_total_bytes_read() const { return m_dma_pump.total_bytes_read(); }
 
+    demux::Stream_Damage get_stream_damage(unsigned stream) const {
+        return m_demux_thread.demux().get_stream_damage(stream);
+    }
+
     void wait_until_delivered() { m_demux_thread.wait_until_delivered(); }
 
     void drop_unfinished_blocks() { m_demux_thread.demux().drop_unfinished_blocks(); }

@@ -12,6 +12,8 @@ class Demux_Thread {
 public:
     demux::Async_NP_And_RHD_Demux& demux() { return m_demux; }
 
+    const demux::Async_NP_And_RHD_Demux& demux() const { return m_demux; }
+
     // Starts the workers and the thread, also anew after `stop`. Throws std::system_error when a thread
     // cannot be started. Starting a second time without stopping ends the process.
     void start();

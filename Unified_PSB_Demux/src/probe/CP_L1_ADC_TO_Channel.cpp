@@ -103,6 +103,7 @@ std::uint32_t CP_L1_ADC_TO_Channel::follow_frame_counter(std::uint16_t high_word
         if (two_part_counter == 0 && m_prev_two_part_counter == counter_max) {
             anomaly::frame_number_rolled(m_prev_two_part_counter);
         } else {
+            count_frame_gap();
             anomaly::frame_number_gap(high_word, low_word, m_prev_two_part_counter);
         }
     }

@@ -43,9 +43,14 @@ public:
     // Frames taken in since construction. Any thread.
     std::uint32_t get_frame_count() const { return m_frame_count; }
 
+    // Places where the frame counter did not go on from the frame before, since construction. Any thread.
+    std::uint64_t get_frame_gap_count() const { return m_frame_gaps; }
+
 protected:
     void publish_ap();
     void publish_lp();
+
+    void count_frame_gap() { m_frame_gaps.fetch_add(1); }
 
     // What is being gathered.
     std::uint16_t m_ap_ch_data[channel_count] = {};
@@ -62,6 +67,7 @@ private:
     Relaxed<std::uint16_t> m_three_word_counter_high_part{0};
     std::uint32_t m_prev_dw_counter = 0xFFFFFFFF;
     std::uint16_t m_prev_counter_high_10 = 0;
+    Relaxed<std::uint64_t> m_frame_gaps{0};
 };
 
 } // namespace Pelgar::ORBE::demux

@@ -39,6 +39,9 @@ bool CP_L1_Whole_Super_Frames::publish_super_frame(const unsigned char* bytes) {
     if (!counters_follow(bytes, first_counter)) [[unlikely]] {
         return false;
     }
+    if (!m_continuity.follow(first_counter)) [[unlikely]] {
+        count_frame_gap();
+    }
     const std::uint64_t number = m_counter.follow(first_counter);
     take_lfp_part(bytes, number);
     super_frame::sort_ap(bytes, m_ap_ch_data);
@@ -50,6 +53,11 @@ bool CP_L1_Whole_Super_Frames::publish_super_frame(const unsigned char* bytes) {
 }
 
 void CP_L1_Whole_Super_Frames::publish_adc_data(const std::uint16_t (&adc)[adc_frame_length]) {
+    const std::uint32_t counter =
+        std::uint32_t{adc[psb::counter_high_value]} << psb::counter_part_bits | adc[psb::counter_low_value];
+    if (!m_continuity.follow_dropped(counter)) {
+        count_frame_gap();
+    }
     if (m_dropped_frames++ % psb::frames_per_super_frame == 0) {
         anomaly::super_frame_dropped(adc[psb::counter_high_value], adc[psb::counter_low_value]);
     }

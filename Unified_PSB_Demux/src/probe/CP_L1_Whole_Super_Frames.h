@@ -5,6 +5,7 @@
 
 #include "common/Listener_Slot.h"
 #include "probe/CP_L1_ADC_TO_Channel.h"
+#include "probe/Frame_Continuity.h"
 #include "probe/I_Sample_Listener.h"
 #include "probe/Super_Frame_Counter.h"
 
@@ -24,7 +25,10 @@ public:
     bool publish_super_frame(const unsigned char* bytes) override;
 
     // However many they are, the next one is given its right number.
-    void skip_super_frames(std::uint32_t count) override { m_counter.skip(count); }
+    void skip_super_frames(std::uint32_t count) override {
+        m_counter.skip(count);
+        m_continuity.skip(count);
+    }
 
     // The frames of a super frame that is not in order come here one by one. They are reported and dropped.
     void publish_adc_data(const std::uint16_t (&adc)[adc_frame_length]) override;
@@ -34,6 +38,7 @@ private:
 
     Listener_Slot<I_Sample_Listener> m_sample_listener;
     Super_Frame_Counter m_counter;
+    Frame_Continuity m_continuity;
     std::uint64_t m_lfp_sample = 0;
     bool m_lfp_is_due = false;
     std::uint32_t m_dropped_frames = 0;

@@ -80,6 +80,11 @@ std::weak_ptr<I_L2_Demux_CH_Results> C_NP_Worker_Thread::get_l2_listener() const
     return stage != nullptr ? stage->get_l2_ch_result_listener() : std::weak_ptr<I_L2_Demux_CH_Results>();
 }
 
+std::uint64_t C_NP_Worker_Thread::get_frame_gap_count() const {
+    const auto* const stage = dynamic_cast<const CP_L1_ADC_TO_Channel*>(m_l1_stage.get());
+    return stage != nullptr ? stage->get_frame_gap_count() : 0;
+}
+
 void C_NP_Worker_Thread::work() {
     LOG_F(INFO, "NP Worker thread started");
     std::uint8_t iteration = 0;

@@ -74,6 +74,12 @@ public:
     // Sync patterns counted by the frame demuxer. Any thread.
     std::uint32_t get_sync_pattern_count() const { return m_demuxer->get_sync_pattern_count(); }
 
+    // Words with a wrong lane tag, and places where the frame counter jumps; none of the latter are known
+    // when the stage is the caller's own. Since construction, or since the stage was replaced. Any thread.
+    std::uint64_t get_wrong_tag_count() const { return m_demuxer->get_wrong_tag_count(); }
+
+    std::uint64_t get_frame_gap_count() const;
+
 private:
     void work();
     void decode(const NP_Block_Buffer& block);

@@ -43,12 +43,16 @@ constexpr std::uint32_t beats_per_minor_frame = 5;
 constexpr std::uint32_t closing_minor_frame = rows_per_frame;
 constexpr std::uint32_t minor_frames_per_frame = closing_minor_frame + 1;
 
-void report_lane_tags(const std::array<std::uint16_t, words_per_frame>& words) {
+// Answers how many are wrong.
+unsigned report_lane_tags(const std::array<std::uint16_t, words_per_frame>& words) {
+    unsigned wrong = 0;
     for (std::size_t i = 0; i < words_per_frame; ++i) {
         if ((words[i] & psb::lane_tag_mask) != lane_tags[i]) {
             anomaly::lane_tag_mismatch();
+            ++wrong;
         }
     }
+    return wrong;
 }
 
 // The stages behind are told of what follows without a wait: super frames that are in order. It ends with the
@@ -139,7 +143,7 @@ void NP_PSB_Raw_Data_Demuxer::decode_frame(const unsigned char* data) {
         differences |= static_cast<unsigned>(words[i] ^ lane_tags[i]);
     }
     if ((differences & psb::lane_tag_mask) != 0) [[unlikely]] {
-        report_lane_tags(words);
+        m_wrong_tags.fetch_add(report_lane_tags(words));
     }
 
     for (std::size_t lane = 0; lane < lane_count; ++lane) {

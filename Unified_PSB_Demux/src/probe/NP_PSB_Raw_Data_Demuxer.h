@@ -36,6 +36,9 @@ public:
     // Sync patterns seen on the word-serial input. Any thread.
     std::uint32_t get_sync_pattern_count() const { return m_sync_pattern_count; }
 
+    // Words of the block input with a wrong lane tag. Any thread.
+    std::uint64_t get_wrong_tag_count() const { return m_wrong_tags; }
+
     // Frames completed on the word-serial input. The thread that feeds.
     std::uint32_t get_frame_count() const { return m_frame_count; }
 
@@ -58,6 +61,7 @@ private:
     I_L1_Demux_ADC_Results& m_listener;
     std::istream* m_anomaly_source = nullptr;
     Relaxed<std::uint32_t> m_sync_pattern_count{0};
+    Relaxed<std::uint64_t> m_wrong_tags{0};
 };
 
 } // namespace Pelgar::ORBE::demux

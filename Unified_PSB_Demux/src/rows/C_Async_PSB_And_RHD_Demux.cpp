@@ -250,4 +250,15 @@ std::uint32_t Async_NP_And_RHD_Demux::get_total_processed_RHD_frame_count() cons
     return m_rhd_worker->get_valid_frame_count();
 }
 
+Stream_Damage Async_NP_And_RHD_Demux::get_stream_damage(unsigned stream) const {
+    Stream_Damage damage;
+    damage.row_gaps = m_row_splitter->row_gaps(stream);
+    if (stream != mux_row::rhd_stream_id) {
+        const C_NP_Worker_Thread& worker = *checked_at(m_np_workers, stream);
+        damage.frame_gaps = worker.get_frame_gap_count();
+        damage.wrong_tags = worker.get_wrong_tag_count();
+    }
+    return damage;
+}
+
 } // namespace Pelgar::ORBE::demux

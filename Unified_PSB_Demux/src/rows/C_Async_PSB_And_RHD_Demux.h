@@ -11,6 +11,7 @@
 #include "rhd/C_RHD_Worker_Thread.h"
 #include "rhd/I_RHD_Frame_Listener.h"
 #include "rows/Row_Splitter.h"
+#include "rows/Stream_Damage.h"
 #include "rows/Transfer_Queue.h"
 #include "wire/Main_mux_transfer_buffer_wrapper.h"
 
@@ -113,6 +114,11 @@ public:
     }
 
     std::uint64_t get_lost_RHD_word_count() const { return m_rhd_worker->lost_words(); }
+
+    // What was wrong with the stream of a port (0..3) or that of RHD (4), which has no frame counter and no
+    // tags, as the box sent it: since construction, with the jump to the first row and frame of a run, and
+    // without what queues had no room for. Any thread; std::out_of_range for another stream.
+    Stream_Damage get_stream_damage(unsigned stream) const;
 
 private:
     void renew();

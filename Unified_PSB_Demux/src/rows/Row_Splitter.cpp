@@ -199,6 +199,7 @@ bool Row_Splitter::take_row(const std::uint8_t* row) {
     const std::uint8_t counter = row[mux_row::counter_offset];
     std::uint8_t& last_counter = m_last_row_counter[stream];
     if (static_cast<std::uint8_t>(last_counter + 1) != counter) {
+        m_row_gaps[stream].fetch_add(1);
         anomaly::row_counter_discontinuity(stream, m_total_row_index, last_counter, counter);
     }
     last_counter = counter;
@@ -283,6 +284,10 @@ void Row_Splitter::take_counters(const std::uint8_t* rows, std::size_t row_count
 
 std::uint64_t Row_Splitter::lost_super_frames(unsigned port) const {
     return checked_at(m_np_losses, port)->total();
+}
+
+std::uint64_t Row_Splitter::row_gaps(unsigned stream) const {
+    return checked_at(m_row_gaps, stream);
 }
 
 void Row_Splitter::tell_losses() {

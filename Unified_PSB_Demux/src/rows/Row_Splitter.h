@@ -3,6 +3,7 @@
 // worker. Called on the main demux thread; blocks on the workers' queues only.
 #pragma once
 
+#include "common/Relaxed.h"
 #include "probe/C_NP_Worker_Thread.h"
 #include "rhd/C_RHD_Worker_Thread.h"
 #include "rows/Stream_Loss.h"
@@ -40,6 +41,10 @@ public:
 
     // Super frames that the port's worker had no room for. Any thread; std::out_of_range for another port.
     std::uint64_t lost_super_frames(unsigned port) const;
+
+    // Places where the row counter of the stream jumped, but for losses that `skip` was told of. Any thread;
+    // std::out_of_range for a stream id that there is not.
+    std::uint64_t row_gaps(unsigned stream) const;
 
     // Tells what was lost and not told yet.
     void tell_losses();
@@ -92,6 +97,7 @@ private:
     // The ports that have not begun a super frame since a loss.
     std::array<bool, np_port_count> m_is_rejoining{};
     std::array<std::optional<Loss_Report>, np_port_count> m_np_losses;
+    std::array<Relaxed<std::uint64_t>, mux_row::stream_id_count> m_row_gaps;
 };
 
 } // namespace Pelgar::ORBE::demux

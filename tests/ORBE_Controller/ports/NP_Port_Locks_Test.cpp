@@ -58,8 +58,10 @@ TEST_F(Port_Locks, LockOfNowIsReadAnewAndMasked) {
     EXPECT_FALSE(m_locks.is_locked_now(0));
     EXPECT_TRUE(m_locks.is_locked_now(2));
     EXPECT_FALSE(m_locks.is_locked_now(3)) << "a port that the design does not offer";
+    EXPECT_EQ(m_locks.status_now(), 0x6);
     m_registers.set_value(pll_lock, 0x1);
     EXPECT_TRUE(m_locks.is_locked_now(0));
+    EXPECT_EQ(m_locks.status_now(), 0x1);
     EXPECT_EQ(m_locks.cached_status(), 0) << "what is cached stays";
 }
 
