@@ -116,8 +116,9 @@ public:
     std::uint64_t get_lost_RHD_word_count() const { return m_rhd_worker->lost_words(); }
 
     // What was wrong with the stream of a port (0..3) or that of RHD (4), which has no frame counter and no
-    // tags, as the box sent it: since construction, with the jump to the first row and frame of a run, and
-    // without what queues had no room for. Any thread; std::out_of_range for another stream.
+    // tags: since construction, with the jump to the first row and frame of a run. Rows that a queue had no
+    // room for are no gap; the frames in them are one where super frames are not taken whole. Any thread;
+    // std::out_of_range for another stream.
     Stream_Damage get_stream_damage(unsigned stream) const;
 
 private:

@@ -229,6 +229,7 @@ TEST_F(Full_Queues, AMainThreadThatStandsStillCostsWholeTransfersAndIsInStepAgai
         EXPECT_EQ(m_samples[port]->numbers(),
                   from_to(0, gap_begin) + from_to(gap_end, gap_end + block_length));
         EXPECT_EQ(m_demux->get_lost_super_frame_count(port), 0U) << "of its own queue";
+        EXPECT_EQ(m_demux->get_stream_damage(port), Stream_Damage{}) << "it is not the box that lost them";
         expect_right_values(port);
     }
 
@@ -332,6 +333,7 @@ TEST_F(Full_Queues, AListenerThatStandsStillCostsItsPortWholeBlocks) {
     EXPECT_EQ(m_demux->get_lost_super_frame_count(held), (blocks - room) * block_length);
     EXPECT_EQ(m_demux->get_lost_super_frame_count(other), 0U);
     EXPECT_EQ(m_demux->get_lost_byte_count(), 0U);
+    EXPECT_EQ(m_demux->get_stream_damage(held), Stream_Damage{}) << "it is not the box that lost them";
     EXPECT_EQ(m_samples[held]->numbers(),
               from_to(0, room * block_length) +
                   from_to(blocks * block_length, (blocks + behind) * block_length));

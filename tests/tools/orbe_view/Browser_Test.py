@@ -12,13 +12,11 @@ import tempfile
 import time
 import unittest
 
-from selenium import webdriver
-from selenium.webdriver.chrome.options import Options
-from selenium.webdriver.chrome.service import Service
 from selenium.webdriver.common.action_chains import ActionChains
 from selenium.webdriver.common.by import By
 from selenium.webdriver.common.keys import Keys
 
+from browser import start_browser
 from view_program import PATIENCE, View, make_recording
 
 VIEW, RECORDING, RECORD, CHROMIUM, DRIVER = sys.argv[1:6]
@@ -53,14 +51,7 @@ class Browser(unittest.TestCase):
         make_recording(RECORDING, cls.recording, "--seconds", "2.2", "--ports", "1,3", "--tone-bin", "40",
                        "--signal", "tone:100", "--signal", "ramp:200-215", "--signal", "spikes:300-310",
                        "--fault", "lost-row:1@1560000", "--fault", "wrong-tag:1@3120000+3")
-        options = Options()
-        options.binary_location = CHROMIUM
-        for argument in ["--headless=new", "--no-sandbox", "--disable-gpu", "--disable-dev-shm-usage",
-                         "--no-proxy-server", "--window-size=1200,800", f"--user-data-dir={cls.folder.name}/profile"]:
-            options.add_argument(argument)
-        options.add_experimental_option("prefs", {"download.default_directory": cls.folder.name})
-        options.set_capability("goog:loggingPrefs", {"browser": "ALL"})
-        cls.driver = webdriver.Chrome(service=Service(DRIVER), options=options)
+        cls.driver = start_browser(CHROMIUM, DRIVER, cls.folder.name, (1200, 800))
         cls.driver.set_script_timeout(PATIENCE)
 
     @classmethod

@@ -4,13 +4,11 @@ import sys
 import tempfile
 import time
 
-from selenium import webdriver
-from selenium.webdriver.chrome.options import Options
-from selenium.webdriver.chrome.service import Service
 from selenium.webdriver.common.action_chains import ActionChains
 from selenium.webdriver.common.by import By
 from selenium.webdriver.common.keys import Keys
 
+from browser import start_browser
 from view_program import View, make_recording
 
 
@@ -20,12 +18,7 @@ def main():
         recording = os.path.join(folder, "monday.bin")
         make_recording(recording_program, recording, "--seconds", "4", "--ports", "1,2", "--signal", "spikes",
                        "--fault", "lost-row:1@5420000+300", "--fault", "wrong-tag:2@2000000+5")
-        options = Options()
-        options.binary_location = chromium
-        for argument in ["--headless=new", "--no-sandbox", "--disable-gpu", "--no-proxy-server",
-                         "--window-size=1300,860", f"--user-data-dir={folder}/profile"]:
-            options.add_argument(argument)
-        driver = webdriver.Chrome(service=Service(driver_program), options=options)
+        driver = start_browser(chromium, driver_program, folder, (1300, 860))
         view = View(view_program, recording)
         try:
             driver.get(view.address)

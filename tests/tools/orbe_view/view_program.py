@@ -22,7 +22,8 @@ class View:
     def __init__(self, program, *arguments):
         self.errors = tempfile.TemporaryFile()
         self.process = subprocess.Popen(
-            [program, *arguments, "--port", "0"], stdout=subprocess.PIPE, stderr=self.errors, text=True)
+            [program, *arguments, "--port", "0"], stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=self.errors,
+            text=True)
         line = self.process.stdout.readline()
         match = re.match(r"orbe-view: (http://(.*):(\d+)/(?:\?token=(\w+))?)$", line)
         if not match:
@@ -30,6 +31,11 @@ class View:
             raise AssertionError(f"orbe-view does not serve: {line!r} {self.error_text()!r}")
         self.address, self.host, self.token = match[1], match[2], match[4]
         self.port = int(match[3])
+
+    def tell(self, line):
+        """The program with the modelled box: what happens to the box."""
+        self.process.stdin.write(line + "\n")
+        self.process.stdin.flush()
 
     def error_text(self):
         self.errors.seek(0)

@@ -26,6 +26,7 @@ let last = null; // picture with traces
 let channels = null; // { port, rms, spikes }
 let health = [];
 const arrivals = [];
+let pictures = 0;
 
 const traces = new Traces(element("traces"), {
   choose: (lane) => {
@@ -237,6 +238,7 @@ function radios(place, name, choices, act) {
 }
 
 function take(picture) {
+  ++pictures;
   arrivals.push(performance.now());
   while (arrivals.length > 100) {
     arrivals.shift();
@@ -404,9 +406,13 @@ window.orbeView = {
   traces: () => (last ? { ...last.head.traces, ...traces.plotted() } : null),
   channels: () => (channels ? { port: channels.port, rms: Array.from(channels.rms), spikes: Array.from(channels.spikes) } : null),
   spectrum: () => spectrum.plotted(),
-  health: () => ({ quantities: quantities.map((each) => each.short), lines: health, sums: healthView.sums() }),
+  health: () => ({
+    quantities: quantities.map((each) => each.short), lines: health, sums: healthView.sums(),
+    plotted: healthView.plot.data.slice(1), // the chosen quantity of each stream
+  }),
   damage: () => timeBar.damage,
   channelPlace: (channel) => map.placeOf(channel),
+  pictures: () => pictures, // since the page is open
   // Of the last four seconds or so.
   picturesPerSecond: () =>
     arrivals.length < 2 ? 0 : ((arrivals.length - 1) * 1000) / (arrivals.at(-1) - arrivals[0]),

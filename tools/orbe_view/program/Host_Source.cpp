@@ -11,19 +11,18 @@ namespace {
 
 constexpr double adc_range_volts = 5.0;
 constexpr auto between_reads = std::chrono::milliseconds(4);
-constexpr auto between_health = std::chrono::milliseconds(500);
 constexpr double rate = recorder::ap_sample_rate;
 
 } // namespace
 
 Host_Source::Host_Source(const Host_Choice& choice)
     : m_name(choice.simulation ? choice.simulation->filename().string() : "box"),
-      m_is_simulation(choice.simulation.has_value()), m_bring_up(bring_up(choice)),
-      m_histories(m_bring_up.probes, true, adc_range_volts, choice.spike_microvolts),
+      m_is_simulation(choice.simulation.has_value()),
+      m_histories(bring_up(choice), true, adc_range_volts, choice.spike_microvolts),
       m_batch(std::make_unique<recorder::Probe_Source::Batch>()),
       m_adc_batch(std::make_unique<recorder::ADC_Source::Batch>()) {
-    for (const recorder::Probe_Description& probe : m_bring_up.probes) {
-        m_probes.emplace_back(probe.port);
+    for (std::size_t probe = 0; probe < m_histories.probe_count(); ++probe) {
+        m_probes.emplace_back(m_histories.probe(probe).description().port);
     }
     m_thread = std::thread(&Host_Source::run, this);
 }
@@ -35,17 +34,16 @@ Host_Source::~Host_Source() {
     m_box.close();
 }
 
-Host_Source::Bring_Up Host_Source::bring_up(const Host_Choice& choice) const {
+std::vector<recorder::Probe_Description> Host_Source::bring_up(const Host_Choice& choice) const {
     recorder::Probe_Options options;
     options.calibration = choice.calibration;
     options.may_lack_calibration = true; // what is looked at need not be exact
-    Bring_Up result;
-    result.locked_ports = m_box.ports();
-    for (const int port : result.locked_ports) {
-        result.probes.push_back(
+    std::vector<recorder::Probe_Description> probes;
+    for (const int port : m_box.ports()) {
+        probes.push_back(
             recorder::set_up_probe(recorder::Opened_Box::probe_slot, port, options, m_is_simulation));
     }
-    return result;
+    return probes;
 }
 
 Source_Status Host_Source::status() const {
@@ -81,8 +79,8 @@ void Host_Source::run_until_stopped() {
             std::this_thread::sleep_for(between_reads);
         }
         const auto now = Clock::now();
-        if (m_streams && now - m_health_at >= between_health) {
-            note_health(now);
+        if (m_streams && m_health.is_due(now)) {
+            look_at_health(now);
         }
     }
 }
@@ -101,11 +99,9 @@ void Host_Source::follow_wish() {
     m_intakes.assign(m_probes.size(), Packet_Intake(0));
     m_adc_intake = Packet_Intake(0);
     m_position = 0;
+    m_health.begin(Clock::now());
     m_box.start();
     m_streams = true;
-    m_health_at = Clock::now();
-    m_health_samples.clear();
-    m_health_lost.clear();
 }
 
 // What there is; false when that is nothing.
@@ -116,6 +112,7 @@ bool Host_Source::read() {
         m_batch->count = 0;
         m_probes[probe].read(*m_batch);
         if (m_batch->count != 0) {
+            m_health.came(stream_of(probe));
             m_intakes[probe].take(m_histories.probe(probe), {m_batch->packets, m_batch->count});
             end = std::max(end, m_intakes[probe].end());
             has_read = true;
@@ -124,6 +121,7 @@ bool Host_Source::read() {
     m_adc_batch->count = 0;
     m_adc.read(*m_adc_batch);
     if (m_adc_batch->count != 0) {
+        m_health.came(port_count);
         m_adc_intake.take(*m_histories.adc(), {m_adc_batch->infos, m_adc_batch->count},
                           {m_adc_batch->rows, m_adc_batch->count * Packet_Intake::adc_row_length});
         if (m_probes.empty()) {
@@ -135,41 +133,18 @@ bool Host_Source::read() {
     return has_read;
 }
 
-void Host_Source::note_health(Clock::time_point now) {
-    const double seconds = std::chrono::duration<double>(now - m_health_at).count();
-    std::vector<std::uint64_t> samples;
-    std::vector<std::uint64_t> lost;
+void Host_Source::look_at_health(Clock::time_point now) {
+    Health_Watch::Queue_Fills fills;
+    fills.fill(unknown);
     for (std::size_t probe = 0; probe < m_probes.size(); ++probe) {
-        const Probe_History::Reading reading(m_histories.probe(probe));
-        samples.push_back(reading.samples());
-        lost.push_back(reading.lost_samples());
+        fills[stream_of(probe)] = m_probes[probe].fill();
     }
-    const ADC_History::Reading adc(*m_histories.adc());
-    samples.push_back(adc.samples());
-    lost.push_back(adc.lost_samples());
-    if (!m_health_samples.empty()) {
-        Health health;
-        health.seconds = static_cast<double>(m_position) / rate;
-        for (std::size_t port = 0; port < port_count; ++port) {
-            health.streams[port].link_lock = 0.0;
-        }
-        for (const int port : m_bring_up.locked_ports) {
-            health.streams[static_cast<std::size_t>(port) - 1].link_lock = 1.0;
-        }
-        for (std::size_t stream = 0; stream < samples.size(); ++stream) {
-            const bool is_probe = stream < m_probes.size();
-            const std::size_t place =
-                is_probe ? static_cast<std::size_t>(m_bring_up.probes[stream].port) - 1 : port_count;
-            Stream_Health& line = health.streams[place];
-            line.rate = static_cast<double>(samples[stream] - m_health_samples[stream]) / seconds;
-            line.lost_samples = static_cast<double>(lost[stream] - m_health_lost[stream]);
-            line.queue_fill = is_probe ? m_probes[stream].fill() : m_adc.fill();
-        }
-        m_histories.health().add(health);
-    }
-    m_health_at = now;
-    m_health_samples = std::move(samples);
-    m_health_lost = std::move(lost);
+    fills[port_count] = m_adc.fill();
+    m_health.look(now, static_cast<double>(m_position) / rate, fills);
+}
+
+std::size_t Host_Source::stream_of(std::size_t probe) const {
+    return static_cast<std::size_t>(m_histories.probe(probe).description().port) - 1;
 }
 
 } // namespace Pelgar::ORBE::view

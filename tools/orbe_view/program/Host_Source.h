@@ -4,13 +4,14 @@
 #pragma once
 
 #include "ADC_Source.h"
+#include "Health_Watch.h"
 #include "Opened_Box.h"
 #include "Probe_Source.h"
 #include "sources/A_Source.h"
 #include "sources/Packet_Intake.h"
 
 #include <atomic>
-#include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <filesystem>
 #include <memory>
@@ -41,24 +42,19 @@ public:
     bool stream(bool streams) override;
 
 private:
-    using Clock = std::chrono::steady_clock;
+    using Clock = Health_Watch::Clock;
 
-    struct Bring_Up {
-        std::vector<recorder::Probe_Description> probes;
-        std::vector<int> locked_ports;
-    };
-
-    Bring_Up bring_up(const Host_Choice& choice) const;
+    std::vector<recorder::Probe_Description> bring_up(const Host_Choice& choice) const;
     void run();
     void run_until_stopped();
     void follow_wish();
     bool read();
-    void note_health(Clock::time_point now);
+    void look_at_health(Clock::time_point now);
+    std::size_t stream_of(std::size_t probe) const;
 
     std::string m_name;
     bool m_is_simulation;
     recorder::Opened_Box m_box;
-    Bring_Up m_bring_up;
     Histories m_histories;
 
     mutable std::mutex m_mutex;
@@ -75,9 +71,7 @@ private:
     Packet_Intake m_adc_intake{0};
     std::unique_ptr<recorder::Probe_Source::Batch> m_batch;
     std::unique_ptr<recorder::ADC_Source::Batch> m_adc_batch;
-    Clock::time_point m_health_at;
-    std::vector<std::uint64_t> m_health_samples;
-    std::vector<std::uint64_t> m_health_lost;
+    Health_Watch m_health{m_histories};
 
     std::thread m_thread; // last: it uses the others
 };

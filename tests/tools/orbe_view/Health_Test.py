@@ -1,0 +1,133 @@
+# How the streams of a box fare, and of a recording that plays one: what orbe-view tells of it to a page without a
+# browser. Arguments: orbe-view, orbe-recording, orbe-view with the modelled box.
+import math
+import os
+import sys
+import tempfile
+import time
+import unittest
+
+from view_program import PATIENCE, Page, View, make_recording
+
+VIEW, RECORDING, BOX_VIEW = sys.argv[1:4]
+
+AP_UV = 1.2e6 / 1024 / 500  # a count, with the gain that probes are brought up with
+RATE, ROW_GAPS, FRAME_GAPS, WRONG_TAGS, LOST, QUEUE, LINK = range(7)  # as a picture has them of a stream
+ADC = 4
+
+
+def ramp(channel, sample):
+    return ((sample + channel) & 1023) - 512
+
+
+class Health(unittest.TestCase):
+    def open(self, program, *arguments):
+        view = View(program, *arguments)
+        self.addCleanup(self.end, view)
+        page = Page(view)
+        self.addCleanup(page.close)
+        return view, page
+
+    def end(self, view):
+        code, _, errors = view.stop()
+        self.assertEqual((code, errors), (0, ""))
+
+    def lines(self, page, wanted):
+        """The history of the health, as soon as it is as wanted."""
+        end = time.monotonic() + PATIENCE
+        while True:
+            head, _ = page.picture(lambda each: each.get("health"))
+            if wanted(head["health"]):
+                return head["health"]
+            self.assertLess(time.monotonic(), end, head["health"][-4:])
+
+    def behind(self, page, second):
+        return self.lines(page, lambda lines: lines[-1]["seconds"] > second)
+
+    def sums(self, lines, stream):
+        return [sum(line["streams"][stream][quantity] for line in lines)
+                for quantity in (ROW_GAPS, FRAME_GAPS, WRONG_TAGS)]
+
+    def test_box(self):
+        view, page = self.open(BOX_VIEW, "--box")
+        head, _ = page.picture(lambda each: "introduction" in each)
+        what = head["introduction"]
+        self.assertEqual((what["kind"], what["has_adc"], what["can_jump"]), ("box", True, False))
+        self.assertEqual([probe["port"] for probe in what["probes"]], [1, 2, 3, 4])
+        self.assertEqual({probe["serial"] for probe in what["probes"]}, {1234605616436508552})
+
+        # What the probes send is what is shown.
+        page.say({"view": {"port": 4, "first": 200, "count": 3, "seconds": 0.01, "columns": 300}})
+        head, blocks = page.picture(
+            lambda each: each.get("traces", {}).get("first") == 200 and each["status"]["position"] > 0.1)
+        lowest, step = blocks["traces"][0::2], head["traces"]["step"]
+        self.assertAlmostEqual(step, 1 / 30000)
+        first = round(head["traces"]["begin"] / step)
+        columns = len(lowest) // 3
+        self.assertGreaterEqual(columns, 300)
+        offsets = {(round(lowest[lane * columns + column] / AP_UV) - ramp(200 + lane, first + column)) % 1024
+                   for lane in range(3) for column in range(columns)}
+        self.assertEqual(len(offsets), 1)
+        # Over a second, in which nothing was lost.
+        page.say({"view": {"port": 3}})
+        _, blocks = page.picture(
+            lambda each: each.get("channels", {}).get("port") == 3 and each["status"]["position"] > 1.1)
+        self.assertAlmostEqual(blocks["rms"][100], 300 / math.sqrt(2) * AP_UV, delta=2)
+
+        # Damage, where it is.
+        lines = self.behind(page, 2.2)
+        self.assertEqual(self.sums(lines, 0), [1, 1, 0])
+        self.assertEqual(self.sums(lines, 1), [0, 0, 3])
+        self.assertEqual(self.sums(lines, 2), [0, 0, 0])
+        self.assertEqual(self.sums(lines, 3), [0, 0, 0])
+        self.assertEqual(sum(line["streams"][ADC][ROW_GAPS] for line in lines), 1)
+        self.assertEqual({line["streams"][ADC][quantity] for line in lines for quantity in (FRAME_GAPS, WRONG_TAGS, LINK)},
+                         {None})
+        damaged = [line["seconds"] for line in lines if line["streams"][0][ROW_GAPS]]
+        self.assertTrue(1.5 <= damaged[0] <= 2.2, damaged)
+        self.assertEqual({line["streams"][port][LINK] for line in lines for port in range(4)}, {1})
+
+        # A port whose link goes, and comes back.
+        view.tell("lose 3")
+        self.lines(page, lambda lines: lines[-1]["streams"][2][LINK] == 0 and lines[-1]["streams"][2][RATE] == 0)
+        view.tell("regain 3")
+        lines = self.lines(page, lambda lines: lines[-1]["streams"][2][LINK] == 1 and lines[-1]["streams"][2][RATE] > 0)
+        links = [line["streams"][2][LINK] for line in lines]
+        changes = [before for before, after in zip(links, links[1:] + [None]) if before != after]
+        self.assertEqual(changes, [1, 0, 1])
+        for port in (0, 1, 3):
+            self.assertEqual({line["streams"][port][LINK] for line in lines}, {1})
+            self.assertGreater(min(line["streams"][port][RATE] for line in lines), 0)
+
+    def test_simulation(self):
+        with tempfile.TemporaryDirectory() as folder:
+            recording = os.path.join(folder, "damaged.bin")
+            make_recording(RECORDING, recording, "--seconds", "1.9", "--ports", "1,3",
+                           "--fault", "lost-row:1@1560000", "--fault", "wrong-tag:1@2340000+3",
+                           "--fault", "lost-row:rhd@90000+2")
+            _, page = self.open(VIEW, "--simulation", recording)
+            lines = self.behind(page, 1.5)
+            self.assertEqual(self.sums(lines, 0), [1, 1, 3])
+            self.assertEqual(self.sums(lines, 2), [0, 0, 0])
+            self.assertEqual(sum(line["streams"][ADC][ROW_GAPS] for line in lines), 1)
+            self.assertEqual([lines[0]["streams"][port][LINK] for port in range(4)], [1, 0, 1, 0])
+            self.assertEqual([lines[0]["streams"][port][ROW_GAPS] is None for port in range(4)], [False, True, False, True])
+
+    def test_run_that_begins_anew_is_no_gap(self):
+        with tempfile.TemporaryDirectory() as folder:
+            recording = os.path.join(folder, "whole.bin")
+            make_recording(RECORDING, recording, "--seconds", "1.9", "--ports", "2")
+            _, page = self.open(VIEW, "--simulation", recording, "--control")
+            page.picture(lambda each: each.get("status", {}).get("position", 0) > 0.2)
+            page.say({"streams": False})
+            page.picture(lambda each: not each["status"]["streams"])
+            page.say({"streams": True}) # it plays from its beginning
+            page.picture(lambda each: each["status"]["streams"])
+            lines = self.behind(page, 1.1)
+            self.assertEqual(self.sums(lines, 1), [0, 0, 0])
+            self.assertEqual(sum(line["streams"][ADC][ROW_GAPS] for line in lines), 0)
+            self.assertEqual(sum(line["streams"][1][LOST] for line in lines), 0)
+
+
+if __name__ == "__main__":
+    unittest.main(argv=sys.argv[:1] + sys.argv[4:], verbosity=2)
