@@ -8,7 +8,6 @@ import tempfile
 import threading
 import time
 
-from browser import Stalled, start_browser
 from view_program import PATIENCE, Page, View, make_recording
 
 
@@ -47,7 +46,7 @@ class Socket_Pages:
 
 
 class Browser_Pages:
-    """The same in three browsers, of which one stands still."""
+    """The same in three browsers, of which one stands still while the others are looked at."""
 
     def __init__(self, browsers, view):
         self.browsers = browsers
@@ -69,6 +68,8 @@ class Browser_Pages:
             time.sleep(0.05)
 
     def look(self, seconds):
+        from browser import Stalled # takes Selenium, which plain sockets do without
+
         look = "return [orbeView.pictures(), performance.now()]"
         with Stalled(self.browsers[0]):
             before = [browser.execute_script(look) for browser in self.browsers[1:]]
@@ -81,16 +82,23 @@ class Browser_Pages:
             browser.get("about:blank")
 
 
+def start_three(browsers, folder, stack):
+    from browser import start_browser
+
+    started = []
+    for number in range(3):
+        started.append(start_browser(*browsers, os.path.join(folder, str(number)), (1200, 800)))
+        stack.callback(started[-1].quit)
+    return started
+
+
 def measure(view_program, recording_program, seconds, browsers=None):
     """What the pages get and what that costs. The recording begins when all pages are there."""
     with contextlib.ExitStack() as stack:
         folder = stack.enter_context(tempfile.TemporaryDirectory())
         recording = os.path.join(folder, "full.bin")
         make_recording(recording_program, recording, "--seconds", str(seconds + 1.5), "--signal", "spikes")
-        started = []
-        for number in range(3 if browsers else 0):
-            started.append(start_browser(*browsers, os.path.join(folder, str(number)), (1200, 800)))
-            stack.callback(started[-1].quit)
+        started = start_three(browsers, folder, stack) if browsers else []
         view = View(view_program, "--simulation", recording, "--control")
         try:
             page = Page(view)
