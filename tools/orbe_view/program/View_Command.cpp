@@ -87,8 +87,9 @@ void serve(const View_Options& options, const tools::Working_Directory& director
 } // namespace
 
 View_Command::View_Command(CLI::App& app) : m_app(app) {
-    app.add_option("RECORDING", m_recording,
-                   "A raw recording, or a folder that orbe-record writes or has written, whatever its format");
+    app.add_option(
+        "RECORDING", m_recording,
+        "A raw recording, or a folder that orbe-record writes or has written, whatever its format");
     app.add_flag("--box", m_shows_box, "Show what the box sends now; its probes are brought up for it");
     app.add_option("--simulation", m_simulation, "Play this raw recording as the box, in its time");
     app.add_option(
