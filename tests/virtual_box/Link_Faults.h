@@ -13,7 +13,8 @@ namespace Pelgar::ORBE::test {
 enum class Link_Fault : std::uint8_t {
     silence,           // no byte comes back
     wrong_acknowledge, // the status byte says that the transaction failed
-    lost_write         // acknowledged, but nothing is written
+    lost_write,        // acknowledged, but nothing is written
+    late               // carried out; the answer comes when nobody waits for it any more
 };
 
 class Link_Faults {

@@ -85,6 +85,11 @@ void Virtual_Headstage::lose_power() {
     }
 }
 
+bool Virtual_Headstage::last_answer_is_late() const {
+    const std::lock_guard lock(m_mutex);
+    return m_late;
+}
+
 Probe_Output Virtual_Headstage::probe_output() const {
     const std::lock_guard lock(m_mutex);
     const std::uint8_t mode_of_operation = m_asic.value(op_mode);
@@ -107,6 +112,7 @@ bool Virtual_Headstage::frame_is_whole() const {
 
 std::vector<std::uint8_t> Virtual_Headstage::carry_out(const Link_Frame& frame) {
     const auto fault = m_faults.at(m_frames.size());
+    m_late = fault == Link_Fault::late;
     if (fault == Link_Fault::silence) {
         return {};
     }

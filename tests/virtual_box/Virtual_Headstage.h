@@ -39,6 +39,9 @@ public:
     std::vector<std::uint8_t> take(std::uint8_t byte, bool link_is_up);
     void lose_power();
 
+    // Whether the bridge took its time over the last answer.
+    bool last_answer_is_late() const;
+
     // What the probe sends in the mode it is in.
     Probe_Output probe_output() const;
 
@@ -84,6 +87,7 @@ private:
     std::vector<Link_Frame> m_frames;
     std::size_t m_stray_bytes = 0;
     Link_Faults m_faults;
+    bool m_late = false;
 };
 
 } // namespace Pelgar::ORBE::test

@@ -16,8 +16,15 @@ namespace {
 
 constexpr std::chrono::milliseconds poll_interval{1};
 
+// More than the receive FIFO holds.
+constexpr unsigned most_left_over_bytes = 64;
+
 // The largest count that was ever handed to `send` in this process.
 Relaxed<std::uint32_t> g_max_send_length;
+
+// Answers carry no tag: a byte that is left of one would be taken for the first of the next, and so on for
+// ever. The box keeps it over closings, so this outlives the module.
+Relaxed<bool> g_answer_is_distrusted;
 
 } // namespace
 
@@ -34,6 +41,7 @@ void UART_Module::receive(std::uint8_t* out, std::uint32_t count, std::uint32_t 
                 --countdown;
             }
             if (countdown == 0) {
+                distrust_answer();
                 throw std::runtime_error("UART_Module recv timeout");
             }
         }
@@ -50,8 +58,23 @@ void UART_Module::send(const std::uint8_t* data, std::uint32_t count) {
         console::out("max_send_length : ", count, "\n");
         g_max_send_length = count;
     }
+    if (g_answer_is_distrusted) {
+        g_answer_is_distrusted = false;
+        drop_received();
+    }
     write_bytes(uart::transmit_data, static_cast<std::uint8_t>(count & uart::send_count_mask), data);
     read_status();
+}
+
+void UART_Module::distrust_answer() {
+    g_answer_is_distrusted = true;
+}
+
+void UART_Module::drop_received() {
+    for (unsigned i = 0; i < most_left_over_bytes && (read_status() & uart::status_receive_data_valid) != 0;
+         ++i) {
+        read(uart::receive_data);
+    }
 }
 
 std::uint32_t UART_Module::read_status() const {

@@ -15,12 +15,20 @@ public:
     // std::runtime_error("UART_Module recv timeout") is thrown and the bytes read so far stay in `out`.
     void receive(std::uint8_t* out, std::uint32_t count, std::uint32_t timeout_ms);
 
-    // Writes `count` modulo 256 bytes into the transmit FIFO.
+    // Writes `count` modulo 256 bytes into the transmit FIFO. What has come of an answer that is not trusted
+    // is dropped before.
     void send(const std::uint8_t* data, std::uint32_t count);
+
+    // The last answer was not what it had to be: more of it may come, or be there. An answer for which
+    // `receive` has waited in vain is not trusted anyway.
+    static void distrust_answer();
 
     // The status register. Bits that tell of an error are reported on standard error, and nothing else comes
     // of them: a damaged byte shows in the answer of the bridge.
     std::uint32_t read_status() const;
+
+private:
+    void drop_received();
 };
 
 } // namespace Pelgar::ORBE

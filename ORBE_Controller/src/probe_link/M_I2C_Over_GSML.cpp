@@ -43,6 +43,7 @@ void I2C_Over_GSML_Module::qbsc_writeI2C(std::uint8_t device, std::uint8_t reg, 
     m_uart->receive(&status, 1, receive_budget_ms);
     if (status != acknowledge) {
         console::err("qbsc_writeI2C ACK err\n");
+        UART_Module::distrust_answer();
         if (!ignore_ack_error) {
             throw std::runtime_error("qbsc_writeI2C ACK error");
         }
@@ -59,6 +60,7 @@ std::uint8_t I2C_Over_GSML_Module::qbsc_readI2C(std::uint8_t device, std::uint8_
     *value = data;
     if (status != acknowledge) {
         console::err("qbsc_readI2C err\n");
+        UART_Module::distrust_answer();
         throw std::runtime_error("qbsc_readI2C error");
     }
     ++stat_read_transactions_total;
@@ -72,6 +74,7 @@ void I2C_Over_GSML_Module::qbsc_readI2C_n_bytes(std::uint8_t device, std::uint8_
     m_uart->receive(&status, 1, receive_budget_ms);
     if (status != acknowledge) {
         console::err("qbsc_readI2C_n_bytes err\n");
+        UART_Module::distrust_answer();
         throw std::runtime_error("qbsc_readI2C_n_bytes error");
     }
     m_uart->receive(buffer, count, receive_budget_ms);

@@ -97,6 +97,32 @@ TEST_F(UARTModule, ReceiveThrowsWhenTheBudgetRunsOutAndKeepsWhatCameBefore) {
     EXPECT_EQ(m_registers.accesses().size(), 12U) << "two accesses for the byte, ten polls without one";
 }
 
+TEST_F(UARTModule, WhatIsLeftOfADistrustedAnswerIsDroppedBeforeTheNextSend) {
+    UART_Module::distrust_answer();
+    m_registers.queue_reads(status, {1, 1, 4});
+    m_registers.set_value(status, 4);
+    m_registers.queue_reads(receive_data, {0xC3, 0x0A});
+    const std::uint8_t byte = 0x79;
+    printed_by([&] { m_uart.send(&byte, 1); });
+    using Accesses = std::vector<Register_Access>;
+    EXPECT_EQ(m_registers.accesses(),
+              (Accesses{read_of(status, 1), read_of(receive_data, 0xC3), read_of(status, 1),
+                        read_of(receive_data, 0x0A), read_of(status, 4), write_of(transmit_data, 0x79),
+                        read_of(status, 4)}));
+    m_registers.clear_accesses();
+    printed_by([&] { m_uart.send(&byte, 1); });
+    EXPECT_EQ(m_registers.accesses(), (Accesses{write_of(transmit_data, 0x79), read_of(status, 4)}))
+        << "once";
+}
+
+TEST_F(UARTModule, BytesThatDoNotEndDoNotHoldTheNextSendUp) {
+    UART_Module::distrust_answer();
+    m_registers.set_value(status, 1);
+    const std::uint8_t byte = 0x79;
+    printed_by([&] { m_uart.send(&byte, 1); });
+    EXPECT_EQ(m_registers.writes_to(transmit_data).size(), 1U);
+}
+
 TEST_F(UARTModule, BudgetOfZeroStillEnds) {
     std::uint8_t byte = 0;
     EXPECT_EQ(text_thrown_by<std::runtime_error>([&] { m_uart.receive(&byte, 1, 0); }),
