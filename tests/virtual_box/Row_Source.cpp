@@ -65,7 +65,9 @@ void Row_Source::write_rhd_rows(unsigned streams) {
         m_rhd.emplace(RHD{streams, RHD_Generator(streams, mix(m_options.seed, rhd_stream)), {}});
     }
     auto& words = m_rhd->words;
+    const std::size_t pending = words.size();
     m_rhd->generator.append(words);
+    m_writer.cut_frame(words, pending);
     std::size_t used = 0;
     for (; used + row_words <= words.size(); used += row_words) {
         m_writer.write(rhd_stream, words.data() + used);

@@ -90,10 +90,7 @@ void Recording_Generator::generate_tick() {
 void Recording_Generator::write_rhd_rows() {
     const std::size_t pending = m_rhd_words.size();
     m_rhd.append(m_rhd_words);
-    if (!m_writer.plan().empty() && m_writer.plan().strikes(Fault_Kind::cut_frame, rhd_stream)) {
-        const std::size_t frame_words = m_rhd_words.size() - pending;
-        m_rhd_words.resize(pending + 1 + m_writer.plan().random() % (frame_words - 1));
-    }
+    m_writer.cut_frame(m_rhd_words, pending);
     std::size_t used = 0;
     for (; used + row_words <= m_rhd_words.size(); used += row_words) {
         m_writer.write(rhd_stream, m_rhd_words.data() + used);

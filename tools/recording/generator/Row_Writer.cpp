@@ -16,6 +16,13 @@ constexpr std::uint16_t tag_damage = 0x8000;
 Row_Writer::Row_Writer(Fault_Plan plan, std::size_t reserved_bytes)
     : m_plan(std::move(plan)), m_bytes(reserved_bytes) {}
 
+void Row_Writer::cut_frame(std::vector<std::uint16_t>& words, std::size_t frame_begin) {
+    if (!m_plan.empty() && m_plan.strikes(Fault_Kind::cut_frame, rhd_stream)) {
+        const std::size_t frame_words = words.size() - frame_begin;
+        words.resize(frame_begin + 1 + m_plan.random() % (frame_words - 1));
+    }
+}
+
 void Row_Writer::write_damaged(unsigned stream, const std::uint16_t* words) {
     std::array<std::uint16_t, row_words> damaged;
     std::copy_n(words, row_words, damaged.begin());

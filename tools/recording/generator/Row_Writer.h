@@ -26,7 +26,8 @@ public:
         }
     }
 
-    Fault_Plan& plan() { return m_plan; }
+    // Ends the RHD frame that begins at `frame_begin`, the last in `words`, early where the plan says so.
+    void cut_frame(std::vector<std::uint16_t>& words, std::size_t frame_begin);
 
     // The rows since the last `clear`.
     std::span<const std::uint8_t> bytes() const { return {m_bytes.data(), m_size}; }
