@@ -95,8 +95,16 @@ std::uint32_t DMA_Source::read(bool complete) {
     if (fault && fault->kind == DMA_Read_Fault::Kind::fails) {
         throw std::runtime_error("c2h transfer failed");
     }
-    const std::uint32_t size = fault ? std::min(m_size, fault->bytes) : m_size;
-    const std::uint32_t total = fill(size, complete);
+    const bool is_short = fault && fault->kind == DMA_Read_Fault::Kind::short_read;
+    std::uint32_t total = fill(is_short ? std::min(m_size, fault->bytes) : m_size, complete);
+    // The read that is under way may have been given one since.
+    const auto late_fault = fault_of_this_read();
+    if (late_fault && late_fault->kind == DMA_Read_Fault::Kind::fails_late) {
+        throw std::runtime_error("c2h transfer failed");
+    }
+    if (late_fault && late_fault->kind == DMA_Read_Fault::Kind::stalls) {
+        stall();
+    }
     Observer observer;
     {
         const std::lock_guard lock(m_mutex);
@@ -105,13 +113,40 @@ std::uint32_t DMA_Source::read(bool complete) {
     if (observer && total > 0) {
         observer({m_buffer, total});
     }
+    if (late_fault && late_fault->kind == DMA_Read_Fault::Kind::over_long) {
+        total += late_fault->bytes;
+    }
     return total;
 }
 
 std::optional<DMA_Read_Fault> DMA_Source::begin_read() {
     const std::lock_guard lock(m_mutex);
-    const auto fault = m_faults.find(++m_reads);
+    ++m_reads;
+    const auto fault = m_faults.find(m_reads);
     return fault == m_faults.end() ? std::nullopt : std::optional(fault->second);
+}
+
+std::optional<DMA_Read_Fault> DMA_Source::fault_of_this_read() const {
+    const std::lock_guard lock(m_mutex);
+    const auto fault = m_faults.find(m_reads);
+    return fault == m_faults.end() ? std::nullopt : std::optional(fault->second);
+}
+
+void DMA_Source::stall() {
+    std::unique_lock lock(m_mutex);
+    m_stalled = true;
+    m_changed.wait_for(lock, patience, [&] { return !m_stalled; });
+}
+
+bool DMA_Source::is_stalled() const {
+    const std::lock_guard lock(m_mutex);
+    return m_stalled;
+}
+
+void DMA_Source::release_stalled_read() {
+    const std::lock_guard lock(m_mutex);
+    m_stalled = false;
+    m_changed.notify_all();
 }
 
 std::uint32_t DMA_Source::fill(std::uint32_t size, bool complete) {

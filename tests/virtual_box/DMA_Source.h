@@ -53,6 +53,10 @@ public:
     void fail_read(std::uint64_t read, DMA_Read_Fault fault);
     std::uint64_t reads() const;
 
+    // Whether a read does not end, and what ends it.
+    bool is_stalled() const;
+    void release_stalled_read();
+
     // Sees the bytes of every read, on the pump thread, before the read returns.
     using Observer = std::function<void(std::span<const std::uint8_t>)>;
     void set_observer(Observer observer);
@@ -70,6 +74,8 @@ private:
     };
 
     std::optional<DMA_Read_Fault> begin_read();
+    std::optional<DMA_Read_Fault> fault_of_this_read() const;
+    void stall();
     std::uint32_t fill(std::uint32_t size, bool complete);
     std::optional<Tick> next_tick(std::uint64_t stops, bool wait);
     void apply(const Changes& changes);
@@ -84,6 +90,7 @@ private:
     std::uint64_t m_limit = unlimited;
     bool m_held_back = false;
     std::uint64_t m_reads = 0;
+    bool m_stalled = false;
     std::map<std::uint64_t, DMA_Read_Fault> m_faults;
     Observer m_observer;
     std::uint8_t* m_buffer = nullptr;
