@@ -491,12 +491,12 @@ TEST_F(Bring_Up, ByteLostOnTheWayIsFoundByTheReadcheck) {
 TEST_F(Bring_Up, LateAnswerIsNotTakenForTheNextOne) {
     open();
     ASSERT_EQ(openPort(slot, 2), SUCCESS);
-    const std::size_t frames = headstage(1).frames().size();
+    const std::size_t frames = headstage(2).frames().size();
     for (std::size_t step = 1; step <= frames; ++step) {
-        headstage(1).forget_frames();
-        headstage(1).fail_once(step, Link_Fault::late);
+        headstage(2).forget_frames();
+        headstage(2).fail_once(step, Link_Fault::late);
         EXPECT_EQ(openPort(slot, 2), FAILED) << "step " << step;
-        headstage(1).clear_faults();
+        headstage(2).clear_faults();
         EXPECT_EQ(openPort(slot, 2), SUCCESS) << "step " << step;
         EXPECT_EQ(m_box->unread_uart_bytes(), 0U);
     }
@@ -504,9 +504,10 @@ TEST_F(Bring_Up, LateAnswerIsNotTakenForTheNextOne) {
 
 TEST_F(Bring_Up, LateAnswerIsNotTakenForTheNextOneBehindAnotherOpening) {
     open();
-    headstage(1).fail_once(1, Link_Fault::late);
+    headstage(2).forget_frames();
+    headstage(2).fail_once(1, Link_Fault::late);
     EXPECT_EQ(openPort(slot, 2), FAILED);
-    headstage(1).clear_faults();
+    headstage(2).clear_faults();
     Neuropixels::closeBS(slot);
     open();
     EXPECT_EQ(openPort(slot, 2), SUCCESS);
