@@ -1,5 +1,7 @@
 #include "DMA_Source.h"
 
+#include "Row_Source.h"
+
 #include <algorithm>
 #include <chrono>
 #include <stdexcept>
@@ -17,7 +19,10 @@ constexpr auto patience = std::chrono::seconds(30);
 
 } // namespace
 
-DMA_Source::DMA_Source(recording::Recording_Options options) : m_rows(std::move(options)) {}
+DMA_Source::DMA_Source(recording::Recording_Options options)
+    : DMA_Source(std::make_unique<Row_Source>(std::move(options))) {}
+
+DMA_Source::DMA_Source(std::unique_ptr<A_Row_Source> rows) : m_rows(std::move(rows)) {}
 
 void DMA_Source::enable(const Stream_Enables& enables) {
     const std::lock_guard lock(m_mutex);
@@ -158,7 +163,7 @@ std::uint32_t DMA_Source::fill(std::uint32_t size, bool complete) {
     }
     std::uint32_t total = 0;
     while (total < size) {
-        const auto bytes = m_rows.take(size - total);
+        const auto bytes = m_rows->take(size - total);
         if (!bytes.empty()) {
             std::copy(bytes.begin(), bytes.end(), m_buffer + total);
             total += static_cast<std::uint32_t>(bytes.size());
@@ -169,7 +174,7 @@ std::uint32_t DMA_Source::fill(std::uint32_t size, bool complete) {
             break;
         }
         apply(tick->changes);
-        m_rows.make_tick(tick->enables);
+        m_rows->make_tick(tick->enables);
     }
     return total;
 }
@@ -196,11 +201,11 @@ std::optional<DMA_Source::Tick> DMA_Source::next_tick(std::uint64_t stops, bool 
 
 void DMA_Source::apply(const Changes& changes) {
     if (changes.reset) {
-        m_rows.reset();
+        m_rows->reset();
     }
     for (std::size_t port = 0; port < box_port_count; ++port) {
         if (changes.restarted[port]) {
-            m_rows.restart_probe(port);
+            m_rows->restart_probe(port);
         }
     }
 }

@@ -3,9 +3,11 @@
 // blocks; everything else on any thread.
 #pragma once
 
+#include "A_Row_Source.h"
 #include "DMA_Read_Fault.h"
-#include "Row_Source.h"
 #include "Stream_Enables.h"
+
+#include "generator/Recording_Options.h"
 
 #include <array>
 #include <condition_variable>
@@ -13,6 +15,7 @@
 #include <functional>
 #include <limits>
 #include <map>
+#include <memory>
 #include <mutex>
 #include <optional>
 #include <span>
@@ -23,7 +26,9 @@ class DMA_Source {
 public:
     static constexpr std::uint64_t unlimited = std::numeric_limits<std::uint64_t>::max();
 
+    // The rows are those of a Row_Source with these options, or of any other source.
     explicit DMA_Source(recording::Recording_Options options);
+    explicit DMA_Source(std::unique_ptr<A_Row_Source> rows);
 
     // ---- The box's side.
 
@@ -97,7 +102,7 @@ private:
     std::uint32_t m_size = 0;
 
     std::mutex m_read_mutex; // held while a read is under way; guards the rows
-    Row_Source m_rows;
+    std::unique_ptr<A_Row_Source> m_rows;
 };
 
 } // namespace Pelgar::ORBE::test

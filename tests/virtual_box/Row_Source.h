@@ -3,7 +3,7 @@
 // sources on from the start the bytes are those of a recording with the same options. One thread.
 #pragma once
 
-#include "Stream_Enables.h"
+#include "A_Row_Source.h"
 
 #include "generator/RHD_Generator.h"
 #include "generator/Recording_Options.h"
@@ -19,24 +19,17 @@
 
 namespace Pelgar::ORBE::test {
 
-class Row_Source {
+class Row_Source final : public A_Row_Source {
 public:
     // Of the options the seed, the signals, the tone and the faults count; the rest is in the box's
     // registers. A probe in a test mode sends the test pattern, or the tone, on all channels instead of the
     // signals.
     explicit Row_Source(recording::Recording_Options options);
 
-    // Makes the rows of one tick. Those of the last one must have been taken.
-    void make_tick(const Stream_Enables& enables);
-
-    // The probe counts its frames from 0 again.
-    void restart_probe(std::size_t port);
-
-    // The design was loaded anew: nothing is left of what was before.
-    void reset();
-
-    // Bytes that are ready, at most `wanted`.
-    std::span<const std::uint8_t> take(std::size_t wanted);
+    void make_tick(const Stream_Enables& enables) override;
+    void restart_probe(std::size_t port) override;
+    void reset() override;
+    std::span<const std::uint8_t> take(std::size_t wanted) override;
 
 private:
     struct RHD {

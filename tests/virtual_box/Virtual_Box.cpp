@@ -1,5 +1,7 @@
 #include "Virtual_Box.h"
 
+#include "Row_Source.h"
+
 #include <stdexcept>
 #include <utility>
 
@@ -24,7 +26,10 @@ constexpr std::uint32_t default_efuse = 0x0BE0'0001;
 } // namespace
 
 Virtual_Box::Virtual_Box(recording::Recording_Options stream)
-    : m_stream(std::move(stream)), m_designs{{neuropixels_flash_address, neuropixels_signature}} {
+    : Virtual_Box(std::make_unique<Row_Source>(std::move(stream))) {}
+
+Virtual_Box::Virtual_Box(std::unique_ptr<A_Row_Source> rows)
+    : m_stream(std::move(rows)), m_designs{{neuropixels_flash_address, neuropixels_signature}} {
     m_registers.set_value(signature, neuropixels_signature);
     m_registers.set_value(build_timestamp, default_build_timestamp);
     m_registers.set_value(temperature, default_temperature);

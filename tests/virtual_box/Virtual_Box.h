@@ -18,6 +18,7 @@
 #include <cstdint>
 #include <deque>
 #include <map>
+#include <memory>
 #include <mutex>
 #include <optional>
 #include <vector>
@@ -51,6 +52,9 @@ public:
     // Runs the Neuropixels design; a headstage and a probe on every port. `stream` gives the seed, the
     // signals and the faults of the rows.
     explicit Virtual_Box(recording::Recording_Options stream = {});
+
+    // The same with rows of another source.
+    explicit Virtual_Box(std::unique_ptr<A_Row_Source> rows);
 
     // ---- The driver's side.
 
