@@ -140,6 +140,25 @@ TEST_F(CP_L1_ADC_TO_Channel_Test, PhaseAfterTheRollOverFollowsTheThirtyTwoBitCou
     EXPECT_EQ(m_listener->count(Band::AP), 1U);
 }
 
+// After 3 h 3 min 33 s of a probe.
+TEST_F(CP_L1_ADC_TO_Channel_Test, EndOfTheThirtyTwoBitCounterTakesThePhaseAnew) {
+    captured_output([&] {
+        for (int wrap = 1; wrap < 4096; ++wrap) {
+            publish(frame_with_counter(0xFFFFF));
+            publish(frame_with_counter(0));
+        }
+        publish(frame_with_counter(0xFFFFF));
+    });
+    const auto before = m_listener->count(Band::AP);
+    Captured_Output output = publish_counters(0, 11); // 2^32 mod 13 is 9: in step, 3 would end a sample
+    EXPECT_EQ(output.out, "frame_number rolled : 0, prev count : 1048575\n"
+                          "Incrementing m_three_word_counter_high_part\n");
+    EXPECT_EQ(output.err, "") << "the counter itself runs on";
+    EXPECT_EQ(m_listener->count(Band::AP), before);
+    publish_counters(12, 12);
+    EXPECT_EQ(m_listener->count(Band::AP), before + 1);
+}
+
 TEST_F(CP_L1_ADC_TO_Channel_Test, ApIsPublishedOnFrame12OfEverySuperFrame) {
     for (std::uint32_t counter = 0; counter < 13 * 30; ++counter) {
         const auto before = m_listener->count(Band::AP);
