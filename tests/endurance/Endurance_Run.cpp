@@ -83,8 +83,8 @@ std::optional<std::string> Endurance_Run::run_session(std::uint64_t ticks) {
     if (fault.empty()) {
         fault = at_end;
     }
-    // The last ones of a stream stay where they fill nothing whole.
-    m_ticks_before += is_over ? ticks : m_stage.received();
+    // The last ones of a stream stay where they fill nothing whole; a recording is played to its end.
+    m_ticks_before += is_over ? std::max(ticks, m_stage.received()) : m_stage.received();
     m_streams = false;
     return fault.empty() ? std::nullopt : std::optional(fault);
 }
