@@ -203,6 +203,7 @@ void Host_Mode::connect_streams(ORBE_Controller_Library& controller) {
     controller.set_prompt_delivery(has_probes ? prompt_transfer_bytes : transfer_bytes_without_probes,
                                    prompt_block_super_frames);
     controller.set_stopping_despite_errors(true);
+    controller.set_dropping_left_over_answers(true);
     for (unsigned port = 0; port < probe_port_count; ++port) {
         if (((used_ports() >> port) & 1U) == 0) {
             // A recording may hold it all the same.

@@ -1,5 +1,7 @@
 #include "Fault_List.h"
 
+#include "stream_format/Wire_Format.h"
+
 #include <filesystem>
 #include <fstream>
 #include <optional>

@@ -31,7 +31,8 @@ Deliberate is that the box's own `stop_acquisition` waits for ever behind a pump
 another thread calls `closeBS` and `openBS` and a run is started and stopped. As long as the basestation is not closed,
 another `start_acquisition` beside the one that waits ends the process. A read that the driver does not end holds up what
 waits for the pump, in both ways, as long as it lasts. A link that is lost while data stream is told by nothing but the
-missing packets.
+missing packets. Bytes that a late or wrong answer of the link leaves behind are taken for the next answer, and so on, in the
+box's own way; host mode drops them.
 )";
 
 constexpr const char* own_head = R"(

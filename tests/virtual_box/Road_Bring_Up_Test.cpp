@@ -488,8 +488,24 @@ TEST_F(Bring_Up, ByteLostOnTheWayIsFoundByTheReadcheck) {
     EXPECT_EQ(headstage(1).chain(even_chain).size(), 305U);
 }
 
-TEST_F(Bring_Up, LateAnswerIsNotTakenForTheNextOne) {
+// As host mode has it.
+void drop_left_over_answers() {
+    npoe_adapter::current_controller()->set_dropping_left_over_answers(true);
+}
+
+TEST_F(Bring_Up, LateAnswerIsTakenForTheNextOne) {
     open();
+    headstage(2).forget_frames();
+    headstage(2).fail_once(1, Link_Fault::late);
+    EXPECT_EQ(openPort(slot, 2), FAILED);
+    headstage(2).clear_faults();
+    EXPECT_EQ(openPort(slot, 2), FAILED) << "the box's own way keeps what is left";
+    EXPECT_GT(m_box->unread_uart_bytes(), 0U);
+}
+
+TEST_F(Bring_Up, LateAnswerIsNotTakenForTheNextOneWhereItIsDropped) {
+    open();
+    drop_left_over_answers();
     ASSERT_EQ(openPort(slot, 2), SUCCESS);
     const std::size_t frames = headstage(2).frames().size();
     for (std::size_t step = 1; step <= frames; ++step) {
@@ -502,14 +518,16 @@ TEST_F(Bring_Up, LateAnswerIsNotTakenForTheNextOne) {
     }
 }
 
-TEST_F(Bring_Up, LateAnswerIsNotTakenForTheNextOneBehindAnotherOpening) {
+TEST_F(Bring_Up, LateAnswerIsDroppedBehindAnotherOpening) {
     open();
+    drop_left_over_answers();
     headstage(2).forget_frames();
     headstage(2).fail_once(1, Link_Fault::late);
     EXPECT_EQ(openPort(slot, 2), FAILED);
     headstage(2).clear_faults();
     Neuropixels::closeBS(slot);
     open();
+    drop_left_over_answers();
     EXPECT_EQ(openPort(slot, 2), SUCCESS);
     EXPECT_EQ(m_box->unread_uart_bytes(), 0U);
 }

@@ -234,6 +234,10 @@ void ORBE_Controller_Library::set_stopping_despite_errors(bool stops) {
     m_stream.set_stopping_despite_errors(stops);
 }
 
+void ORBE_Controller_Library::set_dropping_left_over_answers(bool drops) {
+    m_box.modules().uart().set_dropping_left_over_answers(drops);
+}
+
 void ORBE_Controller_Library::set_NP_sample_listener(std::weak_ptr<demux::I_Sample_Listener> listener,
                                                      unsigned port) {
     m_stream.set_NP_sample_listener(std::move(listener), port);

@@ -183,6 +183,9 @@ public:
     // Sources are switched off, too, after a probe's link or a read has failed: the registers are there all
     // the same, and what goes on sending would be taken for the next run.
     void set_stopping_despite_errors(bool stops);
+    // What a late or damaged answer of a probe's link leaves behind is dropped before the next frame is sent,
+    // instead of being taken for the beginning of every answer that follows. When the box is open.
+    void set_dropping_left_over_answers(bool drops);
     // Announces a port's samples (index 0..3) to the listener, which is held weakly, and corrects their gain
     // around the middle of their ten bits. After `pre_init`.
     void set_NP_sample_listener(std::weak_ptr<demux::I_Sample_Listener> listener, unsigned port);

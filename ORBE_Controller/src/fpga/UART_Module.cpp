@@ -58,7 +58,7 @@ void UART_Module::send(const std::uint8_t* data, std::uint32_t count) {
         console::out("max_send_length : ", count, "\n");
         g_max_send_length = count;
     }
-    if (g_answer_is_distrusted) {
+    if (m_drops_left_over_answers && g_answer_is_distrusted) {
         g_answer_is_distrusted = false;
         drop_received();
     }

@@ -98,6 +98,7 @@ TEST_F(UARTModule, ReceiveThrowsWhenTheBudgetRunsOutAndKeepsWhatCameBefore) {
 }
 
 TEST_F(UARTModule, WhatIsLeftOfADistrustedAnswerIsDroppedBeforeTheNextSend) {
+    m_uart.set_dropping_left_over_answers(true);
     UART_Module::distrust_answer();
     m_registers.queue_reads(status, {1, 1, 4});
     m_registers.set_value(status, 4);
@@ -115,7 +116,16 @@ TEST_F(UARTModule, WhatIsLeftOfADistrustedAnswerIsDroppedBeforeTheNextSend) {
         << "once";
 }
 
+TEST_F(UARTModule, WhatIsLeftOfADistrustedAnswerStaysUnlessItIsToBeDropped) {
+    UART_Module::distrust_answer();
+    const std::uint8_t byte = 0x79;
+    printed_by([&] { m_uart.send(&byte, 1); });
+    using Accesses = std::vector<Register_Access>;
+    EXPECT_EQ(m_registers.accesses(), (Accesses{write_of(transmit_data, 0x79), read_of(status, 0)}));
+}
+
 TEST_F(UARTModule, BytesThatDoNotEndDoNotHoldTheNextSendUp) {
+    m_uart.set_dropping_left_over_answers(true);
     UART_Module::distrust_answer();
     m_registers.set_value(status, 1);
     const std::uint8_t byte = 0x79;
