@@ -38,7 +38,8 @@ std::vector<std::string> Endurance_Run::run() {
     std::vector<std::string> faults;
     while (faults.empty() && m_ticks_before < m_options.ticks && !wall_time_is_over()) {
         const std::uint64_t left = m_options.ticks - m_ticks_before;
-        if (const auto fault = run_session(std::min(left, m_stage.longest_session()))) {
+        if (const auto fault =
+                run_session(std::min({left, m_stage.longest_session(), m_options.longest_session}))) {
             faults.push_back(*fault);
         }
     }

@@ -10,6 +10,7 @@
 #include <chrono>
 #include <cstdint>
 #include <cstdio>
+#include <limits>
 #include <optional>
 #include <string>
 #include <vector>
@@ -19,9 +20,10 @@ namespace Pelgar::ORBE::test {
 struct Run_Options {
     std::string mode;
     unsigned ports = 1;
-    std::uint64_t ticks = 0;                    // of box time
-    std::chrono::seconds wall_time{0};          // ends the run early; 0: never
-    std::chrono::milliseconds look_every{1000}; // at the process
+    std::uint64_t ticks = 0;                                                   // of box time
+    std::uint64_t longest_session = std::numeric_limits<std::uint64_t>::max(); // ticks
+    std::chrono::seconds wall_time{0};                                         // ends the run early; 0: never
+    std::chrono::milliseconds look_every{1000};                                // at the process
     std::chrono::seconds line_every{5};
 };
 

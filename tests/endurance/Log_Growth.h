@@ -30,6 +30,7 @@ private:
     std::uint64_t m_logged = 0;
     std::uint64_t m_printed = 0;
     std::uint64_t m_ticks = 0;
+    std::uint64_t m_sessions = 0;
 };
 
 } // namespace Pelgar::ORBE::test
