@@ -132,7 +132,7 @@ void add_read_faults(Faults& faults) {
     faults.push_back(next_reads("a read fails at once", {{Kind::fails, 0}}));
     faults.push_back(this_read("a read fails at its end", {Kind::fails_late, 0}));
     faults.push_back(this_read("a read does not end", {Kind::stalls, 0}));
-    faults.push_back(this_read("a read says too much", {Kind::over_long, 256 * row_bytes}));
+    faults.push_back(next_reads("a read says too much", {{Kind::over_long, 256 * row_bytes}}));
 }
 
 // ---- Rows.
