@@ -28,7 +28,7 @@ public:
     std::uint8_t status_now() const;
 
     // Whether the link of a port (index 0..3) is locked now.
-    bool is_locked_now(unsigned port) const { return ((status_now() >> port) & 1U) != 0; }
+    bool is_locked_now(unsigned port) const { return ((unsigned{status_now()} >> port) & 1U) != 0; }
 
     // Probe ports that the design offers; 0 before it has been asked.
     std::uint8_t port_count() const { return m_np_port_count_parameter_from_fpga; }
