@@ -180,8 +180,9 @@ class Browser(unittest.TestCase):
     def test_channels_along_the_probe(self):
         self.open(self.recording)
         self.hold_at(1.5)
-        self.wait("orbeView.channels() && orbeView.channels().spikes[300] > 0")
-        time.sleep(0.5)
+        # Once the whole second before is there.
+        self.wait("""orbeView.channels() && orbeView.channels().spikes.slice(300, 311).every(
+            (rate) => Math.abs(rate - 20) <= 1.5)""", True)
         shown = self.run_script("orbeView.channels()")
         self.assertAlmostEqual(shown["rms"][100], 300 / math.sqrt(2) * AP_UV, delta=2)
         self.assertAlmostEqual(shown["rms"][205], 1024 / math.sqrt(12) * AP_UV, delta=10)
@@ -311,8 +312,8 @@ class Browser(unittest.TestCase):
     def test_recording_that_is_being_made(self):
         folder = os.path.join(self.folder.name, "growing")
         source = os.path.join(self.folder.name, "source.bin")
-        make_recording(RECORDING, source, "--seconds", "8", "--ports", "1", "--signal", "ramp")
-        recorder = subprocess.Popen([RECORD, folder, "--simulation", source, "--format", "raw", "--seconds", "5"],
+        make_recording(RECORDING, source, "--seconds", "12", "--ports", "1", "--signal", "ramp")
+        recorder = subprocess.Popen([RECORD, folder, "--simulation", source, "--format", "raw"],
                                     stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
         try:
             file = os.path.join(folder, "raw_data.bin")
@@ -325,11 +326,12 @@ class Browser(unittest.TestCase):
             self.wait(f"orbeView.status().position > {length} + 0.3", True) # it goes on by itself
             self.assertIn("raw_data.bin (growing)",
                           self.driver.find_element(By.ID, "source").text)
+            self.wait("orbeView.status().length > 3.2", True)
+            recorder.send_signal(signal.SIGINT)
             output, errors = recorder.communicate(timeout=PATIENCE)
             self.assertEqual(recorder.returncode, 0, errors)
             self.assertIn("probe 1: ", output)
             self.assertIn(", 0 samples lost", output)
-            self.wait("orbeView.status().length > 4.9", True)
             # And what is shown is what was recorded.
             self.hold_at(3.0)
             shown = self.traces(200, 2, 0.01)
