@@ -123,6 +123,18 @@ TEST_F(Foreign_SpikeGLX, IsRefusedWithAReasonWhereItCannotBeShown) {
               ap + "is of a probe of another kind than orbe-view shows");
     EXPECT_EQ(problem_with("imec0.ap", "(2 0 0 ", "(1 0 0 "),
               ap + "is of a probe of another kind than orbe-view shows");
+    for (const char* row : {"(2.5 0 0 ", "(2 0 7 ", "(2 0 -1 ", "(2 0 1e300 "}) {
+        EXPECT_EQ(problem_with("imec0.ap", "(2 0 0 ", row),
+                  ap + "is of a probe of another kind than orbe-view shows")
+            << row;
+    }
+    for (const char* row : {"(nan 0 0 ", "(2 inf 0 "}) {
+        EXPECT_EQ(problem_with("imec0.ap", "(2 0 0 ", row),
+                  ap + "is damaged: ~imroTbl is no table of numbers")
+            << row;
+    }
+    EXPECT_EQ(problem_with("imec0.ap", "snsSaveChanSubset=0:383,768", "snsSaveChanSubset=1:383,0,768"),
+              ap + "has its channels in another order than that of their numbers");
     EXPECT_EQ(problem_with("imec0.ap", "~imroTbl=(0,384)(", "~imroTbl=(0,384)(x"),
               ap + "is damaged: ~imroTbl is no table of numbers");
     EXPECT_EQ(problem_with("imec0.ap", "~imroTbl=(0,384)", "~imroTbl=0,384"),
@@ -158,6 +170,18 @@ TEST_F(Foreign_SpikeGLX, NumbersPortsThatAreNotOfOneBox) {
     const Folder_Layout layout = foreign_spikeglx_layout(path);
     EXPECT_EQ(layout.description.probes[0].port, 1);
     EXPECT_EQ(layout.description.probes[1].port, 2);
+}
+
+TEST_F(Foreign_SpikeGLX, NumbersThatArePortsOfNoBoxAreLeftOut) {
+    auto made = test::made_description();
+    made.adc.reset();
+    make(made);
+    change("imec1.ap", "imDatPrb_port=3", "imDatPrb_port=1e300");
+    const std::string number = std::to_string(made.probes[0].serial_number);
+    change("imec0.ap", "imDatPrb_sn=" + number, "imDatPrb_sn=-1");
+    const Folder_Layout layout = foreign_spikeglx_layout(path);
+    EXPECT_EQ(layout.description.probes[1].port, 2);
+    EXPECT_EQ(layout.description.probes[0].serial_number, 0U);
 }
 
 TEST(SpikeGLX_Metadata, AreReadLineByLine) {

@@ -4,9 +4,10 @@ import os
 import subprocess
 import sys
 import tempfile
+import time
 import unittest
 
-from view_program import Page, View, make_recording, read_all
+from view_program import PATIENCE, Page, View, make_recording, read_all
 
 VIEW, RECORDING = sys.argv[1:3]
 
@@ -85,11 +86,31 @@ class Security(unittest.TestCase):
             self.assertIn(b"Only orbe-view's own page gets the data.", page.rest)
             page.close()
 
+    def test_name_of_any_bytes_is_shown(self):
+        name = os.path.join(self.folder.name.encode(), b"a\xe4.bin")
+        os.symlink(self.recording, name)
+        view = View(VIEW, name)
+        self.addCleanup(self.end, view)
+        page = Page(view)
+        self.assert_goes_on(page)
+        page.close()
+
+    def test_connection_that_was_refused_does_not_stay(self):
+        view = self.view()
+        connection = view.connect()
+        connection.sendall(b"GET\r\n\r\n")
+        end = time.monotonic() + PATIENCE
+        with self.assertRaises(OSError): # however much it has to say
+            while time.monotonic() < end:
+                connection.sendall(b"x")
+                time.sleep(0.1)
+        connection.close()
+
     def test_token_is_asked_for_where_others_can_reach_it(self):
         view = self.view("--listen", "127.0.0.1")
         self.assertRegex(view.token, "^[0-9a-f]{32}$")
         wrong = "0" * 32
-        for target in ["/", f"/?token={wrong}", f"/?token={view.token[:-1]}"]:
+        for target in ["/", "/index.html", f"/?token={wrong}", f"/?token={view.token[:-1]}"]:
             self.assertEqual(self.status(view, target), (
                 403, "The address lacks the token that orbe-view has printed, or has a wrong one.\n"), target)
         for target in ["/data", f"/data?token={wrong}"]:
@@ -172,13 +193,15 @@ class Security(unittest.TestCase):
         good = Page(view)
         others = [view.connect() for _ in range(200)]
         room = 48 - 1
+        # Those that have room first: the server waits for their questions for 10 s.
+        for connection in others[:room]:
+            request = f"GET /icon.svg HTTP/1.1\r\nHost: 127.0.0.1:{view.port}\r\nConnection: close\r\n\r\n"
+            connection.sendall(request.encode())
         for connection in others[room:]:
             answer = read_all(connection)
             self.assertTrue(answer.startswith(b"HTTP/1.1 503 "), answer)
             self.assertIn(b"Too many connections to orbe-view are open; close some pages.", answer)
         for connection in others[:room]:
-            request = f"GET /icon.svg HTTP/1.1\r\nHost: 127.0.0.1:{view.port}\r\nConnection: close\r\n\r\n"
-            connection.sendall(request.encode())
             self.assertTrue(read_all(connection).startswith(b"HTTP/1.1 200 "))
         self.assert_goes_on(good)
         for connection in others:

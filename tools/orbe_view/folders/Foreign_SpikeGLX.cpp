@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <map>
 #include <set>
 #include <stdexcept>
@@ -22,12 +23,14 @@ constexpr double rate_tolerance = 1e-3;
 constexpr double range_volts = 0.6;
 constexpr double largest_value = 512;
 constexpr int largest_gain = 3000;
+constexpr int largest_reference = 4;
 
 // Files whose names end as "….imec0.ap.meta", by "imec0".
 std::map<std::string, std::filesystem::path> find_metadata(const std::filesystem::path& folder,
                                                            const std::string& band) {
     std::map<std::string, std::filesystem::path> found;
-    for (const auto& entry : std::filesystem::recursive_directory_iterator(folder)) {
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(
+             folder, std::filesystem::directory_options::skip_permission_denied)) {
         const std::string name = entry.path().filename().string();
         const std::string ending = "." + band + ".meta";
         const std::size_t begin = name.rfind(".imec");
@@ -60,11 +63,14 @@ void read_channels(const SpikeGLX_Metadata& metadata, recorder::Probe_Descriptio
     std::set<double> seen;
     for (std::size_t place = 1; place < table.size(); ++place) {
         const std::vector<double>& row = table[place]; // channel, bank, reference, AP gain, LFP gain, filter
-        const bool is_whole = row.size() == 5 || row.size() == 6;
+        const bool is_whole =
+            (row.size() == 5 || row.size() == 6) &&
+            std::all_of(row.begin(), row.end(), [](double number) { return std::trunc(number) == number; });
         const double electrode = is_whole ? row[0] + row[1] * recorder::channel_count : -1;
         if (!is_whole || row[0] < 0 || row[0] >= recorder::channel_count || !seen.insert(row[0]).second ||
-            electrode >= recorder::electrode_count || electrode < row[0] || row[3] < 1 || row[4] < 1 ||
-            row[3] > largest_gain || row[4] > largest_gain) {
+            electrode >= recorder::electrode_count || electrode < row[0] || row[2] < 0 ||
+            row[2] > largest_reference || row[3] < 1 || row[4] < 1 || row[3] > largest_gain ||
+            row[4] > largest_gain) {
             metadata.refuse("is of a probe of another kind than orbe-view shows");
         }
         recorder::Channel_Description& channel = probe.channels[static_cast<std::size_t>(row[0])];
@@ -78,8 +84,9 @@ void read_channels(const SpikeGLX_Metadata& metadata, recorder::Probe_Descriptio
 recorder::Probe_Description probe_of(const SpikeGLX_Metadata& metadata) {
     check_kind(metadata);
     recorder::Probe_Description probe;
-    probe.port = static_cast<int>(metadata.number("imDatPrb_port").value_or(0));
-    probe.serial_number = static_cast<std::uint64_t>(metadata.number("imDatPrb_sn").value_or(0));
+    const std::uint64_t port = metadata.whole_number("imDatPrb_port").value_or(0);
+    probe.port = port <= most_probes ? static_cast<int>(port) : 0;
+    probe.serial_number = metadata.whole_number("imDatPrb_sn").value_or(0);
     probe.part_number = metadata.text("imDatPrb_pn").value_or("");
     read_channels(metadata, probe);
     return probe;
@@ -97,6 +104,9 @@ Folder_Stream stream_of(const SpikeGLX_Metadata& metadata, Kind kind, std::size_
     constexpr auto count = static_cast<int>(recorder::channel_count);
     const int first = kind == Kind::ap ? 0 : count;
     for (const int number : metadata.numbers("snsSaveChanSubset")) {
+        if (!stream.channels.empty() && number - first <= stream.channels.back()) {
+            metadata.refuse("has its channels in another order than that of their numbers");
+        }
         if (number >= first && number < first + count) {
             stream.channels.push_back(number - first);
         } else if (number < 2 * count) {

@@ -4,9 +4,11 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cmath>
 #include <sstream>
 #include <stdexcept>
 #include <string_view>
+#include <type_traits>
 #include <utility>
 
 namespace Pelgar::ORBE::view {
@@ -20,8 +22,15 @@ template <typename Number>
 std::optional<Number> number_of(std::string_view text) {
     Number number{};
     const auto result = std::from_chars(text.data(), text.data() + text.size(), number);
-    return result.ec == std::errc() && result.ptr == text.data() + text.size() ? std::optional(number)
-                                                                               : std::nullopt;
+    if (result.ec != std::errc() || result.ptr != text.data() + text.size()) {
+        return std::nullopt;
+    }
+    if constexpr (std::is_floating_point_v<Number>) {
+        if (!std::isfinite(number)) {
+            return std::nullopt;
+        }
+    }
+    return number;
 }
 
 } // namespace
@@ -49,6 +58,11 @@ std::optional<double> SpikeGLX_Metadata::number(const std::string& key) const {
     return value ? number_of<double>(*value) : std::nullopt;
 }
 
+std::optional<std::uint64_t> SpikeGLX_Metadata::whole_number(const std::string& key) const {
+    const auto value = text(key);
+    return value ? number_of<std::uint64_t>(*value) : std::nullopt;
+}
+
 std::vector<int> SpikeGLX_Metadata::numbers(const std::string& key) const {
     std::vector<int> numbers;
     std::istringstream parts(text(key).value_or(""));
@@ -57,7 +71,8 @@ std::vector<int> SpikeGLX_Metadata::numbers(const std::string& key) const {
         const auto first = number_of<int>(std::string_view(part).substr(0, colon));
         const auto last =
             colon == std::string::npos ? first : number_of<int>(std::string_view(part).substr(colon + 1));
-        if (!first || !last || *first < 0 || *last < *first || *last >= most_channels) {
+        if (!first || !last || *first < 0 || *last < *first || *last >= most_channels ||
+            numbers.size() >= static_cast<std::size_t>(most_channels)) {
             refuse("is damaged: " + key + " is no list of numbers");
         }
         for (int number = *first; number <= *last; ++number) {

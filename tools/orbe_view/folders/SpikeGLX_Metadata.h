@@ -2,6 +2,7 @@
 // "key=value". Any thread; the constructor blocks on the disk.
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
 #include <map>
 #include <optional>
@@ -19,7 +20,8 @@ public:
 
     // Nothing for a key that is not there.
     std::optional<std::string> text(const std::string& key) const;
-    std::optional<double> number(const std::string& key) const;
+    std::optional<double> number(const std::string& key) const; // finite
+    std::optional<std::uint64_t> whole_number(const std::string& key) const;
 
     // Those of a list like "0:383,768", one by one. Throws std::runtime_error when it is none.
     std::vector<int> numbers(const std::string& key) const;

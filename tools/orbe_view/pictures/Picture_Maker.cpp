@@ -63,7 +63,8 @@ public:
 
     Picture picture() {
         m_head["blocks"] = m_blocks;
-        std::string head = m_head.dump();
+        // Names of files can be of any bytes.
+        std::string head = m_head.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
         head.resize((head.size() + 3) / 4 * 4, ' '); // floats begin at multiples of their size
         const auto length = static_cast<std::uint32_t>(head.size());
         const std::size_t value_bytes = m_values.size() * sizeof(float);

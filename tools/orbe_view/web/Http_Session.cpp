@@ -74,7 +74,7 @@ void Http_Session::on_request(const Request& request) {
     const Page_File* const file = page_file(path);
     if (file == nullptr) {
         send(Status::not_found, plain_text, "There is no such file.\n", request.keep_alive());
-    } else if (path == "/" && !m_state.rules.is_token_right(target)) {
+    } else if (file == page_file("/") && !m_state.rules.is_token_right(target)) {
         refuse(Status::forbidden,
                "The address lacks the token that orbe-view has printed, or has a wrong one.");
     } else {
@@ -143,11 +143,15 @@ void Http_Session::close() {
     beast::error_code ignored;
     m_stream.socket().shutdown(boost::asio::ip::tcp::socket::shutdown_send, ignored);
     m_stream.expires_after(std::chrono::seconds(1));
+    read_away();
+}
+
+void Http_Session::read_away() {
     m_buffer.consume(m_buffer.size());
     m_stream.async_read_some(m_buffer.prepare(most_header_bytes),
                              [self = shared_from_this()](beast::error_code error, std::size_t) {
                                  if (!error) {
-                                     self->close();
+                                     self->read_away();
                                  }
                              });
 }

@@ -39,6 +39,7 @@ private:
               bool head_only = false);
     void refuse(Status status, const std::string& reason);
     void close();
+    void read_away();
 
     boost::beast::tcp_stream m_stream;
     Server_State& m_state;

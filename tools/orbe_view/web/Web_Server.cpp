@@ -59,6 +59,8 @@ private:
     void take(tcp::socket socket) {
         boost::system::error_code ignored;
         socket.set_option(tcp::no_delay(true), ignored);
+        // What waits here for a slow page is old when it comes.
+        socket.set_option(tcp::socket::send_buffer_size(256 * 1024), ignored);
         if (auto ticket = m_state.connections.take()) {
             std::make_shared<Http_Session>(std::move(socket), m_state, std::move(ticket))->run();
         } else if (auto refusal = m_state.refusals.take()) {
