@@ -15,8 +15,7 @@ std::uint64_t highest_of(const std::vector<std::uint64_t>& values, std::size_t b
 } // namespace
 
 std::uint64_t Flat_Series::settled() const {
-    return m_values.size() < fewest_values ? 0
-                                           : highest_of(m_values, m_values.size() / 10, m_values.size() / 5);
+    return m_values.size() < fewest_values ? 0 : highest_of(m_values, 0, m_values.size() / 5);
 }
 
 std::uint64_t Flat_Series::highest() const {

@@ -16,8 +16,8 @@ public:
 
     void add(std::uint64_t value) { m_values.push_back(value); }
 
-    // The first tenth of the values is the warm-up. The highest of the next tenth is what the rest is held
-    // against.
+    // The highest of the first fifth of the values is what the rest is held against: a stream begins with its
+    // pump, which a recording that was played to its end has no more.
     static constexpr std::size_t fewest_values = 20;
 
     std::uint64_t settled() const;
