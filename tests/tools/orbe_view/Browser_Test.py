@@ -181,13 +181,12 @@ class Browser(unittest.TestCase):
         self.open(self.recording)
         self.hold_at(1.5)
         # Once the whole second before is there.
-        self.wait("""orbeView.channels() && orbeView.channels().spikes.slice(300, 311).every(
-            (rate) => Math.abs(rate - 20) <= 1.5)""", True)
-        shown = self.run_script("orbeView.channels()")
-        self.assertAlmostEqual(shown["rms"][100], 300 / math.sqrt(2) * AP_UV, delta=2)
-        self.assertAlmostEqual(shown["rms"][205], 1024 / math.sqrt(12) * AP_UV, delta=10)
-        for channel in range(300, 311):
-            self.assertAlmostEqual(shown["spikes"][channel], 20, delta=1.5)
+        self.wait(f"""(() => {{
+            const shown = orbeView.channels();
+            return shown !== null && Math.abs(shown.rms[100] - {300 / math.sqrt(2) * AP_UV}) <= 2
+                && Math.abs(shown.rms[205] - {1024 / math.sqrt(12) * AP_UV}) <= 10
+                && shown.spikes.slice(300, 311).every((rate) => Math.abs(rate - 20) <= 1.5);
+        }})()""", True)
         # A click on a channel's field chooses it.
         place = self.run_script("orbeView.channelPlace(100)")
         canvas = self.driver.find_element(By.ID, "map")
@@ -366,10 +365,14 @@ class Browser(unittest.TestCase):
 
     def expect_gaps_on_bar_and_in_health(self, gaps, length):
         """Each marked where it lies; of port 1, at the end of what is known."""
-        self.wait("orbeView.damage().length", len(gaps))
-        for (sample, count), mark in zip(gaps, self.run_script("orbeView.damage()")):
-            self.assertAlmostEqual(mark[0], sample / 30000 / length, delta=0.002)
-            self.assertEqual(mark[1:], [0, 0, 0, 0, count])
+        # A gap that reaches from one place of the bar into the next has a mark in both.
+        self.wait("orbeView.damage().reduce((sum, mark) => sum + mark[5], 0)", sum(count for _, count in gaps))
+        marks = self.run_script("orbeView.damage()")
+        self.assertTrue(all(mark[1:5] == [0, 0, 0, 0] for mark in marks), marks)
+        for sample, count in gaps:
+            near = [mark[5] for mark in marks if -0.002 <= mark[0] - sample / 30000 / length
+                    <= count / 30000 / length + 0.002]
+            self.assertEqual(sum(near), count, marks)
         self.assertEqual(self.driver.find_element(By.ID, "damage").text,
                          f"{length:.3f} s: ■ lost samples {sum(count for _, count in gaps)}")
         self.hold_at(length - 0.02)
@@ -456,12 +459,12 @@ class Browser(unittest.TestCase):
             self.assertIn("wednesday (growing)", self.driver.find_element(By.ID, "source").text)
             length = self.wait("orbeView.status().length > 0.2 && orbeView.status().length")
             self.wait(f"orbeView.status().position > {length} + 0.3", True) # it goes on by itself
-            self.wait("orbeView.damage().length", 2) # and tells at once of what is lost
+            self.wait("orbeView.damage().length >= 2", True) # and tells at once of what is lost
             recorder.send_signal(signal.SIGINT)
             output, errors = recorder.communicate(timeout=PATIENCE)
             self.assertEqual(recorder.returncode, 3, errors) # something was lost: what the recording lacks
             gaps = gaps_of(folder, "imec0.ap")
-            self.assertEqual(len(gaps), 2, output)
+            self.assertGreaterEqual(len(gaps), 2, output)
             self.assertIn(f" {sum(count for _, count in gaps)} samples lost", output)
             run = os.path.join(folder, "wednesday_g0")
             length = max(os.path.getsize(os.path.join(run, "wednesday_g0_imec0/wednesday_g0_t0.imec0.ap.bin")) // 770,
