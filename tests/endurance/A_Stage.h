@@ -1,5 +1,5 @@
 // Endurance test. What one mode runs on: brings the library up, lets it stream and takes it down, as often as
-// a run has sessions. The main thread.
+// a run has openings. The main thread.
 #pragma once
 
 #include "Endless_Rows.h"
@@ -23,16 +23,16 @@ public:
     A_Stage& operator=(const A_Stage&) = delete;
     virtual ~A_Stage() = default;
 
-    // The most ticks of one session.
-    virtual std::uint64_t longest_session() const = 0;
+    // The most ticks of one opening.
+    virtual std::uint64_t longest_opening() const = 0;
 
     // Opens, and lets so many ticks of data come. Throws std::runtime_error when the library refuses.
     virtual void begin(std::uint64_t ticks) = 0;
 
-    // How many ticks' packets all readers of this session have.
+    // How many ticks' packets all readers of this opening have.
     virtual std::uint64_t received() const = 0;
 
-    // Whether no more packets will come in this session.
+    // Whether no more packets will come in this opening.
     virtual bool is_over() const = 0;
 
     // Stops and closes. Answers what was wrong at the end; empty when nothing was.
@@ -40,7 +40,7 @@ public:
 
     virtual Judging_Host& host() = 0;
 
-    // Of the stream, in all sessions.
+    // Of the stream, in all openings.
     virtual std::uint64_t bytes() const = 0;
 };
 

@@ -43,8 +43,8 @@ Box_Stage::~Box_Stage() {
     *npoe_adapter::g_controller_factory = {};
 }
 
-std::uint64_t Box_Stage::longest_session() const {
-    return m_layout == Packet_Layout::own ? longest_own_session : std::numeric_limits<std::uint64_t>::max();
+std::uint64_t Box_Stage::longest_opening() const {
+    return m_layout == Packet_Layout::own ? longest_own_opening : std::numeric_limits<std::uint64_t>::max();
 }
 
 void Box_Stage::begin(std::uint64_t ticks) {

@@ -17,7 +17,7 @@ public:
     Box_Stage(Packet_Layout layout, const Stage_Options& options);
     ~Box_Stage() override;
 
-    std::uint64_t longest_session() const override;
+    std::uint64_t longest_opening() const override;
     void begin(std::uint64_t ticks) override;
 
     std::uint64_t received() const override { return m_pace.received_by_all(); }

@@ -36,7 +36,7 @@ struct Options {
     unsigned ports = 0;
     std::uint64_t start_at = 0;
     std::optional<std::uint64_t> fault_at;
-    double session_seconds = 0.0;
+    double opening_seconds = 0.0;
     unsigned wall_seconds = 0;
     std::uint64_t seed = 1;
 };
@@ -69,11 +69,11 @@ int run(const Options& options) {
     run.ticks = static_cast<std::uint64_t>(std::llround(seconds * ticks_per_second));
     run.wall_time = std::chrono::seconds(options.wall_seconds);
     constexpr double recording_seconds = 10.0;
-    const double session_seconds =
-        options.session_seconds > 0.0 ? options.session_seconds : recording_seconds;
-    const auto session_ticks = static_cast<std::uint64_t>(std::llround(session_seconds * ticks_per_second));
-    if (options.session_seconds > 0.0) {
-        run.longest_session = session_ticks;
+    const double opening_seconds =
+        options.opening_seconds > 0.0 ? options.opening_seconds : recording_seconds;
+    const auto opening_ticks = static_cast<std::uint64_t>(std::llround(opening_seconds * ticks_per_second));
+    if (options.opening_seconds > 0.0) {
+        run.longest_opening = opening_ticks;
     }
     // Short runs have to give enough values, too.
     if (seconds < 600.0) {
@@ -101,7 +101,7 @@ int run(const Options& options) {
     }
     loguru::g_stderr_verbosity = loguru::Verbosity_OFF;
     Quick_Clock clock;
-    const auto stage = make_stage(options.mode, stage_options, session_ticks, clock);
+    const auto stage = make_stage(options.mode, stage_options, opening_ticks, clock);
     const auto faults = Endurance_Run(run, *stage, report, printed).run();
     for (const std::string& fault : faults) {
         std::fprintf(report, "%s : WRONG: %s\n", options.mode.c_str(), fault.c_str());
@@ -123,7 +123,7 @@ int main(int argc, char** argv) {
     app.add_option("--ports", options.ports, "Own mode: 2 to 4, default 2; host mode: 1 or 2, default 1");
     app.add_option("--start-at", options.start_at, "Host mode: the sample that the stream leaps to");
     app.add_option("--fault-at", options.fault_at, "The super frame in which one bit is sent wrong");
-    app.add_option("--session-seconds", options.session_seconds,
+    app.add_option("--opening-seconds", options.opening_seconds,
                    "Closes and opens so often; host-simulation: length of the recording, default 10")
         ->check(CLI::Range(1.0, 600.0));
     app.add_option("--wall-seconds", options.wall_seconds, "Ends the run after so long");

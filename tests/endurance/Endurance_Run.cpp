@@ -39,7 +39,7 @@ std::vector<std::string> Endurance_Run::run() {
     while (faults.empty() && m_ticks_before < m_options.ticks && !wall_time_is_over()) {
         const std::uint64_t left = m_options.ticks - m_ticks_before;
         if (const auto fault =
-                run_session(std::min({left, m_stage.longest_session(), m_options.longest_session}))) {
+                run_opening(std::min({left, m_stage.longest_opening(), m_options.longest_opening}))) {
             faults.push_back(*fault);
         }
     }
@@ -55,10 +55,10 @@ std::vector<std::string> Endurance_Run::run() {
     return faults;
 }
 
-std::optional<std::string> Endurance_Run::run_session(std::uint64_t ticks) {
+std::optional<std::string> Endurance_Run::run_opening(std::uint64_t ticks) {
     m_stage.begin(ticks);
     m_streams = true;
-    ++m_sessions;
+    ++m_openings;
     m_log.begin(Process_State::now(m_printed));
     std::uint64_t last = 0;
     auto moved = Clock::now();
@@ -125,10 +125,10 @@ void Endurance_Run::print_summary() {
     print_line();
     std::fprintf(
         m_report,
-        "%s : %u sessions, resident %.1f MiB once settled and %.1f at most after that, handles %" PRIu64
+        "%s : %u openings, resident %.1f MiB once settled and %.1f at most after that, handles %" PRIu64
         " and %" PRIu64 ", threads %" PRIu64 " and %" PRIu64 ", while streaming %" PRIu64
         " bytes logged and %" PRIu64 " printed\n",
-        m_options.mode.c_str(), m_sessions, mebibytes(m_resident.settled()), mebibytes(m_resident.highest()),
+        m_options.mode.c_str(), m_openings, mebibytes(m_resident.settled()), mebibytes(m_resident.highest()),
         m_handles.settled(), m_handles.highest(), m_threads.settled(), m_threads.highest(), m_log.logged(),
         m_log.printed());
     std::fflush(m_report);

@@ -1,4 +1,4 @@
-// Endurance test. One run of one mode: sessions until the box time is over, a look at the process now and
+// Endurance test. One run of one mode: openings until the box time is over, a look at the process now and
 // then, a line every few seconds, and the verdict. The main thread.
 #pragma once
 
@@ -21,7 +21,7 @@ struct Run_Options {
     std::string mode;
     unsigned ports = 1;
     std::uint64_t ticks = 0;                                                   // of box time
-    std::uint64_t longest_session = std::numeric_limits<std::uint64_t>::max(); // ticks
+    std::uint64_t longest_opening = std::numeric_limits<std::uint64_t>::max(); // ticks
     std::chrono::seconds wall_time{0};                                         // ends the run early; 0: never
     std::chrono::milliseconds look_every{1000};                                // at the process
     std::chrono::seconds line_every{5};
@@ -39,7 +39,7 @@ private:
     using Clock = std::chrono::steady_clock;
 
     // Nothing when it went well.
-    std::optional<std::string> run_session(std::uint64_t ticks);
+    std::optional<std::string> run_opening(std::uint64_t ticks);
     void look();
     void print_line();
     void print_summary();
@@ -55,8 +55,8 @@ private:
     Clock::time_point m_begin = Clock::now();
     Clock::time_point m_next_look = m_begin;
     Clock::time_point m_next_line = m_begin;
-    std::uint64_t m_ticks_before = 0; // of earlier sessions
-    unsigned m_sessions = 0;
+    std::uint64_t m_ticks_before = 0; // of earlier openings
+    unsigned m_openings = 0;
     bool m_streams = false;
     Process_State m_state;
     Flat_Series m_resident;

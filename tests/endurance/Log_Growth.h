@@ -10,12 +10,12 @@ namespace Pelgar::ORBE::test {
 
 class Log_Growth {
 public:
-    // A session has begun to stream, and is about to end after so many ticks.
+    // An opening has begun to stream, and is about to end after so many ticks.
     void begin(const Process_State& state) { m_begin = state; }
 
     void end(const Process_State& state, std::uint64_t ticks);
 
-    // Written while streaming, in all sessions.
+    // Written while streaming, in all openings.
     std::uint64_t logged() const { return m_logged; }
 
     std::uint64_t printed() const { return m_printed; }
@@ -30,7 +30,7 @@ private:
     std::uint64_t m_logged = 0;
     std::uint64_t m_printed = 0;
     std::uint64_t m_ticks = 0;
-    std::uint64_t m_sessions = 0;
+    std::uint64_t m_openings = 0;
 };
 
 } // namespace Pelgar::ORBE::test

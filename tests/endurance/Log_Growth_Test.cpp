@@ -17,7 +17,7 @@ Process_State wrote(std::uint64_t log_bytes, std::uint64_t printed_bytes) {
     return state;
 }
 
-TEST(Log_Growth, WhatIsWrittenBetweenSessionsIsFree) {
+TEST(Log_Growth, WhatIsWrittenBetweenOpeningsIsFree) {
     Log_Growth growth;
     growth.begin(wrote(50'000, 100'000));
     growth.end(wrote(50'000, 100'000), hour);

@@ -21,8 +21,8 @@ Pipe_Stage::Pipe_Stage(const Stage_Options& options, Quick_Clock& clock)
              [this](std::uint64_t ticks) { m_clock.allow(bytes_of(ticks)); }),
       m_host(Packet_Layout::own, m_library.slot(), options.ports, options.rows, m_pace) {}
 
-std::uint64_t Pipe_Stage::longest_session() const {
-    return longest_own_session;
+std::uint64_t Pipe_Stage::longest_opening() const {
+    return longest_own_opening;
 }
 
 // What holds that many whole RHD frames and no more, wherever they begin.

@@ -15,7 +15,7 @@ class Pipe_Stage final : public A_Stage {
 public:
     Pipe_Stage(const Stage_Options& options, Quick_Clock& clock);
 
-    std::uint64_t longest_session() const override;
+    std::uint64_t longest_opening() const override;
     void begin(std::uint64_t ticks) override;
 
     std::uint64_t received() const override { return m_pace.received_by_all(); }
@@ -37,7 +37,7 @@ private:
     Judging_Host m_host;
     std::unique_ptr<Row_Pipe> m_pipe;
     std::uint64_t m_ticks = 0;
-    std::uint64_t m_bytes_before = 0; // of earlier sessions
+    std::uint64_t m_bytes_before = 0; // of earlier openings
 };
 
 } // namespace Pelgar::ORBE::test

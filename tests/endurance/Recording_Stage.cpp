@@ -16,7 +16,7 @@ Recording_Stage::Recording_Stage(const Stage_Options& options, std::uint64_t tic
       m_host(Packet_Layout::host, m_library.slot(), options.ports, options.rows, m_pace),
       // A block is complete when the row after it comes.
       m_due((ticks - 1) / npoe_adapter::prompt_block_super_frames * npoe_adapter::prompt_block_super_frames) {
-    const std::string path = std::filesystem::absolute("session.bin").string();
+    const std::string path = std::filesystem::absolute("opening.bin").string();
     std::ofstream("ORBE_DFGMZ_ADAPTER_SIM", std::ios::trunc) << path << "\n";
     Stream_Enables enables;
     std::fill_n(enables.ports.begin(), options.ports, true);

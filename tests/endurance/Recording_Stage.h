@@ -1,5 +1,5 @@
 // Endurance test. The host mode in simulation. It plays in real time, whatever the clock behind the library's
-// waits says, so a session is one playing of a recording of some seconds. The main thread.
+// waits says, so an opening is one playing of a recording of some seconds. The main thread.
 #pragma once
 
 #include "A_Stage.h"
@@ -12,7 +12,7 @@ public:
     // Writes the recording, of so many ticks.
     Recording_Stage(const Stage_Options& options, std::uint64_t ticks);
 
-    std::uint64_t longest_session() const override { return m_due; }
+    std::uint64_t longest_opening() const override { return m_due; }
 
     void begin(std::uint64_t ticks) override;
 

@@ -1,4 +1,4 @@
-// Endurance test. How far a stream may run ahead of its readers, and how long a session may last. No state.
+// Endurance test. How far a stream may run ahead of its readers, and how long an opening may last. No state.
 #pragma once
 
 #include "Packet_Layout.h"
@@ -9,8 +9,8 @@
 namespace Pelgar::ORBE::test {
 
 // After 3 h 3 min 33 s the box's own mode takes the band and slot of a probe's frames anew (its frame number
-// of 32 bits wraps), until the probe is opened again: a session ends before.
-inline constexpr std::uint64_t longest_own_session = std::uint64_t{3} * 3600 * 30'000;
+// of 32 bits wraps), until the probe is opened again: an opening ends before.
+inline constexpr std::uint64_t longest_own_opening = std::uint64_t{3} * 3600 * 30'000;
 
 // The box's own queues hold 501 packets each, one of the ADC inputs a tick. Those of the host mode hold far
 // more than is needed to keep every thread busy.

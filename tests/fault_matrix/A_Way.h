@@ -1,4 +1,4 @@
-// Test support, fault matrix. How a host uses the box: which calls make a phase of its session. One thread.
+// Test support, fault matrix. How a host uses the box: which calls make a phase of its visit. One thread.
 #pragma once
 
 #include "Phase.h"

@@ -11,7 +11,7 @@ namespace Pelgar::ORBE::test {
 namespace {
 
 // Enough for every block that a fault can touch to be through, and for a whole one behind it.
-constexpr std::uint64_t observed_ticks = 3 * Session::block + 600;
+constexpr std::uint64_t observed_ticks = 3 * Visit::block + 600;
 
 constexpr std::uint8_t device_id = 0x1E;
 constexpr std::size_t register_index = 2;
@@ -42,12 +42,12 @@ std::size_t looks_at_locks(const Virtual_Box& box) {
 } // namespace
 
 Cell_Run::Cell_Run(const A_Way& way, Console_File& console) : m_way(way), m_console(console) {
-    learn_healthy_session();
+    learn_healthy_visit();
 }
 
-void Cell_Run::learn_healthy_session() {
+void Cell_Run::learn_healthy_visit() {
     Bench bench(m_way, {});
-    Session session(bench, m_way);
+    Visit visit(bench, m_way);
     // The second one finds what the first one has left behind.
     for (int opening = 0; opening < 2; ++opening) {
         for (const Phase phase : all_phases) {
@@ -58,12 +58,12 @@ void Cell_Run::learn_healthy_session() {
             Phase_Use use;
             use.has_read_under_way = bench.stream().is_held_back();
             static_cast<void>(m_console.take_lines());
-            must_carry_out(session, phase, phase);
+            must_carry_out(visit, phase, phase);
             if (opening == 0) {
                 m_book.learn(phase == Phase::start ? Phase::stream : phase, m_console.take_lines());
             }
             if (phase == Phase::start) {
-                static_cast<void>(session.stream_for(1));
+                static_cast<void>(visit.stream_for(1));
             }
             const auto frames = bench.headstage().frames();
             use.link_frames = frames.size();
@@ -117,47 +117,46 @@ Matrix_Cell Cell_Run::cell(const Matrix_Fault& fault, Phase phase) {
 Cell_Run::Attempt Cell_Run::attempt(const Matrix_Fault& fault, Phase phase, Rung rung) {
     Bench bench(m_way, fault.damage(phase));
     fault.prepare();
-    Session session(bench, m_way);
+    Visit visit(bench, m_way);
     if (phase != Phase::open) {
-        must_carry_out(session, Phase::open, static_cast<Phase>(static_cast<int>(phase) - 1));
+        must_carry_out(visit, Phase::open, static_cast<Phase>(static_cast<int>(phase) - 1));
     }
     if (phase == Phase::stream) {
-        must_carry_out(session, phase, phase);
+        must_carry_out(visit, phase, phase);
     }
     static_cast<void>(m_console.take_lines());
     bench.log().clear();
     bench.headstage().forget_frames();
     fault.strike(bench, phase, m_use.at(phase));
     Attempt attempt;
-    attempt.cell = observe(session, bench, phase);
+    attempt.cell = observe(visit, bench, phase);
     fault.heal(bench);
-    attempt.left_call_waiting = session.has_waiting_call();
+    attempt.left_call_waiting = visit.has_waiting_call();
     const bool waits_for_good = attempt.left_call_waiting && npoe_adapter::g_pump_broke_off;
     if (waits_for_good && rung != Rung::reopen) {
         return attempt; // another start would end the process, for the pump has not been joined
     }
-    if (attempt.left_call_waiting && !waits_for_good && !session.waiting_calls_return()) {
+    if (attempt.left_call_waiting && !waits_for_good && !visit.waiting_calls_return()) {
         return attempt;
     }
     attempt.has_recovered =
-        climb(session, phase, rung) && finish(session, bench, phase) && session.waiting_calls_return();
+        climb(visit, phase, rung) && finish(visit, bench, phase) && visit.waiting_calls_return();
     return attempt;
 }
 
-Matrix_Cell Cell_Run::observe(Session& session, Bench& bench, Phase phase) {
+Matrix_Cell Cell_Run::observe(Visit& visit, Bench& bench, Phase phase) {
     Matrix_Cell cell;
     std::string last_error;
     if (phase != Phase::stream) {
-        const Session::Result result = session.carry_out(phase);
+        const Visit::Result result = visit.carry_out(phase);
         cell.result = result.text;
         last_error = result.last_error;
     }
-    if (const auto controller = npoe_adapter::current_controller();
-        controller && !session.has_waiting_call()) {
+    if (const auto controller = npoe_adapter::current_controller(); controller && !visit.has_waiting_call()) {
         controller->wait_until_delivered(); // what is said of the last rows
     }
     if (streams(phase)) {
-        const std::string text = session.stream_for(observed_ticks).text;
+        const std::string text = visit.stream_for(observed_ticks).text;
         cell.result += (cell.result.empty() ? "" : "; ") + text;
     }
     cell.messages =
@@ -183,55 +182,55 @@ bool Cell_Run::makes_sense(Phase phase, Rung rung) {
 }
 
 // What the host does about the fault, up to the end of the phase.
-bool Cell_Run::climb(Session& session, Phase phase, Rung rung) {
+bool Cell_Run::climb(Visit& visit, Phase phase, Rung rung) {
     switch (rung) {
     case Rung::again:
-        return carry_out(session, phase, phase);
+        return carry_out(visit, phase, phase);
     case Rung::restart:
-        return carry_out(session, Phase::stop, Phase::stop) && carry_out(session, Phase::start, Phase::start);
+        return carry_out(visit, Phase::stop, Phase::stop) && carry_out(visit, Phase::start, Phase::start);
     case Rung::reopen:
-        return carry_out(session, Phase::close, Phase::close) &&
+        return carry_out(visit, Phase::close, Phase::close) &&
                (phase == Phase::close ||
-                carry_out(session, Phase::open, phase == Phase::stop ? Phase::start : phase));
+                carry_out(visit, Phase::open, phase == Phase::stop ? Phase::start : phase));
     default:
         return true;
     }
 }
 
-// Whether everything is right from here on: the rest of the session, or, where data would come no more, what
+// Whether everything is right from here on: the rest of the visit, or, where data would come no more, what
 // follows it.
-bool Cell_Run::finish(Session& session, Bench& bench, Phase phase) {
+bool Cell_Run::finish(Visit& visit, Bench& bench, Phase phase) {
     if (phase == Phase::close) {
-        return carry_out(session, Phase::open, Phase::close);
+        return carry_out(visit, Phase::open, Phase::close);
     }
-    if (phase == Phase::stop && !carry_out(session, Phase::start, Phase::start)) {
+    if (phase == Phase::stop && !carry_out(visit, Phase::start, Phase::start)) {
         return false;
     }
     const Phase next = phase < Phase::stream ? behind(phase) : Phase::stream;
-    if (next <= Phase::configure && !carry_out(session, next, Phase::configure)) {
+    if (next <= Phase::configure && !carry_out(visit, next, Phase::configure)) {
         return false;
     }
-    if (phase < Phase::start && !carry_out(session, Phase::start, Phase::start)) {
+    if (phase < Phase::start && !carry_out(visit, Phase::start, Phase::start)) {
         return false;
     }
     // Two blocks: the first one may hold what came before.
-    return session.stream_for(Session::block).text != "the stream ends" &&
-           carry_out(session, Phase::stream, Phase::stream) && bench.probe_state() == m_probe_state &&
-           carry_out(session, Phase::stop, Phase::close);
+    return visit.stream_for(Visit::block).text != "the stream ends" &&
+           carry_out(visit, Phase::stream, Phase::stream) && bench.probe_state() == m_probe_state &&
+           carry_out(visit, Phase::stop, Phase::close);
 }
 
-bool Cell_Run::carry_out(Session& session, Phase first, Phase last) {
+bool Cell_Run::carry_out(Visit& visit, Phase first, Phase last) {
     for (Phase phase = first; phase <= last; phase = behind(phase)) {
-        if (!session.carry_out(phase).is_right) {
+        if (!visit.carry_out(phase).is_right) {
             return false;
         }
     }
     return true;
 }
 
-void Cell_Run::must_carry_out(Session& session, Phase first, Phase last) const {
+void Cell_Run::must_carry_out(Visit& visit, Phase first, Phase last) const {
     for (Phase phase = first; phase <= last; phase = behind(phase)) {
-        if (const auto result = session.carry_out(phase); !result.is_right) {
+        if (const auto result = visit.carry_out(phase); !result.is_right) {
             throw std::runtime_error(std::string(name_of(phase)) + " without a fault : " + result.text + " " +
                                      result.last_error);
         }

@@ -14,7 +14,7 @@ namespace Pelgar::ORBE::test {
 
 class Message_Book {
 public:
-    // Lines of a session without a fault.
+    // Lines of a visit without a fault.
     void learn(Phase phase, const std::vector<std::string>& printed);
 
     // The distinct messages, log first; lines that differ in their numbers alone are one.

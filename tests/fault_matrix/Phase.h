@@ -1,4 +1,4 @@
-// Test support, fault matrix. The parts of a host's session, in order. Any thread.
+// Test support, fault matrix. The parts of a host's visit, in order. Any thread.
 #pragma once
 
 #include <array>

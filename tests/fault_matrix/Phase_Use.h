@@ -1,4 +1,4 @@
-// Test support, fault matrix. What a host's session without a fault uses in each of its phases, as the box
+// Test support, fault matrix. What a host's visit without a fault uses in each of its phases, as the box
 // saw it. A plain record.
 #pragma once
 
@@ -56,6 +56,6 @@ struct Phase_Use {
     }
 };
 
-using Session_Use = std::map<Phase, Phase_Use>;
+using Visit_Use = std::map<Phase, Phase_Use>;
 
 } // namespace Pelgar::ORBE::test

@@ -9,7 +9,7 @@ namespace {
 
 constexpr const char* page_head = R"(# What a fault does, and what brings everything back
 
-`tests/fault_matrix` makes this page: it has every fault of the virtual box strike in every phase of a host's session in
+`tests/fault_matrix` makes this page: it has every fault of the virtual box strike in every phase of a host's visit in
 which it can show, writes down what the host sees, lets the cause go away and tries what brings everything back. It fails
 when the page says anything else; `fault_matrix docs/fault-matrix.md --write` renews the page.
 
@@ -19,7 +19,7 @@ when the page says anything else; `fault_matrix docs/fault-matrix.md --write` re
   printed and is not without the fault. Lines that differ in numbers alone are there once.
 - **Brings back**: the least that a host has to do once the cause has gone, of: nothing, the call again, ending the run
   and starting another, `closeBS` and `openBS` with everything that follows. After it every later call succeeds, the
-  probe holds what a healthy session gives it, and every sample of all four ports, and of the ADC inputs in the box's own
+  probe holds what a healthy visit gives it, and every sample of all four ports, and of the ADC inputs in the box's own
   way, is the one that was sent; each was carried out.
 
 The phases: *open* is `openBS`; *bring-up* `openPort`, `openProbe`, `init`; *configure* `setGain`, `selectElectrode`,

@@ -1,4 +1,4 @@
-#include "Session.h"
+#include "Visit.h"
 
 #include "Wait_Until.h"
 
@@ -47,11 +47,11 @@ std::string counted(std::uint64_t number, const char* what) {
 
 } // namespace
 
-Session::Session(Bench& bench, const A_Way& way) : m_bench(bench), m_way(way), m_adc(Bench::seed) {
+Visit::Visit(Bench& bench, const A_Way& way) : m_bench(bench), m_way(way), m_adc(Bench::seed) {
     follow_from_here();
 }
 
-Session::~Session() {
+Visit::~Visit() {
     m_bench.stream().release_stalled_read();
     m_bench.stream().set_limit(DMA_Source::unlimited);
     Neuropixels::closeBS(A_Way::slot);
@@ -66,7 +66,7 @@ Session::~Session() {
     }
 }
 
-void Session::follow_from_here() {
+void Visit::follow_from_here() {
     m_ports.clear();
     for (int port = 1; port <= port_count; ++port) {
         m_ports.emplace_back(port, m_way.sample_offset());
@@ -76,7 +76,7 @@ void Session::follow_from_here() {
 
 // ---- Calls.
 
-Session::Result Session::carry_out(Phase phase) {
+Visit::Result Visit::carry_out(Phase phase) {
     if (phase == Phase::stream) {
         return stream_for(block + 600);
     }
@@ -96,7 +96,7 @@ Session::Result Session::carry_out(Phase phase) {
     return {true, "0", {}};
 }
 
-Session::Result Session::make(const Host_Call_To_Make& call) {
+Visit::Result Visit::make(const Host_Call_To_Make& call) {
     const std::string name = "`" + call.name + "` ";
     try {
         const int result = call.make();
@@ -109,7 +109,7 @@ Session::Result Session::make(const Host_Call_To_Make& call) {
     }
 }
 
-Session::Result Session::make_watched(const Host_Call_To_Make& call, Phase phase) {
+Visit::Result Visit::make_watched(const Host_Call_To_Make& call, Phase phase) {
     m_waiting.push_back(std::make_unique<Waiting_Call>());
     Waiting_Call& waiting = *m_waiting.back();
     waiting.thread = std::thread([&waiting, call] {
@@ -130,7 +130,7 @@ Session::Result Session::make_watched(const Host_Call_To_Make& call, Phase phase
 }
 
 // Whether the call that was made last waits for what cannot come.
-bool Session::waits_in_vain(Phase phase) const {
+bool Visit::waits_in_vain(Phase phase) const {
     if (m_bench.stream().is_stalled()) {
         const Waiting_Call& waiting = *m_waiting.back();
         const auto last = std::chrono::steady_clock::now() + look_at_stall;
@@ -144,7 +144,7 @@ bool Session::waits_in_vain(Phase phase) const {
 }
 
 // A box whose sources are left on goes on sending, which ends the read that is under way.
-void Session::let_run_out() {
+void Visit::let_run_out() {
     if (m_bench.stream().is_held_back() &&
         m_bench.log().count("Skipping commands for disabling streams ( m_current_error_level > 0 )") > 0) {
         m_limit += step;
@@ -152,7 +152,7 @@ void Session::let_run_out() {
     }
 }
 
-bool Session::waiting_calls_return() {
+bool Visit::waiting_calls_return() {
     const bool done = wait_until(
         [this] {
             return std::all_of(m_waiting.begin(), m_waiting.end(),
@@ -170,7 +170,7 @@ bool Session::waiting_calls_return() {
 
 // ---- Streams.
 
-Session::Result Session::stream_for(std::uint64_t ticks) {
+Visit::Result Visit::stream_for(std::uint64_t ticks) {
     const Losses before = losses();
     const std::uint64_t target = m_limit + ticks;
     bool goes_on = true;
@@ -189,7 +189,7 @@ Session::Result Session::stream_for(std::uint64_t ticks) {
 }
 
 // Whether the pump has taken what the box may send and waits for more.
-bool Session::let_box_send(std::uint64_t limit) {
+bool Visit::let_box_send(std::uint64_t limit) {
     DMA_Source& stream = m_bench.stream();
     stream.set_limit(limit);
     std::uint64_t reads_at_limit = 0;
@@ -210,7 +210,7 @@ bool Session::let_box_send(std::uint64_t limit) {
     return !has_ended();
 }
 
-void Session::drain() {
+void Visit::drain() {
     static std::vector<Neuropixels::electrodePacket> packets(512);
     for (int port = 1; port <= port_count; ++port) {
         int available = 0;
@@ -230,7 +230,7 @@ void Session::drain() {
     }
 }
 
-void Session::drain_adc() {
+void Visit::drain_adc() {
     const auto converter = npoe_adapter::current_rhd_converter();
     const int available = converter ? static_cast<int>(converter->queue().size()) : 0;
     if (available == 0) {
@@ -245,7 +245,7 @@ void Session::drain_adc() {
     }
 }
 
-Session::Losses Session::losses() const {
+Visit::Losses Visit::losses() const {
     Losses losses;
     for (std::size_t port = 0; port < m_ports.size(); ++port) {
         losses.samples[port] = m_ports[port].lost_samples();
@@ -257,7 +257,7 @@ Session::Losses Session::losses() const {
     return losses;
 }
 
-std::string Session::text_of(const Losses& before) const {
+std::string Visit::text_of(const Losses& before) const {
     const Losses now = losses();
     std::map<std::string, std::vector<std::string>> ports_by_text;
     for (std::size_t port = 0; port < m_ports.size(); ++port) {
@@ -296,7 +296,7 @@ std::string Session::text_of(const Losses& before) const {
     return whole.empty() ? "nothing lost" : whole;
 }
 
-bool Session::is_whole() const {
+bool Visit::is_whole() const {
     return std::all_of(m_ports.begin(), m_ports.end(),
                        [](const Ramp_Follower& port) { return port.streak() >= whole_packets; }) &&
            (!m_way.has_adc() || m_adc.streak() >= whole_adc_packets);

@@ -1,4 +1,4 @@
-// Test support, fault matrix. A host's session on a bench, phase by phase. The host's thread; a call that
+// Test support, fault matrix. A host's visit on a bench, phase by phase. The host's thread; a call that
 // waits for what does not come is left waiting on a thread of its own.
 #pragma once
 
@@ -16,7 +16,7 @@
 
 namespace Pelgar::ORBE::test {
 
-class Session {
+class Visit {
 public:
     struct Result {
         bool is_right = false; // every call answered 0, or every sample came and was right
@@ -24,12 +24,12 @@ public:
         std::string last_error;
     };
 
-    Session(Bench& bench, const A_Way& way);
+    Visit(Bench& bench, const A_Way& way);
 
     // Closes what is open, and ends the calls that wait.
-    ~Session();
-    Session(const Session&) = delete;
-    Session& operator=(const Session&) = delete;
+    ~Visit();
+    Visit(const Visit&) = delete;
+    Visit& operator=(const Visit&) = delete;
 
     // Makes the phase's calls, up to the first that fails. Streaming lets the box send a block and more.
     Result carry_out(Phase phase);
