@@ -11,6 +11,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <vector>
 
 namespace Pelgar::ORBE::view {
 
@@ -117,36 +118,37 @@ TEST_F(Foreign_SpikeGLX, IsRefusedWithAReasonWhereItCannotBeShown) {
     made.adc.reset();
     make(made);
     const std::string ap = "'" + meta("imec0.ap").string() + "' ";
-    EXPECT_EQ(problem_with("imec0.ap", "imMaxInt=512", "imMaxInt=8192"),
-              ap + "is of a probe of another kind than orbe-view shows");
-    EXPECT_EQ(problem_with("imec0.ap", "(2 0 0 ", "(2 3 0 "),
-              ap + "is of a probe of another kind than orbe-view shows");
-    EXPECT_EQ(problem_with("imec0.ap", "(2 0 0 ", "(1 0 0 "),
-              ap + "is of a probe of another kind than orbe-view shows");
-    for (const char* row : {"(2.5 0 0 ", "(2 0 7 ", "(2 0 -1 ", "(2 0 1e300 "}) {
-        EXPECT_EQ(problem_with("imec0.ap", "(2 0 0 ", row),
-                  ap + "is of a probe of another kind than orbe-view shows")
-            << row;
+
+    struct Case {
+        const char* before;
+        const char* after;
+        const char* problem;
+    };
+
+    const std::vector<Case> cases{
+        {"imMaxInt=512", "imMaxInt=8192", "is of a probe of another kind than orbe-view shows"},
+        {"(2 0 0 ", "(2 3 0 ", "is of a probe of another kind than orbe-view shows"},
+        {"(2 0 0 ", "(1 0 0 ", "is of a probe of another kind than orbe-view shows"},
+        {"(2 0 0 ", "(2.5 0 0 ", "is of a probe of another kind than orbe-view shows"},
+        {"(2 0 0 ", "(2 0 7 ", "is of a probe of another kind than orbe-view shows"},
+        {"(2 0 0 ", "(2 0 -1 ", "is of a probe of another kind than orbe-view shows"},
+        {"(2 0 0 ", "(2 0 1e300 ", "is of a probe of another kind than orbe-view shows"},
+        {"(2 0 0 ", "(nan 0 0 ", "is damaged: ~imroTbl is no table of numbers"},
+        {"(2 0 0 ", "(2 inf 0 ", "is damaged: ~imroTbl is no table of numbers"},
+        {"~imroTbl=(0,384)(", "~imroTbl=(0,384)(x", "is damaged: ~imroTbl is no table of numbers"},
+        {"~imroTbl=(0,384)", "~imroTbl=0,384", "is damaged: ~imroTbl is no table"},
+        {"imSampRate=30000", "imSampRate=25000", "has another sample rate than orbe-view shows"},
+        {"snsSaveChanSubset=0:383,768", "snsSaveChanSubset=0:383:7,768",
+         "is damaged: snsSaveChanSubset is no list of numbers"},
+        {"snsSaveChanSubset=0:383,768", "snsSaveChanSubset=0:384", "has channels of both bands"},
+        {"snsSaveChanSubset=0:383,768", "snsSaveChanSubset=1:383,0,768",
+         "has its channels in another order than that of their numbers"},
+        {"nSavedChans=385", "nSavedChans=386",
+         "is damaged: nSavedChans is not the number of the channels in snsSaveChanSubset"},
+    };
+    for (const Case& each : cases) {
+        EXPECT_EQ(problem_with("imec0.ap", each.before, each.after), ap + each.problem) << each.after;
     }
-    for (const char* row : {"(nan 0 0 ", "(2 inf 0 "}) {
-        EXPECT_EQ(problem_with("imec0.ap", "(2 0 0 ", row),
-                  ap + "is damaged: ~imroTbl is no table of numbers")
-            << row;
-    }
-    EXPECT_EQ(problem_with("imec0.ap", "snsSaveChanSubset=0:383,768", "snsSaveChanSubset=1:383,0,768"),
-              ap + "has its channels in another order than that of their numbers");
-    EXPECT_EQ(problem_with("imec0.ap", "~imroTbl=(0,384)(", "~imroTbl=(0,384)(x"),
-              ap + "is damaged: ~imroTbl is no table of numbers");
-    EXPECT_EQ(problem_with("imec0.ap", "~imroTbl=(0,384)", "~imroTbl=0,384"),
-              ap + "is damaged: ~imroTbl is no table");
-    EXPECT_EQ(problem_with("imec0.ap", "imSampRate=30000", "imSampRate=25000"),
-              ap + "has another sample rate than orbe-view shows");
-    EXPECT_EQ(problem_with("imec0.ap", "snsSaveChanSubset=0:383,768", "snsSaveChanSubset=0:383:7,768"),
-              ap + "is damaged: snsSaveChanSubset is no list of numbers");
-    EXPECT_EQ(problem_with("imec0.ap", "snsSaveChanSubset=0:383,768", "snsSaveChanSubset=0:384"),
-              ap + "has channels of both bands");
-    EXPECT_EQ(problem_with("imec0.ap", "nSavedChans=385", "nSavedChans=386"),
-              ap + "is damaged: nSavedChans is not the number of the channels in snsSaveChanSubset");
     const std::string other =
         problem_with("imec1.lf", "snsSaveChanSubset=384:768\n", "snsSaveChanSubset=384:766,768,769\n");
     EXPECT_NE(other.find("' holds other channels than '"), std::string::npos) << other;
