@@ -148,7 +148,7 @@ Matrix_Cell Cell_Run::observe(Visit& visit, Bench& bench, Phase phase) {
     Matrix_Cell cell;
     std::string last_error;
     if (phase != Phase::stream) {
-        const Visit::Result result = visit.carry_out(phase);
+        const Call_Result result = visit.carry_out(phase);
         cell.result = result.text;
         last_error = result.last_error;
     }
