@@ -33,8 +33,9 @@ public:
     // What is added to a sample to get the probe's ten bits.
     virtual int sample_offset() const = 0;
 
-    // What ends a run and begins another one.
+    // What ends a run and begins another one, and whether that works once the stream has ended by itself.
     virtual std::string restart_text() const = 0;
+    virtual bool restarts_after_end() const = 0;
 
     static constexpr int slot = 2;
     static constexpr int port = 1;

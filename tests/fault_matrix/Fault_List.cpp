@@ -2,9 +2,13 @@
 
 #include "stream_format/Wire_Format.h"
 
+#include <cerrno>
+#include <csignal>
 #include <filesystem>
 #include <fstream>
 #include <optional>
+#include <sys/resource.h>
+#include <system_error>
 #include <utility>
 
 namespace Pelgar::ORBE::test {
@@ -214,6 +218,29 @@ Matrix_Fault vanished_capture_folder() {
     return fault;
 }
 
+// No file may become longer than this, which is how a process sees a full disk without one.
+void limit_files(rlim_t bytes) {
+    // Otherwise the first write that is refused ends the process.
+    std::signal(SIGXFSZ, SIG_IGN);
+    const rlimit limit{bytes, RLIM_INFINITY};
+    if (setrlimit(RLIMIT_FSIZE, &limit) != 0) {
+        throw std::system_error(errno, std::generic_category(), "setrlimit");
+    }
+}
+
+Matrix_Fault full_disk(const char* name, Part part) {
+    Matrix_Fault fault{"Files", name, part};
+    fault.strike = [](Bench&, Phase, const Phase_Use&) { limit_files(0); };
+    fault.heal = [](Bench&) { limit_files(RLIM_INFINITY); };
+    return fault;
+}
+
+void add_full_disks(Faults& faults) {
+    faults.push_back(full_disk("the disk of the log and of standard output is full", Part::disk));
+    faults.push_back(full_disk("the disk of the raw capture is full", Part::capture));
+    faults.back().prepare = prepare_capture;
+}
+
 } // namespace
 
 std::vector<Matrix_Fault> all_faults() {
@@ -225,6 +252,7 @@ std::vector<Matrix_Fault> all_faults() {
     add_row_faults(faults);
     add_calibration_faults(faults);
     faults.push_back(vanished_capture_folder());
+    add_full_disks(faults);
     return faults;
 }
 

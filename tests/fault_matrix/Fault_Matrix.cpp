@@ -5,6 +5,7 @@
 #include "Fault_List.h"
 #include "Host_Mode_Way.h"
 #include "Own_Way.h"
+#include "Recording_Cells.h"
 #include "Table_Writer.h"
 
 #include <CLI/CLI.hpp>
@@ -22,27 +23,47 @@ namespace {
 
 using namespace Pelgar::ORBE::test;
 
-std::vector<Matrix_Line> all_lines(Console_File& console, const std::string& only) {
-    std::vector<Matrix_Line> lines;
-    for (Matrix_Fault& fault : all_faults()) {
-        if ((fault.group + " " + fault.name).find(only) != std::string::npos) {
+std::string full_name(const Matrix_Fault& fault) {
+    return fault.group + " " + fault.name;
+}
+
+std::string full_name(const Recording_Fault& fault) {
+    return "Recordings " + fault.name;
+}
+
+bool can_be_made_in_host_mode(const Matrix_Fault& /*fault*/) {
+    return true;
+}
+
+bool can_be_made_in_host_mode(const Recording_Fault& fault) {
+    return fault.in_host_mode;
+}
+
+// Those whose names hold `only`, each with its cells in both ways.
+template <typename Line, typename Cells, typename Fault>
+std::vector<Line> lines_of(std::vector<Fault> faults, Console_File& console, const std::string& only) {
+    std::vector<Line> lines;
+    for (Fault& fault : faults) {
+        if (full_name(fault).find(only) != std::string::npos) {
             lines.push_back({std::move(fault), {}, {}});
         }
     }
     const Own_Way own;
-    Cell_Run own_run(own, console);
-    for (Matrix_Line& line : lines) {
-        line.own = own_run.run(line.fault);
+    Cells own_cells(own, console);
+    for (Line& line : lines) {
+        line.own = own_cells.run(line.fault);
     }
     const Host_Mode_Way host_mode;
-    Cell_Run host_run(host_mode, console);
-    for (Matrix_Line& line : lines) {
-        line.host_mode = host_run.run(line.fault);
+    Cells host_cells(host_mode, console);
+    for (Line& line : lines) {
+        if (can_be_made_in_host_mode(line.fault)) {
+            line.host_mode = host_cells.run(line.fault);
+        }
     }
     return lines;
 }
 
-std::vector<std::string> lines_of(const std::string& text) {
+std::vector<std::string> split_lines(const std::string& text) {
     std::vector<std::string> lines;
     std::istringstream stream(text);
     for (std::string line; std::getline(stream, line);) {
@@ -59,8 +80,8 @@ std::string content_of(const std::string& file) {
 
 // Line by line: cells stand where they stand.
 std::string differences(const std::string& page, const std::string& made) {
-    const auto on_page = lines_of(page);
-    const auto in_run = lines_of(made);
+    const auto on_page = split_lines(page);
+    const auto in_run = split_lines(made);
     std::string text;
     for (std::size_t i = 0; i < std::max(on_page.size(), in_run.size()); ++i) {
         const std::string& was = i < on_page.size() ? on_page[i] : "";
@@ -75,7 +96,9 @@ std::string differences(const std::string& page, const std::string& made) {
 int run(const std::string& page, bool write, const std::string& only) {
     Console_File console;
     try {
-        const std::string made = matrix_page(all_lines(console, only));
+        const std::string made =
+            matrix_page(lines_of<Matrix_Line, Cell_Run>(all_faults(), console, only),
+                        lines_of<Recording_Line, Recording_Cells>(all_recording_faults(), console, only));
         if (write) {
             std::ofstream(page, std::ios::binary | std::ios::trunc) << made;
             return EXIT_SUCCESS;

@@ -30,6 +30,8 @@ public:
     int sample_offset() const override { return 512; }
 
     std::string restart_text() const override { return "`arm`, `setSWTrigger`"; }
+
+    bool restarts_after_end() const override { return true; }
 };
 
 } // namespace Pelgar::ORBE::test

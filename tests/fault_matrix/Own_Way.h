@@ -26,6 +26,8 @@ public:
     int sample_offset() const override { return 0; }
 
     std::string restart_text() const override { return "`stop_acquisition`, `start_acquisition`"; }
+
+    bool restarts_after_end() const override { return false; }
 };
 
 } // namespace Pelgar::ORBE::test

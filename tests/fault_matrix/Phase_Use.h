@@ -19,7 +19,8 @@ enum class Part : std::uint8_t {
     next_read,   // a read of the stream that begins
     read,        // a read of the stream that begins or is under way
     calibration, // a calibration file that is read
-    capture      // a file that the stream is captured into
+    capture,     // a file that the stream is captured into
+    disk         // whatever is written, the log above all
 };
 
 struct Phase_Use {
@@ -51,6 +52,8 @@ struct Phase_Use {
             return phase == Phase::configure;
         case Part::capture:
             return phase == Phase::start || phase == Phase::stream;
+        case Part::disk:
+            return true;
         }
         return false;
     }

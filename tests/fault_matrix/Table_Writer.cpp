@@ -33,6 +33,9 @@ another `start_acquisition` beside the one that waits ends the process. A read t
 waits for the pump, in both ways, as long as it lasts. A link that is lost while data stream is told by nothing but the
 missing packets. Bytes that a late or wrong answer of the link leaves behind are taken for the next answer, and so on, in the
 box's own way; host mode drops them.
+
+A full disk is one on which no file grows any more ("File too large"). A raw capture whose disk is too slow loses rows of
+its own, which the log counts, and nothing of the acquisition: [raw capture](data-road.md#raw-capture).
 )";
 
 constexpr const char* own_head = R"(
@@ -51,6 +54,18 @@ constexpr const char* host_head = R"(
 An acquisition program on a PXI basestation (`ORBE_HOST_MODE` with `pxi`). What is not here is as above, but for what
 concerns the ADC inputs, which such a basestation has none of.
 
+)";
+
+constexpr const char* recordings_head = R"(
+## Recordings that are played
+
+A recording (`ORBE_DFGMZ_ADAPTER_SIM`) in the place of the box, read to its end; then the pump ends, and behind it the
+box's own `stop_acquisition` does not return, so that a host closes instead. Strikes while streaming find the pump
+behind its first piece of 1 MiB. What a disk hands out slowly is a named pipe, which host mode, because it begins each
+run at the recording's beginning, cannot play. Phases that are not named do not touch the recording.
+
+| fault | phase | way | result | message | brings back |
+|---|---|---|---|---|---|
 )";
 
 struct Reason {
@@ -124,9 +139,30 @@ std::string overview(const std::vector<Matrix_Line>& lines) {
     return text;
 }
 
+std::string row(const std::string& where, const Matrix_Cell& cell) {
+    return "| " + where + " | " + cell.result + " | " + messages_of(cell) + " | " + cell.recovery + " |\n";
+}
+
 std::string detail(const Matrix_Line& line, Phase phase, const Matrix_Cell& cell) {
-    return "| " + line.fault.name + " | " + name_of(phase) + " | " + cell.result + " | " + messages_of(cell) +
-           " | " + cell.recovery + " |\n";
+    return row(line.fault.name + " | " + name_of(phase), cell);
+}
+
+// Both ways in one row where they are the same.
+std::string details_of(const Recording_Line& line) {
+    std::string text;
+    for (const auto& [phase, own] : line.own) {
+        const std::string where = line.fault.name + " | " + name_of(phase) + " | ";
+        const auto host_mode = line.host_mode.find(phase);
+        if (host_mode != line.host_mode.end() && host_mode->second == own) {
+            text += row(where + "both", own);
+            continue;
+        }
+        text += row(where + "its own", own);
+        if (host_mode != line.host_mode.end()) {
+            text += row(where + "host mode", host_mode->second);
+        }
+    }
+    return text;
 }
 
 constexpr const char* table_head =
@@ -134,7 +170,8 @@ constexpr const char* table_head =
 
 } // namespace
 
-std::string matrix_page(const std::vector<Matrix_Line>& lines) {
+std::string matrix_page(const std::vector<Matrix_Line>& lines,
+                        const std::vector<Recording_Line>& recordings) {
     std::string own;
     std::string differing;
     for (const Matrix_Line& line : lines) {
@@ -148,8 +185,12 @@ std::string matrix_page(const std::vector<Matrix_Line>& lines) {
             }
         }
     }
+    std::string of_recordings;
+    for (const Recording_Line& line : recordings) {
+        of_recordings += details_of(line);
+    }
     return page_head + std::string(own_head) + overview(lines) + details_head + table_head + own + host_head +
-           table_head + differing;
+           table_head + differing + recordings_head + of_recordings;
 }
 
 } // namespace Pelgar::ORBE::test

@@ -3,6 +3,7 @@
 
 #include "Matrix_Cell.h"
 #include "Matrix_Fault.h"
+#include "Recording_Fault.h"
 
 #include <string>
 #include <vector>
@@ -15,6 +16,12 @@ struct Matrix_Line {
     Matrix_Row host_mode; // as an acquisition program
 };
 
-std::string matrix_page(const std::vector<Matrix_Line>& lines);
+struct Recording_Line {
+    Recording_Fault fault;
+    Matrix_Row own;
+    Matrix_Row host_mode; // none when the fault cannot be made there
+};
+
+std::string matrix_page(const std::vector<Matrix_Line>& lines, const std::vector<Recording_Line>& recordings);
 
 } // namespace Pelgar::ORBE::test
