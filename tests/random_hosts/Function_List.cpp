@@ -6,6 +6,7 @@
 #include <array>
 #include <string_view>
 #include <tuple>
+#include <type_traits>
 #include <utility>
 
 namespace Pelgar::ORBE::test {
@@ -31,18 +32,26 @@ std::vector<std::string> parted(std::string_view parameters) {
 }
 
 template <typename Result, typename... Parameters, std::size_t... Index>
-void call_with(Result (*function)(Parameters...), const std::vector<std::string>& parameters,
+bool call_with(Result (*function)(Parameters...), const std::vector<std::string>& parameters,
                Random_Arguments& arguments, std::index_sequence<Index...> /*unused*/) {
     arguments.begin_call();
     // In braces, so that they are made in order.
     const std::tuple<Parameters...> values{arguments.make<Parameters>(parameters.at(Index))...};
-    static_cast<void>(std::apply(function, values));
+    if constexpr (std::is_void_v<Result>) {
+        std::apply(function, values);
+        return true;
+    } else if constexpr (std::is_integral_v<Result> || std::is_enum_v<Result>) {
+        return std::apply(function, values) == Neuropixels::SUCCESS;
+    } else {
+        static_cast<void>(std::apply(function, values));
+        return true;
+    }
 }
 
 template <typename Result, typename... Parameters>
 Random_Function random_function(const char* name, const char* parameters, Result (*function)(Parameters...)) {
     return {name, [function, parts = parted(parameters)](Random_Arguments& arguments) {
-                call_with(function, parts, arguments, std::index_sequence_for<Parameters...>{});
+                return call_with(function, parts, arguments, std::index_sequence_for<Parameters...>{});
             }};
 }
 

@@ -13,8 +13,8 @@ namespace Pelgar::ORBE::test {
 
 struct Random_Function {
     std::string name;
-    // Calls it; what it throws is thrown.
-    std::function<void(Random_Arguments&)> call;
+    // Calls it, and answers whether it did what it was asked for; what it throws is thrown.
+    std::function<bool(Random_Arguments&)> call;
 
     // Without the beginning of the C twins' names.
     std::string_view plain_name() const;

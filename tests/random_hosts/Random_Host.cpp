@@ -93,11 +93,14 @@ void Random_Host::call(const Random_Function& function, Random_Arguments& argume
         lock.lock();
     }
     try {
-        function.call(arguments);
+        if (function.call(arguments)) {
+            ++m_successes;
+        }
     } catch (const std::exception& exception) {
         const std::lock_guard exceptions(m_exceptions_mutex);
         ++m_exceptions[function.name + " : " + exception.what()];
     }
+    ++m_calls;
 }
 
 // No read goes on waiting. A call that changes the state and does not come back is not waited for.

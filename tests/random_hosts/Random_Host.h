@@ -6,6 +6,7 @@
 #include "Hang_Watch.h"
 #include "Random_Box.h"
 
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <map>
@@ -30,6 +31,11 @@ public:
     // come back.
     void run();
 
+    // Those that have come back, and those of them that did what they were asked for.
+    std::uint64_t calls() const { return m_calls; }
+
+    std::uint64_t successes() const { return m_successes; }
+
     // What calls have thrown, by the functions' names, and how often.
     const std::map<std::string, std::uint64_t>& exceptions() const { return m_exceptions; }
 
@@ -44,6 +50,8 @@ private:
     std::vector<Random_Function> m_functions;
     // Those that a run is made of, which would be rare among all.
     std::vector<const Random_Function*> m_frequent;
+    std::atomic<std::uint64_t> m_calls{0};
+    std::atomic<std::uint64_t> m_successes{0};
     std::mutex m_state_mutex;
     std::mutex m_exceptions_mutex;
     std::map<std::string, std::uint64_t> m_exceptions;

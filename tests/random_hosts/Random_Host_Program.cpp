@@ -83,7 +83,9 @@ int run(Options& options) {
         std::fprintf(stderr, "%s (%llu times)\n", text.c_str(), static_cast<unsigned long long>(times));
         is_as_announced = is_as_announced && text.ends_with(announced_exception);
     }
-    std::fprintf(stderr, "every call came back\n");
+    std::fprintf(stderr, "every call came back: %llu, of which %llu did what they were asked for\n",
+                 static_cast<unsigned long long>(host.calls()),
+                 static_cast<unsigned long long>(host.successes()));
     return is_as_announced ? EXIT_SUCCESS : EXIT_FAILURE;
 }
 
