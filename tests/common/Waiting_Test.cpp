@@ -8,6 +8,8 @@
 namespace {
 
 using namespace std::chrono_literals;
+using Pelgar::ORBE::planning_time;
+using Pelgar::ORBE::replace_planning_clock;
 using Pelgar::ORBE::replace_waiter;
 using Pelgar::ORBE::wait_for;
 
@@ -32,6 +34,15 @@ TEST(Waiting, SleepsAtLeastAsLongAsAsked) {
     const auto start = std::chrono::steady_clock::now();
     wait_for(20ms);
     EXPECT_GE(std::chrono::steady_clock::now() - start, 20ms);
+}
+
+TEST(Waiting, WaitsArePlannedByTheSteadyClockOrByWhatReplacesIt) {
+    const auto before = std::chrono::steady_clock::now();
+    EXPECT_GE(planning_time(), before);
+    replace_planning_clock([&] { return before - 3h; });
+    EXPECT_EQ(planning_time(), before - 3h);
+    replace_planning_clock({});
+    EXPECT_GE(planning_time(), before);
 }
 
 } // namespace

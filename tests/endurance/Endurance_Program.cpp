@@ -52,7 +52,7 @@ std::unique_ptr<A_Stage> make_stage(const std::string& mode, const Stage_Options
     if (mode == "own-simulation") {
         return std::make_unique<Pipe_Stage>(options, clock);
     }
-    return std::make_unique<Recording_Stage>(options, recording_ticks);
+    return std::make_unique<Recording_Stage>(options, recording_ticks, clock);
 }
 
 // What the library prints goes into a file, reports go where standard output led before.

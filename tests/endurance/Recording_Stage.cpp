@@ -5,15 +5,27 @@
 #include <host_streams/Prompt_Delivery.h>
 
 #include <algorithm>
+#include <chrono>
 #include <filesystem>
 #include <fstream>
 
 namespace Pelgar::ORBE::test {
 
-Recording_Stage::Recording_Stage(const Stage_Options& options, std::uint64_t ticks)
-    : m_library(Packet_Layout::host, options.ports),
-      m_pace(windows_of(Packet_Layout::host), options.ports, [](std::uint64_t /*ticks*/) {}),
-      m_host(Packet_Layout::host, m_library.slot(), options.ports, options.rows, m_pace),
+namespace {
+
+constexpr std::uint64_t ticks_per_millisecond = 30;
+// A wait lasts whole milliseconds, and the last piece is due a little behind its last tick.
+constexpr std::chrono::milliseconds rounding{2};
+
+} // namespace
+
+Recording_Stage::Recording_Stage(const Stage_Options& options, std::uint64_t ticks, Quick_Clock& clock)
+    : m_clock(clock), m_library(Packet_Layout::host, options.ports),
+      m_pace(windows_of(Packet_Layout::host), options.ports,
+             [this](std::uint64_t limit) {
+                 m_clock.allow_time(std::chrono::milliseconds(limit / ticks_per_millisecond) + rounding);
+             }),
+      m_host(Packet_Layout::host, m_library.slot(), options.ports, options.rows, m_pace), m_ticks(ticks),
       // A block is complete when the row after it comes.
       m_due((ticks - 1) / npoe_adapter::prompt_block_super_frames * npoe_adapter::prompt_block_super_frames) {
     const std::string path = std::filesystem::absolute("opening.bin").string();
@@ -31,15 +43,18 @@ Recording_Stage::Recording_Stage(const Stage_Options& options, std::uint64_t tic
     }
 }
 
-void Recording_Stage::begin(std::uint64_t ticks) {
+void Recording_Stage::begin(std::uint64_t /*ticks*/) {
     m_library.open();
-    m_pace.begin(ticks);
+    m_clock.hold_time();
+    m_pace.begin(m_ticks);
     m_host.start();
     m_library.start();
 }
 
 std::string Recording_Stage::end() {
     m_bytes += m_recording_bytes;
+    // The pump must get on to see that it is to end.
+    m_clock.release();
     m_host.finish();
     m_library.stop();
     m_library.close();

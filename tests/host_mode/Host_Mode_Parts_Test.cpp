@@ -2,6 +2,7 @@
 #include "Log_Capture.h"
 #include "Waiter_Guard.h"
 
+#include <common/Waiting.h>
 #include <gain/Gain_Product.h>
 #include <host_mode/Device_Table.h>
 #include <host_mode/Host_Mode_Options.h>
@@ -407,6 +408,29 @@ TEST(Recording_Paces, AreNoFasterThanTheBox) {
 TEST(Recording_Paces, GoOnWhenTheFirstPortStops) {
     EXPECT_GE(seconds_of({super_frames_of(0, 300), super_frames_of(2, 1500), super_frames_of(2, 1500)}),
               0.099);
+}
+
+// Where a wait takes no time but by the clock.
+TEST(Recording_Paces, PlayInTimeAgainAfterAStallAndDoNotHurry) {
+    using std::chrono::milliseconds;
+    auto now = std::chrono::steady_clock::now();
+    replace_planning_clock([&] { return now; });
+    std::vector<milliseconds> waits;
+    replace_waiter([&](milliseconds duration) {
+        waits.push_back(duration);
+        now += duration;
+    });
+    Recording_Pace pace;
+    const auto piece = super_frames_of(1, 600); // 20 ms
+    pace.wait_until_due(piece);
+    now += milliseconds(15);
+    pace.wait_until_due(piece);
+    now += milliseconds(3000);
+    pace.wait_until_due(piece);
+    pace.wait_until_due(piece);
+    replace_waiter({});
+    replace_planning_clock({});
+    EXPECT_EQ(waits, (std::vector{milliseconds(20), milliseconds(5), milliseconds(20)}));
 }
 
 } // namespace

@@ -21,7 +21,7 @@ constexpr auto longest_delay = std::chrono::milliseconds(500);
 } // namespace
 
 void Recording_Pace::wait_until_due(std::span<const std::uint8_t> piece) {
-    const auto now = Clock::now();
+    const auto now = planning_time();
     if (!m_start) {
         m_start = now;
     }
@@ -34,7 +34,7 @@ void Recording_Pace::wait_until_due(std::span<const std::uint8_t> piece) {
         *m_start += now - due;
         return;
     }
-    for (auto left = due - now; left.count() > 0; left = due - Clock::now()) {
+    for (auto left = due - now; left.count() > 0; left = due - planning_time()) {
         wait_for(std::chrono::ceil<std::chrono::milliseconds>(left));
     }
 }
