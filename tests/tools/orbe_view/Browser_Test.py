@@ -76,6 +76,13 @@ class Browser(unittest.TestCase):
     def run_script(self, script):
         return self.driver.execute_script("return " + script)
 
+    def run_module(self, script):
+        """What a script answers that takes parts of the page by themselves."""
+        got = self.driver.execute_async_script(
+            f"const done = arguments[0]; (async () => {{ {script} }})().then(done, (error) => done({{ error: String(error) }}));")
+        self.assertFalse(isinstance(got, dict) and "error" in got, got)
+        return got
+
     def wait(self, condition, value=None):
         end = time.monotonic() + PATIENCE
         while True:
@@ -217,31 +224,46 @@ class Browser(unittest.TestCase):
 
     def test_logarithmic_axes_have_marks_wherever_they_begin(self):
         self.open(self.recording)
-        marks = self.driver.execute_async_script("""const done = arguments[0];
-            import("./look.js").then(({ decades }) => done(
-                [[0.0009884418585531687, 0.0031], [14.6, 120], [7, 7], [0, 5], [1, Infinity], [null, null]].map(
-                    ([low, high]) => decades(low, high))));""")
+        marks = self.run_module("""const { decades } = await import("./look.js");
+            return [[0.0009884418585531687, 0.0031], [14.6, 120], [7, 7], [0, 5], [1, Infinity], [null, null]].map(
+                ([low, high]) => decades(low, high));""")
         self.assertEqual(marks, [[0.001, 0.002, 0.003], [20, 30, 40, 50, 60, 70, 80, 90, 100], [7], [], [], []])
         # And every height of a spectrum can be drawn.
-        drawn = self.driver.execute_async_script("""const done = arguments[0];
-            import("./spectrum.js").then(async ({ Spectrum }) => {
-                const place = document.createElement("div");
-                place.style.cssText = "width: 400px; height: 200px";
-                document.body.append(place);
-                const spectrum = new Spectrum(place, document.createElement("p"));
-                let seed = 1;
-                const random = () => (seed = seed * 16807 % 2147483647) / 2147483647;
-                for (let round = 0; round < 200; ++round) {
-                    const low = 10 ** (random() * 8 - 4), high = low * (1 + 10 ** (random() * 6 - 3));
-                    const head = { port: 1, stream: "ap", channel: 0, step: 14.6 };
-                    spectrum.show(head, { columns: 4, values: [0, low, high, low] });
-                    await new Promise((drawn) => setTimeout(drawn));
-                }
-                spectrum.show({ port: 1, stream: "ap", channel: 0, step: 14.6 }, { columns: 0, values: [] });
+        drawn = self.run_module("""const { Spectrum } = await import("./spectrum.js");
+            const place = document.createElement("div");
+            place.style.cssText = "width: 400px; height: 200px";
+            document.body.append(place);
+            const spectrum = new Spectrum(place, document.createElement("p"));
+            let seed = 1;
+            const random = () => (seed = seed * 16807 % 2147483647) / 2147483647;
+            for (let round = 0; round < 200; ++round) {
+                const low = 10 ** (random() * 8 - 4), high = low * (1 + 10 ** (random() * 6 - 3));
+                const head = { port: 1, stream: "ap", channel: 0, step: 14.6 };
+                spectrum.show(head, { columns: 4, values: [0, low, high, low] });
                 await new Promise((drawn) => setTimeout(drawn));
-                done(spectrum.plotted().frequencies.length);
-            }, (error) => done(String(error)));""")
+            }
+            spectrum.show({ port: 1, stream: "ap", channel: 0, step: 14.6 }, { columns: 0, values: [] });
+            await new Promise((drawn) => setTimeout(drawn));
+            return spectrum.plotted().frequencies.length;""")
         self.assertEqual(drawn, 0)
+
+    def test_table_of_health_shows_sums_of_more_than_its_lines(self):
+        self.open(self.recording)
+        got = self.run_module("""const { Health } = await import("./health.js");
+            const place = document.createElement("div"), table = document.createElement("table");
+            document.body.append(place);
+            const health = new Health(place, table, document.createElement("select"));
+            const none = [null, null, null, null, null, null, null];
+            health.show([119.5, 120].map((seconds) => ({
+                seconds, streams: [[30000, 0, 0, 0, 0, 0.02, 1], none, none, none, [29000, 1, null, null, 0, 0, null]],
+            })), [[0, 12, 3, 1024], [null, null, null, null], [null, null, null, null], [null, null, null, null], [2, null, null, 0]]);
+            const cells = (row) => Array.from(table.rows[row].cells, (cell) =>
+                (cell.classList.contains("bad") ? "! " : "") + cell.textContent);
+            return [cells(1), cells(2), cells(5), health.plot.data];""")
+        self.assertEqual(got[0], ["Port 1", "30,000", "0", "! 12", "! 3", "! 1,024", "2 %", "locked"])
+        self.assertEqual(got[1], ["Port 2", "–", "–", "–", "–", "–", "–", "–"])
+        self.assertEqual(got[2], ["ADC", "29,000", "! 2", "–", "–", "0", "0 %", "–"])
+        self.assertEqual(got[3], [[119.5, 120], [30000, 30000], [None] * 2, [None] * 2, [None] * 2, [29000, 29000]])
 
     def test_damage_is_marked_where_it_lies(self):
         self.open(self.recording)

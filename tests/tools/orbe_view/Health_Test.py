@@ -37,9 +37,18 @@ class Health(unittest.TestCase):
         end = time.monotonic() + PATIENCE
         while True:
             head, _ = page.picture(lambda each: each.get("health"))
+            # As long as no line is forgotten.
+            self.assertLess(len(head["health"]), 240)
+            self.assertEqual(head["health_sums"], [
+                [self.sum_of_known(line["streams"][stream][quantity] for line in head["health"])
+                 for quantity in (ROW_GAPS, FRAME_GAPS, WRONG_TAGS, LOST)] for stream in range(5)])
             if wanted(head["health"]):
                 return head["health"]
             self.assertLess(time.monotonic(), end, head["health"][-4:])
+
+    def sum_of_known(self, values):
+        known = [value for value in values if value is not None]
+        return sum(known) if known else None
 
     def behind(self, page, second):
         return self.lines(page, lambda lines: lines[-1]["seconds"] > second)

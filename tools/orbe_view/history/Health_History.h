@@ -1,5 +1,6 @@
-// Program orbe-view, history. How the streams were over the last minutes, a line a second. Written on the
-// source's thread, read on the thread that makes pictures.
+// Program orbe-view, history. How the streams were over the last two minutes, two lines a second, and what
+// has come together since the source began or jumped, however long that is. Written on the source's thread,
+// read on the thread that makes pictures.
 #pragma once
 
 #include <array>
@@ -35,18 +36,31 @@ struct Health {
     std::array<Stream_Health, stream_count> streams{};
 };
 
+// Of one stream in all lines since the beginning or the last jump, forgotten ones as well.
+struct Stream_Sums {
+    double row_gaps = unknown;
+    double frame_gaps = unknown;
+    double wrong_tags = unknown;
+    double lost_samples = unknown;
+};
+
+struct Health_Report {
+    std::vector<Health> lines; // oldest first
+    std::array<Stream_Sums, stream_count> sums{};
+};
+
 class Health_History {
 public:
     void add(const Health& health);
     void clear();
-    // Oldest first.
-    std::vector<Health> all() const;
+    Health_Report report() const;
 
 private:
     static constexpr std::size_t capacity = 240;
 
     mutable std::mutex m_mutex;
     std::deque<Health> m_health;
+    std::array<Stream_Sums, stream_count> m_sums{};
 };
 
 } // namespace Pelgar::ORBE::view

@@ -1,14 +1,15 @@
-// How the streams are: now as a table, and one quantity of all of them over the last minutes.
+// How the streams are: now, and what has come together, as a table, and one quantity of all of them over the last
+// minutes.
 import uPlot from "./uplot/uPlot.js";
 import { axis, color, count, fit } from "./look.js";
 
-// In the order in which the program sends them.
+// In the order in which the program sends them. Those with a `sum` have one, at that place of the sums.
 export const quantities = [
   { name: "Rate, samples a second", short: "Rate /s", text: count },
-  { name: "Gaps of the row counter", short: "Row gaps", text: count, bad: (value) => value > 0 },
-  { name: "Gaps of the frame counter", short: "Frame gaps", text: count, bad: (value) => value > 0 },
-  { name: "Wrong tags", short: "Wrong tags", text: count, bad: (value) => value > 0 },
-  { name: "Lost samples", short: "Lost", text: count, bad: (value) => value > 0 },
+  { name: "Gaps of the row counter", short: "Row gaps", sum: 0, text: count, bad: (value) => value > 0 },
+  { name: "Gaps of the frame counter", short: "Frame gaps", sum: 1, text: count, bad: (value) => value > 0 },
+  { name: "Wrong tags", short: "Wrong tags", sum: 2, text: count, bad: (value) => value > 0 },
+  { name: "Lost samples", short: "Lost", sum: 3, text: count, bad: (value) => value > 0 },
   {
     name: "Queue, per cent full", short: "Queue", factor: 100,
     text: (value) => (value === null ? "–" : value.toFixed(0) + " %"), bad: (value) => value > 50,
@@ -27,6 +28,7 @@ export class Health {
     this.table = table;
     this.select = select;
     this.lines = [];
+    this.summed = [];
     quantities.forEach((quantity, i) => select.add(new Option(quantity.name, i)));
     select.addEventListener("change", () => this.draw());
     this.plot = new uPlot({
@@ -43,9 +45,10 @@ export class Health {
     fit(this.plot, place);
   }
 
-  // Since the source began, or since the last jump, gaps and losses are summed up.
-  show(lines) {
+  // `summed`: of each stream what has come together since the source began, or since the last jump.
+  show(lines, summed) {
     this.lines = lines;
+    this.summed = summed;
     this.draw();
   }
 
@@ -56,12 +59,11 @@ export class Health {
 
   sums() {
     return streams.map((_, stream) => quantities.map((quantity, i) => {
-      if (!["Row gaps", "Frame gaps", "Wrong tags", "Lost"].includes(quantity.short)) {
-        const last = this.lines.at(-1);
-        return last ? this.value(last, stream, i) : null;
+      if (quantity.sum !== undefined) {
+        return this.summed[stream]?.[quantity.sum] ?? null;
       }
-      const known = this.lines.map((line) => this.value(line, stream, i)).filter((value) => value !== null);
-      return known.length === 0 ? null : known.reduce((sum, value) => sum + value, 0);
+      const last = this.lines.at(-1);
+      return last ? this.value(last, stream, i) : null;
     }));
   }
 

@@ -257,7 +257,7 @@ function take(picture) {
   }
   if (head.health) {
     health = head.health;
-    healthView.show(health);
+    healthView.show(health, head.health_sums);
   }
   if (head.problem || status.problem) {
     notice(status.problem);

@@ -240,10 +240,16 @@ void Picture_Maker::add_spectrum(Blocks& blocks, const Probe_History& probe, con
 
 void Picture_Maker::add_health(Blocks& blocks) const {
     json lines = json::array();
-    for (const Health& health : m_source.histories().health().all()) {
+    const Health_Report report = m_source.histories().health().report();
+    for (const Health& health : report.lines) {
         lines.push_back(health_json(health));
     }
+    json sums = json::array();
+    for (const Stream_Sums& sum : report.sums) {
+        sums.push_back({sum.row_gaps, sum.frame_gaps, sum.wrong_tags, sum.lost_samples});
+    }
     blocks.head()["health"] = std::move(lines);
+    blocks.head()["health_sums"] = std::move(sums);
 }
 
 void Picture_Maker::add_damage(Blocks& blocks) const {
