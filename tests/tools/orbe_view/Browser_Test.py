@@ -327,6 +327,10 @@ class Browser(unittest.TestCase):
         self.assertEqual(self.run_script("orbeView.traces().lanes.flat().filter((value) => value !== null).length"), 0)
         row = "document.getElementById('states').rows[2].innerText.split(/\\s+/).slice(0, 3).join(' ')"
         self.wait(row, "Port 2 0")
+        # Not as it should be, unlike that of ports where no probe is.
+        self.assertEqual(self.run_script("""[1, 2, 3, 4].map(
+            (row) => document.getElementById('states').rows[row].cells[1].classList.contains('bad'))"""),
+                         [False, True, False, False])
         self.press("1")
         self.wait("orbeView.channels() && orbeView.channels().port === 1 && orbeView.channels().rms[5] > 0")
 

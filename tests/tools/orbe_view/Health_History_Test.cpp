@@ -50,6 +50,25 @@ TEST(Health_History, WhatIsUnknownAddsNothing) {
     EXPECT_TRUE(std::isnan(report.sums[1].row_gaps));
 }
 
+TEST(Health_History, AStreamThatHasComeIsRememberedBeyondItsLines) {
+    Health_History history;
+    Health health;
+    health.streams[2].rate = 30000.0;
+    health.streams[3].rate = 0.0;
+    history.add(health);
+    health.streams[2].rate = 0.0;
+    for (int number = 0; number < 300; ++number) {
+        history.add(health);
+    }
+    const Health_Report report = history.report();
+    EXPECT_EQ(report.lines.front().streams[2].rate, 0.0);
+    EXPECT_TRUE(report.sums[2].has_come);
+    EXPECT_FALSE(report.sums[3].has_come);
+    EXPECT_FALSE(report.sums[4].has_come);
+    history.clear();
+    EXPECT_FALSE(history.report().sums[2].has_come);
+}
+
 TEST(Health_History, AJumpBeginsTheSumsAnew) {
     Health_History history;
     history.add(line(0.5, 1.0, 3.0));

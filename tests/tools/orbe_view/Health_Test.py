@@ -41,7 +41,8 @@ class Health(unittest.TestCase):
             self.assertLess(len(head["health"]), 240)
             self.assertEqual(head["health_sums"], [
                 [self.sum_of_known(line["streams"][stream][quantity] for line in head["health"])
-                 for quantity in (ROW_GAPS, FRAME_GAPS, WRONG_TAGS, LOST)] for stream in range(5)])
+                 for quantity in (ROW_GAPS, FRAME_GAPS, WRONG_TAGS, LOST)]
+                + [any(line["streams"][stream][RATE] for line in head["health"])] for stream in range(5)])
             if wanted(head["health"]):
                 return head["health"]
             self.assertLess(time.monotonic(), end, head["health"][-4:])

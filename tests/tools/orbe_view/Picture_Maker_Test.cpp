@@ -32,14 +32,16 @@ TEST(Picture_Maker, TellsSumsOfMoreLinesThanAreRemembered) {
         Health health;
         health.streams[1].row_gaps = number == 1 ? 2.0 : 0.0;
         health.streams[1].wrong_tags = 1.0;
+        health.streams[1].rate = 30000.0;
         source.m_histories.health().add(health);
     }
     const auto head = head_of(Picture_Maker(source, false).make({}, 0, true));
     EXPECT_EQ(head.at("health").size(), 240U);
-    const nlohmann::json unknown_sums = {nullptr, nullptr, nullptr, nullptr};
-    EXPECT_EQ(head.at("health_sums"),
-              (nlohmann::json{
-                  unknown_sums, {2.0, nullptr, 500.0, nullptr}, unknown_sums, unknown_sums, unknown_sums}));
+    const nlohmann::json unknown_sums = {nullptr, nullptr, nullptr, nullptr, false};
+    EXPECT_EQ(
+        head.at("health_sums"),
+        (nlohmann::json{
+            unknown_sums, {2.0, nullptr, 500.0, nullptr, true}, unknown_sums, unknown_sums, unknown_sums}));
 }
 
 } // namespace

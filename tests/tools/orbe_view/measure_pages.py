@@ -125,7 +125,7 @@ def measure(view_program, recording_program, seconds, browsers=None):
             "shown": counts[0],
             "left_out": counts[1],
             "fullest": max(stream[5] for stream in streams if stream[5] is not None),
-            "lost": counts[2] + sum(sum(filter(None, sums)) for sums in head["health_sums"]),
+            "lost": counts[2] + sum(sum(filter(None, sums[:4])) for sums in head["health_sums"]),
             "failure": (code, errors) if code != 0 or errors else None,
         }
 

@@ -26,6 +26,7 @@ void Health_History::add(const Health& health) {
         add_known(m_sums[stream].frame_gaps, health.streams[stream].frame_gaps);
         add_known(m_sums[stream].wrong_tags, health.streams[stream].wrong_tags);
         add_known(m_sums[stream].lost_samples, health.streams[stream].lost_samples);
+        m_sums[stream].has_come = m_sums[stream].has_come || health.streams[stream].rate > 0.0;
     }
 }
 

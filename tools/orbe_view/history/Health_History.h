@@ -42,6 +42,7 @@ struct Stream_Sums {
     double frame_gaps = unknown;
     double wrong_tags = unknown;
     double lost_samples = unknown;
+    bool has_come = false; // any sample
 };
 
 struct Health_Report {

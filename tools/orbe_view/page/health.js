@@ -5,7 +5,10 @@ import { axis, color, count, fit } from "./look.js";
 
 // In the order in which the program sends them. Those with a `sum` have one, at that place of the sums.
 export const quantities = [
-  { name: "Rate, samples a second", short: "Rate /s", text: count },
+  {
+    name: "Rate, samples a second", short: "Rate /s", text: count,
+    bad: (value, isExpected) => value === 0 && isExpected,
+  },
   { name: "Gaps of the row counter", short: "Row gaps", sum: 0, text: count, bad: (value) => value > 0 },
   { name: "Gaps of the frame counter", short: "Frame gaps", sum: 1, text: count, bad: (value) => value > 0 },
   { name: "Wrong tags", short: "Wrong tags", sum: 2, text: count, bad: (value) => value > 0 },
@@ -21,6 +24,9 @@ export const quantities = [
 ];
 
 const streams = ["Port 1", "Port 2", "Port 3", "Port 4", "ADC"];
+const hasCome = 4; // place in the sums
+// Half a second each; so long nothing has come from a stream that has stopped.
+const silentLines = 3;
 const dashes = [[], [8, 4], [2, 3], [10, 3, 2, 3], [1, 5]]; // so that no colour is needed
 
 export class Health {
@@ -29,6 +35,7 @@ export class Health {
     this.select = select;
     this.lines = [];
     this.summed = [];
+    this.ports = [];
     quantities.forEach((quantity, i) => select.add(new Option(quantity.name, i)));
     select.addEventListener("change", () => this.draw());
     this.plot = new uPlot({
@@ -45,11 +52,28 @@ export class Health {
     fit(this.plot, place);
   }
 
+  // `ports`: those with a probe.
+  expect(ports) {
+    this.ports = ports;
+    this.draw();
+  }
+
   // `summed`: of each stream what has come together since the source began, or since the last jump.
   show(lines, summed) {
     this.lines = lines;
     this.summed = summed;
     this.draw();
+  }
+
+  // Whether something is to come: there is a probe, or something has come.
+  isExpected(stream) {
+    return this.ports.includes(stream + 1) || Boolean(this.summed[stream]?.[hasCome]);
+  }
+
+  // Whether nothing comes from a port any more.
+  hasStopped(port) {
+    const last = this.lines.slice(-silentLines);
+    return last.length === silentLines && last.every((line) => this.value(line, port - 1, 0) === 0);
   }
 
   value(line, stream, quantity) {
@@ -75,7 +99,7 @@ export class Health {
     ]);
     const rows = [["Stream", ...quantities.map((each) => each.short)]];
     this.sums().forEach((sums, stream) => {
-      rows.push([streams[stream], ...sums.map((value, i) => ({ text: quantities[i].text(value), bad: value !== null && quantities[i].bad?.(value) }))]);
+      rows.push([streams[stream], ...sums.map((value, i) => ({ text: quantities[i].text(value), bad: value !== null && quantities[i].bad?.(value, this.isExpected(stream)) }))]);
     });
     this.table.replaceChildren(...rows.map((row, r) => {
       const line = document.createElement("tr");

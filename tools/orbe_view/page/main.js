@@ -208,6 +208,7 @@ function introduce(what) {
   element("bar").hidden = !what.can_jump;
   element("control").hidden = !what.may_control;
   const ports = what.probes.map((probe) => probe.port);
+  healthView.expect(ports);
   radios(element("ports"), "port", ports.map((port) => [port, String(port)]), (port) => showPort(Number(port)));
   const streams = [];
   if (ports.length > 0) {
@@ -252,12 +253,13 @@ function take(picture) {
     channels = { port: view.port, rms: blocks.rms.values.slice(), spikes: blocks.spikes.values.slice() };
     showMap();
   }
-  if (head.spectrum) {
-    spectrum.show(head.spectrum, blocks.spectrum);
-  }
   if (head.health) {
     health = head.health;
     healthView.show(health, head.health_sums);
+    showMap();
+  }
+  if (head.spectrum) {
+    spectrum.show(head.spectrum, blocks.spectrum, view.end === null && healthView.hasStopped(head.spectrum.port));
   }
   if (head.problem || status.problem) {
     notice(status.problem);
@@ -299,10 +301,10 @@ function showMap() {
     return;
   }
   const measure = element("measure").value;
-  map.show(here.channels, channels[measure], measure === "rms" ? "µV" : "/s", view.selected,
+  const isSilent = healthView.hasStopped(view.port) || channels.rms.every((value) => !(value > 0));
+  map.show(here.channels, isSilent ? null : channels[measure], measure === "rms" ? "µV" : "/s", view.selected,
     [view.first, view.first + view.count]);
   const electrode = here.channels[view.selected][2];
-  const isSilent = channels.rms.every((value) => !(value > 0));
   element("channel").textContent = isSilent
     ? `Port ${view.port}: no data`
     : Number.isNaN(channels.rms[view.selected])

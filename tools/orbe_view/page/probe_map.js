@@ -18,11 +18,12 @@ export class Probe_Map {
     new ResizeObserver(() => this.draw()).observe(canvas);
   }
 
-  // `channels`: of each x, y and electrode. `shown`: the first channel of the traces, and the one behind them.
+  // `channels`: of each x, y and electrode. `values`: none when nothing comes. `shown`: the first channel of the traces, and the one behind them.
   show(channels, values, unit, chosen, shown) {
+    const isSilent = values === null;
     // What is not in the recording is no number.
-    const known = Array.from(values, (value) => (Number.isNaN(value) ? null : value));
-    Object.assign(this, { channels, values: known, unit, chosen, shown });
+    const known = channels.map((_, channel) => (isSilent || Number.isNaN(values[channel]) ? null : values[channel]));
+    Object.assign(this, { channels, values: known, isSilent, unit, chosen, shown });
     this.draw();
   }
 
@@ -57,9 +58,9 @@ export class Probe_Map {
     for (let channel = 0; channel < this.channels.length; ++channel) {
       const { left, top } = place(channel);
       const part = (this.values[channel] ?? 0) / most;
-      context.fillStyle = heat(part);
+      context.fillStyle = this.isSilent ? color("line") : heat(part);
       context.fillRect(left, top, field, Math.max(row - 0.5, 1));
-      if (this.channels[channel][2] < 0 || this.values[channel] === null) {
+      if (this.channels[channel][2] < 0 || (this.values[channel] === null && !this.isSilent)) {
         // Connected to nothing, or not there.
         context.strokeStyle = color("ink");
         context.strokeRect(left, top, field, Math.max(row, 2));
@@ -82,6 +83,11 @@ export class Probe_Map {
     context.stroke();
     context.lineWidth = 1;
     context.font = fontOf(this.canvas);
+    if (this.isSilent) {
+      context.fillStyle = color("ink");
+      context.fillText("no data", bars + 4, height / 2);
+      return;
+    }
     const scale = width * 0.4;
     for (let i = 0; i < scale; ++i) {
       context.fillStyle = heat(i / scale);

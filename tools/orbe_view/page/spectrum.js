@@ -25,12 +25,13 @@ export class Spectrum {
     fit(this.plot, place);
   }
 
-  show({ port, stream, channel, step }, block) {
+  // `isSilent`: nothing comes any more, and what came last is no state of now.
+  show({ port, stream, channel, step }, block, isSilent = false) {
     // The mean is not a part of it, and a logarithm has no zero.
     const frequencies = [];
     const values = [];
     let peak = 0;
-    for (let bin = 1; bin < block.columns; ++bin) {
+    for (let bin = 1; bin < block.columns && !isSilent; ++bin) {
       frequencies.push(bin * step);
       values.push(Math.max(block.values[bin], 1e-4));
       if (values[bin - 1] > (values[peak] ?? 0)) {
@@ -41,7 +42,7 @@ export class Spectrum {
     this.peak = frequencies[peak] ?? null;
     const where = `port ${port}, channel ${channel}, ${stream.toUpperCase()}`;
     this.title.textContent = values.length === 0
-      ? `Spectrum: ${where}: not enough data without a gap`
+      ? `Spectrum: ${where}: ${isSilent ? "no data" : "not enough data without a gap"}`
       : `Spectrum: ${where}; highest at ${this.peak.toFixed(0)} Hz, ${values[peak].toPrecision(3)} µV/√Hz`;
   }
 

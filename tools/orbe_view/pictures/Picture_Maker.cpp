@@ -246,7 +246,7 @@ void Picture_Maker::add_health(Blocks& blocks) const {
     }
     json sums = json::array();
     for (const Stream_Sums& sum : report.sums) {
-        sums.push_back({sum.row_gaps, sum.frame_gaps, sum.wrong_tags, sum.lost_samples});
+        sums.push_back({sum.row_gaps, sum.frame_gaps, sum.wrong_tags, sum.lost_samples, sum.has_come});
     }
     blocks.head()["health"] = std::move(lines);
     blocks.head()["health_sums"] = std::move(sums);
