@@ -222,6 +222,33 @@ class Browser(unittest.TestCase):
         })()""")
         self.assertGreater(ink[1], 3 * max(ink[0], 1)) # noise falls below the threshold far more often
 
+    def test_map_of_a_probe_of_any_width_lies_beside_its_bars(self):
+        folder = self.export("wide", "--seconds", "0.1")
+        path = os.path.join(folder, "orbe_recording.json")
+        with open(path, encoding="utf8") as file:
+            description = json.load(file)
+        description["probes"][1]["part_number"] = "NP1015" # its columns are 103 µm apart, the others' 48 µm at most
+        with open(path, "w", encoding="utf8") as file:
+            json.dump(description, file)
+        os.symlink(self.recording, os.path.join(folder, "wide.bin"))
+        self.open(os.path.join(folder, "wide.bin"))
+        for port, across in [(1, [11, 27, 43, 59]), (3, [11, 114])]:
+            self.press(str(port))
+            self.wait(f"orbeView.channels()?.port === {port}")
+            electrodes, places, width = self.run_script(f"""[
+                orbeView.introduction().probes.find((probe) => probe.port === {port}).channels.map((channel) => channel[0]),
+                Array.from({{ length: 384 }}, (_, channel) => orbeView.channelPlace(channel).x),
+                document.getElementById('map').clientWidth]""")
+            self.assertEqual(sorted(set(electrodes)), across)
+            field = width * 0.09
+            by_electrode = dict(zip(electrodes, places))
+            for electrode, place in zip(electrodes, places):
+                part = (electrode - across[0]) / (across[-1] - across[0])
+                left, right = by_electrode[across[0]], by_electrode[across[-1]]
+                self.assertAlmostEqual(place, left + part * (right - left), 3)
+                self.assertGreater(place - field / 2, 2)
+                self.assertLess(place + field / 2, width * 0.54 - 8) # where the line to the chosen channel's bar begins
+
     def test_logarithmic_axes_have_marks_wherever_they_begin(self):
         self.open(self.recording)
         marks = self.run_module("""const { decades } = await import("./look.js");

@@ -36,10 +36,16 @@ export class Probe_Map {
     const row = (height - top - bottom) / Math.max(rows, 1);
     const high = Math.max(...ys);
     const field = width * 0.09;
+    // From edge to edge, however far apart the columns of electrodes are.
+    const xs = this.channels.map((channel) => channel[0]);
+    const left = Math.min(...xs);
+    const across = Math.max(...xs) - left;
+    const margin = 4; // of the frame around the chosen one
+    const room = width * 0.47 - field - margin;
     const place = (channel) => {
       const [x, y] = this.channels[channel];
       return {
-        left: (x / 70) * width * 0.4,
+        left: margin + (across === 0 ? 0 : ((x - left) / across) * room),
         top: top + (high === low ? 0 : ((high - y) / (high - low)) * (rows - 1) * row),
       };
     };
