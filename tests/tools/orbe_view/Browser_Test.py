@@ -222,6 +222,33 @@ class Browser(unittest.TestCase):
         })()""")
         self.assertGreater(ink[1], 3 * max(ink[0], 1)) # noise falls below the threshold far more often
 
+    def test_chosen_trace_has_marks_that_are_no_colour(self):
+        self.open(self.recording)
+        self.hold_at(1.25)
+        self.traces(96, 8, 0.05)
+        self.press("]")
+        self.wait("orbeView.view().selected === 1 && orbeView.traces().first === 0", True) # it brings its lanes
+        for keys, chosen in [("]", 2), ("]]", 4), ("[", 3)]:
+            self.press(keys)
+            # The time is the same, the labels are not.
+            self.wait("orbeView.traces().written", [f"► {lane}" if lane == chosen else str(lane) for lane in range(8)])
+            widths = self.run_script("orbeView.traces().widths")
+            self.assertEqual([lane for lane, width in enumerate(widths) if width > 2 * min(widths)], [chosen])
+        self.enter("first", 40)
+        self.wait("orbeView.traces().written", [str(lane) for lane in range(40, 48)])
+        self.assertEqual(set(self.run_script("orbeView.traces().widths")), {1})
+        # Where not every lane has a label, the chosen one has.
+        self.enter("count", 96)
+        self.wait("orbeView.traces().lanes.length", 96)
+        self.press("]" * 38)
+        self.wait("orbeView.view().selected", 41)
+        self.wait("orbeView.traces().written.includes('► 41')", True)
+        labels = [int(text.removeprefix("► ")) for text in self.run_script("orbeView.traces().written")]
+        self.assertGreater(min(after - before for before, after in zip(labels, labels[1:])), 1)
+        self.press("d")
+        self.wait("orbeView.traces().written.includes('TTL 1')", True)
+        self.assertFalse(any("►" in text for text in self.run_script("orbeView.traces().written")))
+
     def test_map_of_a_probe_of_any_width_lies_beside_its_bars(self):
         folder = self.export("wide", "--seconds", "0.1")
         path = os.path.join(folder, "orbe_recording.json")

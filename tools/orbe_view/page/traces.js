@@ -1,5 +1,5 @@
-// The traces: lowest and highest value of each column, a lane a channel. What is lost is left out, hatched
-// and written over.
+// The traces: lowest and highest value of each column, a lane a channel. The chosen one is thicker and has a mark beside
+// its label. What is lost is left out, hatched and written over.
 import uPlot from "./uplot/uPlot.js";
 import { axis, color, fit } from "./look.js";
 
@@ -10,6 +10,7 @@ export class Traces {
     this.lanes = 0;
     this.spacing = 1;
     this.labels = [];
+    this.written = [];
     this.chosen = -1;
     this.lost = [];
     this.step = 0;
@@ -29,7 +30,7 @@ export class Traces {
     for (let lane = 0; lane < lanes; ++lane) {
       series.push({
         stroke: () => color(lane === this.chosen ? "chosen" : "trace"),
-        width: 1, points: { show: false }, spanGaps: false,
+        width: this.widthOf(lane), points: { show: false }, spanGaps: false,
       });
     }
     this.plot = new uPlot({
@@ -46,8 +47,11 @@ export class Traces {
         axis({ values: (_, splits) => splits.map((value) => value.toFixed(3) + " s"), space: 90 }),
         axis({
           size: 70,
-          splits: () => this.labels.map((_, lane) => lane * this.spacing).filter((_, lane) => lane % this.every() === 0),
-          values: (_, splits) => splits.map((value) => this.labels[Math.round(value / this.spacing)]),
+          splits: () => this.labelled().map((lane) => lane * this.spacing),
+          values: (_, splits) => {
+            this.written = splits.map((value) => this.labelOf(Math.round(value / this.spacing)));
+            return this.written;
+          },
         }),
       ],
       hooks: { draw: [(plot) => this.drawLost(plot)] },
@@ -61,10 +65,16 @@ export class Traces {
     fit(this.plot, this.place);
   }
 
-  // So many labels that they do not touch.
-  every() {
+  // So many lanes that their labels do not touch; that of the chosen one takes the place of those beside it.
+  labelled() {
     const height = (this.place.clientHeight || 400) / Math.max(this.lanes, 1);
-    return Math.max(1, Math.ceil(18 / height));
+    const every = Math.max(1, Math.ceil(18 / height));
+    return this.labels.map((_, lane) => lane).filter((lane) =>
+      lane === this.chosen || (lane % every === 0 && (this.chosen < 0 || Math.abs(lane - this.chosen) >= every)));
+  }
+
+  labelOf(lane) {
+    return (lane === this.chosen ? "► " : "") + this.labels[lane];
   }
 
   // `factors` make a lane's values fit the others'.
@@ -94,8 +104,22 @@ export class Traces {
     if (block.rows !== this.lanes) {
       this.build(block.rows);
     } else {
+      this.thicken();
       this.plot.setData(this.data);
+      // The labels too, which a plot leaves alone as long as it shows the same time.
+      this.plot.redraw(false, true);
     }
+  }
+
+  widthOf(lane) {
+    return lane === this.chosen ? 2.5 : 1;
+  }
+
+  // A plot asks for the width of a line once, when it is built.
+  thicken() {
+    this.plot.series.slice(1).forEach((series, lane) => {
+      series.width = this.widthOf(lane);
+    });
   }
 
   // What the plot holds, in its units: of each lane the lowest and the highest of each column in turn.
@@ -104,6 +128,8 @@ export class Traces {
     return {
       times: Array.from(times),
       labels: this.labels,
+      written: this.written, // beside the lanes
+      widths: this.plot.series.slice(1).map((series) => series.width),
       lanes: lanes.map((lane, i) =>
         Array.from(lane, (value) => (value === null ? null : (value - i * this.spacing) / this.factors[i]))),
       lost: Array.from(this.lost),
