@@ -1,5 +1,6 @@
 # Who gets the page and the data of orbe-view, and who does not; and that whatever is sent to it leaves the others
 # alone. Arguments: orbe-view, orbe-recording.
+import json
 import os
 import subprocess
 import sys
@@ -54,7 +55,18 @@ class Security(unittest.TestCase):
         self.assertIn("MIT License", self.status(view, "/uplot/LICENSE.txt")[1])
         for target in ["/../view.css", "/etc/passwd", "//", "/view.css/", "/%2e%2e/", "/data"]:
             self.assertEqual(self.status(view, target), (404, "There is no such file.\n"), target)
-        self.assertEqual(self.status(view, method="HEAD"), (200, ""))
+        # To HEAD goes no body, whatever the answer, or what follows on the connection is taken for something else.
+        wrong = f"127.0.0.1:{view.port + 1}"
+        for target, host, status in [("/", None, 200), ("/none", None, 404), ("/", wrong, 421)]:
+            self.assertEqual(self.status(view, target, host, method="HEAD"), (status, ""), target)
+        self.assertEqual(self.status(self.view("--listen", "127.0.0.1"), method="HEAD"), (403, ""))
+        with view.connect() as connection:
+            head = f" HTTP/1.1\r\nHost: 127.0.0.1:{view.port}\r\n"
+            connection.sendall(f"HEAD /none{head}\r\nGET /icon.svg{head}Connection: close\r\n\r\n".encode())
+            first, second = read_all(connection).split(b"\r\n\r\n", 1)
+        self.assertTrue(first.startswith(b"HTTP/1.1 404 "), first)
+        self.assertIn(b"\r\nContent-Length: 23", first)
+        self.assertTrue(second.startswith(b"HTTP/1.1 200 "), second)
         self.assertEqual(self.status(view, method="POST"), (405, "orbe-view answers GET and HEAD.\n"))
         self.assertEqual(self.status(view, method="DELETE")[0], 405)
 
@@ -146,6 +158,12 @@ class Security(unittest.TestCase):
             page.send(payload)
             self.assertEqual(page.end(), (1008, "orbe-view does not understand: " + reason))
             page.close()
+        # A reason that is too long for the end of a connection ends with a whole character. Behind the 32 bytes of
+        # the beginning 91 are left, of which the last one has no room for two.
+        page = Page(view)
+        page.send(json.dumps({"é" * 100: True}, ensure_ascii=False).encode())
+        self.assertEqual(page.end(), (1008, "orbe-view does not understand: '" + "é" * 45))
+        page.close()
         page = Page(view)
         page.send(b"\x01\x02\x03", kind=2)
         self.assertEqual(page.end(), (1008, "orbe-view takes text"))

@@ -30,6 +30,7 @@ Http_Session::Http_Session(boost::asio::ip::tcp::socket socket, Server_State& st
 
 void Http_Session::read() {
     m_parser.emplace();
+    m_is_head = false;
     m_parser->header_limit(most_header_bytes);
     m_stream.expires_after(patience);
     http::async_read(
@@ -56,6 +57,7 @@ void Http_Session::on_read(beast::error_code error) {
 }
 
 void Http_Session::on_request(const Request& request) {
+    m_is_head = request.method() == http::verb::head;
     const auto host = view_of(request[http::field::host]);
     const auto target = view_of(request.target());
     const std::string_view path = target.substr(0, target.find('?'));
@@ -67,7 +69,7 @@ void Http_Session::on_request(const Request& request) {
         open_page(request);
         return;
     }
-    if (request.method() != http::verb::get && request.method() != http::verb::head) {
+    if (request.method() != http::verb::get && !m_is_head) {
         refuse(Status::method_not_allowed, "orbe-view answers GET and HEAD.");
         return;
     }
@@ -78,8 +80,7 @@ void Http_Session::on_request(const Request& request) {
         refuse(Status::forbidden,
                "The address lacks the token that orbe-view has printed, or has a wrong one.");
     } else {
-        send(Status::ok, file->type, std::string(file->content), request.keep_alive(),
-             request.method() == http::verb::head);
+        send(Status::ok, file->type, std::string(file->content), request.keep_alive());
     }
 }
 
@@ -107,8 +108,8 @@ void Http_Session::refuse(Status status, const std::string& reason) {
     send(status, plain_text, reason + "\n", false);
 }
 
-void Http_Session::send(Status status, std::string_view type, std::string body, bool keep_alive,
-                        bool head_only) {
+// To HEAD goes the head of the answer that GET would get, whatever it is.
+void Http_Session::send(Status status, std::string_view type, std::string body, bool keep_alive) {
     m_response.emplace(status, 11);
     m_response->set(http::field::server, "orbe-view");
     m_response->set(http::field::content_type, beast::string_view(type.data(), type.size()));
@@ -124,7 +125,7 @@ void Http_Session::send(Status status, std::string_view type, std::string body, 
     m_response->keep_alive(keep_alive);
     m_response->body() = std::move(body);
     m_response->prepare_payload();
-    if (head_only) {
+    if (m_is_head) {
         m_response->body().clear();
     }
     m_stream.expires_after(patience);

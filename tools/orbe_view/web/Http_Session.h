@@ -35,8 +35,7 @@ private:
     void on_read(boost::beast::error_code error);
     void on_request(const Request& request);
     void open_page(const Request& request);
-    void send(Status status, std::string_view type, std::string body, bool keep_alive,
-              bool head_only = false);
+    void send(Status status, std::string_view type, std::string body, bool keep_alive);
     void refuse(Status status, const std::string& reason);
     void close();
     void read_away();
@@ -46,6 +45,7 @@ private:
     std::unique_ptr<Ticket_Office::Ticket> m_ticket;
     boost::beast::flat_buffer m_buffer;
     std::optional<boost::beast::http::request_parser<boost::beast::http::empty_body>> m_parser;
+    bool m_is_head = false; // what is asked, as far as that is understood
     std::optional<Response> m_response;
 };
 

@@ -1,5 +1,7 @@
 #include "web/Page_Session.h"
 
+#include "web/Close_Reason.h"
+
 #include <boost/asio/buffer.hpp>
 #include <boost/asio/post.hpp>
 
@@ -134,10 +136,9 @@ void Page_Session::write_complaint() {
 }
 
 void Page_Session::close(websocket::close_code code, const std::string& reason) {
-    constexpr std::size_t most_reason_bytes = 120;
     m_is_open = false;
     m_state.pages.page_left(shared_from_this());
-    m_stream.async_close(websocket::close_reason(code, reason.substr(0, most_reason_bytes)),
+    m_stream.async_close(websocket::close_reason(code, close_reason_of(reason)),
                          [self = shared_from_this()](beast::error_code) {});
 }
 
