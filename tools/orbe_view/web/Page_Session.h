@@ -1,6 +1,6 @@
 // Program orbe-view, web. One connected page, over a WebSocket: what it says goes to whoever looks after the
-// pages, and the latest picture goes out when the one before it has gone. On the server's thread, but for
-// what other threads hand over; nothing waits.
+// pages, and the latest picture goes out when the system has taken the one before it. On the server's
+// thread, but for what other threads hand over; nothing waits.
 #pragma once
 
 #include "web/Server_State.h"
