@@ -3,6 +3,7 @@ import { Health, quantities } from "./health.js";
 import { listen } from "./keys.js";
 import { Link } from "./link.js";
 import { seconds } from "./look.js";
+import { Notices } from "./notices.js";
 import { Probe_Map } from "./probe_map.js";
 import { save } from "./saving.js";
 import { Spectrum } from "./spectrum.js";
@@ -47,24 +48,21 @@ const traces = new Traces(element("traces"), {
 const map = new Probe_Map(element("map"), (channel) => choose(channel, true));
 const spectrum = new Spectrum(element("spectrum"), element("spectrum-title"));
 const healthView = new Health(element("history"), element("states"), element("quantity"));
+const notices = new Notices(element("notice"), element("put-away"));
 const timeBar = new Time_Bar(element("timebar"), element("damage"), (second) => jump(second));
 
 // ---- What the program is told.
 
 const link = new Link({
   seen: (picture) => (picture.head.introduction ? introduce(picture.head.introduction) : take(picture)),
-  told: (text) => notice(text),
+  told: (text) => notices.tell("answer", text),
   changed: (isOpen, reason) => {
-    notice(isOpen ? "" : `No connection to orbe-view${reason ? ": " + reason : ""}`);
+    notices.tell("connection", isOpen ? "" : `No connection to orbe-view${reason ? ": " + reason : ""}`);
     if (isOpen) {
       ask();
     }
   },
 });
-
-function notice(text) {
-  element("notice").textContent = text;
-}
 
 function ask() {
   view.columns = Math.min(2000, Math.max(100, Math.round(element("traces").clientWidth) || 1000));
@@ -261,9 +259,7 @@ function take(picture) {
   if (head.spectrum) {
     spectrum.show(head.spectrum, blocks.spectrum, view.end === null && healthView.hasStopped(head.spectrum.port));
   }
-  if (head.problem || status.problem) {
-    notice(status.problem);
-  }
+  notices.tell("problem", status.problem);
   draw();
   timeBar.show({
     length: status.length, known: status.known, damage: head.damage,
@@ -393,6 +389,7 @@ listen([
   { names: ["s"], does: "Save the picture", act: savePicture },
   { names: ["t"], does: "Light or dark", act: changeTheme },
   { names: ["c"], does: "Stop or start the streams, where that is allowed", act: changeStreams },
+  { names: ["x"], does: "Put the notice at the top away", act: () => notices.clear() },
   { names: ["?"], does: "This list", act: () => element("keys").showModal() },
 ], element("key-table"));
 const dark = matchMedia("(prefers-color-scheme: dark)");
