@@ -592,7 +592,7 @@ class Browser(unittest.TestCase):
 
     def test_keys(self):
         self.open("--simulation", self.recording)
-        self.wait("orbeView.status().position > 0.8", True)
+        self.wait("orbeView.status().position > 1.6", True)
         self.press(" ")
         self.wait("orbeView.view().paused", True)
         held = self.run_script("orbeView.view().end")
@@ -635,6 +635,85 @@ class Browser(unittest.TestCase):
             time.sleep(0.05)
         with open(os.path.join(self.folder.name, saved[0]), "rb") as file:
             self.assertEqual(file.read(8), b"\x89PNG\r\n\x1a\n")
+
+    def test_picture_stays_as_long_as_it_is_held(self):
+        recording = os.path.join(self.folder.name, "longer.bin")
+        make_recording(RECORDING, recording, "--seconds", "9", "--ports", "1", "--no-rhd", "--signal", "ramp")
+        self.open("--simulation", recording)
+        self.choose("window", 0.01)
+        self.wait("orbeView.traces()?.seconds === 0.01 && orbeView.status().position > 0.7 && orbeView.spectrum().peak > 0", True)
+        self.press(" ")
+        self.wait("orbeView.view().paused", True)
+        held = self.run_script("orbeView.view().end")
+        shown = self.run_script("orbeView.traces()")
+        # At once, and what is shown already.
+        self.assertLess(abs(shown["times"][0] + 0.01 - held), 1 / 30000)
+        self.wait(f"orbeView.spectrum().of.end === {held}", True)
+        spectrum = self.run_script("orbeView.spectrum()")
+        self.assertGreater(len(spectrum["values"]), 100)
+
+        # Until the program has no sample of it any more.
+        self.wait(f"orbeView.status().position > {held} + 2.2", True)
+        self.assertEqual(self.run_script("orbeView.traces()"), shown)
+        self.assertEqual(self.run_script("orbeView.spectrum()"), spectrum)
+        lanes = shown["lanes"]
+        for place in range(0, 600, 2): # sample by sample
+            self.assertEqual(lanes[3][place], lanes[3][place + 1])
+            self.assertAlmostEqual((lanes[3][place] - lanes[0][place]) / AP_UV % 1024, 3, 2)
+        # Another width of the page, or another channel of it, changes nothing.
+        self.press("]]")
+        self.driver.set_window_size(1000, 800)
+        self.addCleanup(self.driver.set_window_size, 1200, 800)
+        pictures = self.run_script("orbeView.pictures()")
+        self.wait(f"orbeView.pictures() > {pictures} + 10", True)
+        self.assertEqual(self.run_script("[orbeView.view().selected, orbeView.traces().lanes]"), [2, lanes])
+
+        # What is asked for besides is shown as it is remembered, and stays as well.
+        self.choose("window", 0.5)
+        self.wait("orbeView.traces().seconds", 0.5)
+        wide = self.run_script("orbeView.traces()")
+        self.assertAlmostEqual(wide["times"][-1], held, delta=0.01)
+        self.press("l")
+        self.wait("orbeView.traces().stream", "lfp")
+        self.assertEqual(self.run_script("orbeView.traces().lanes.flat().filter((value) => value === null).length"), 0)
+        # Back as far as there is anything, in whole windows, and no further.
+        self.press(Keys.HOME)
+        self.wait("orbeView.view().end", 0.5)
+        self.wait("orbeView.traces().end", 0.5)
+        first = self.run_script("orbeView.traces()")
+        self.assertAlmostEqual(first["times"][0], 0, delta=2 * first["step"])
+        self.assertEqual([value for lane in first["lanes"] for value in lane[2:] if value is None], [])
+        text = "document.getElementById('notice').textContent"
+        self.assertEqual(self.run_script(text), "")
+        self.press(Keys.ARROW_LEFT)
+        self.wait(text, "Nothing is remembered of the time before 0.000 s")
+        self.assertEqual(self.run_script("orbeView.view().end"), 0.5)
+        self.press(Keys.ARROW_RIGHT)
+        self.wait("orbeView.traces().end", 0.75)
+        self.assertEqual(self.run_script(text), "")
+        self.press(Keys.END)
+        self.wait("orbeView.view().paused", False)
+        self.wait("orbeView.traces().end === null && orbeView.traces().times[0] > 2", True)
+
+    def test_steps_lead_to_what_is_remembered(self):
+        self.open(self.recording)
+        steps = [ # end, by, window, now, remembered from; where that leads
+            (100, -0.5, 1, 100, 68, 99.5), # as told
+            (100, -30, 1, 100, 68, 71), # a whole window, and nothing that is forgotten before it comes
+            (100, -30, 20, 100, 68, 90), # however long it is
+            (100, -30, 30, 100, 68, 100), # it shows all there is
+            (5, -30, 1, 5, 0, 1), # there is no more
+            (0.4, -0.5, 1, 0.4, 0, 0.4),
+            (100, -30, 1, 100, 97, 98), # it begins there
+            (96, -0.5, 1, 140, 108, 96), # held, and all before it is forgotten: stays
+            (96, 0.5, 1, 140, 108, 111), # the first that is still there
+            (120, 0.5, 1, 140, 108, 120.5),
+            (139.8, 0.5, 1, 140, 108, 140), # now
+        ]
+        got = self.run_module(f"""const {{ stepped }} = await import("./holding.js");
+            return {json.dumps(steps)}.map(([end, by, seconds, position, remembered]) =>
+                stepped({{ end, by, seconds, position, remembered, longest: 30 }}));""")
+        self.assertEqual(got, [step[-1] for step in steps])
 
     def test_streams_are_stopped_and_started_where_that_is_allowed(self):
         self.open("--simulation", self.recording, "--control")

@@ -44,6 +44,31 @@ TEST(Picture_Maker, TellsSumsOfMoreLinesThanAreRemembered) {
             unknown_sums, {2.0, nullptr, 500.0, nullptr, true}, unknown_sums, unknown_sums, unknown_sums}));
 }
 
+// By these a page knows which of its wishes it sees, and how far back it can go.
+TEST(Picture_Maker, TellsWhatIsShownAndWhatIsRemembered) {
+    Made_Source source;
+    const std::vector<std::int16_t> rows(recorder::channel_count * 600);
+    source.m_histories.probe(0).append(Band::ap, 30'000, rows);
+    source.m_histories.probe(0).append(Band::lfp, 2'500, rows);
+    source.m_status.position = 30'600;
+    Picture_Maker maker(source, false);
+    View_Request request;
+    request.seconds = 0.01;
+    for (const Shown_Stream stream : {Shown_Stream::ap, Shown_Stream::lfp, Shown_Stream::adc}) {
+        request.stream = stream;
+        request.end = std::nullopt;
+        const auto now = head_of(maker.make(request, 0, true));
+        EXPECT_EQ(now.at("traces").at("end"), nullptr);
+        EXPECT_EQ(now.at("spectrum").at("end"), nullptr);
+        EXPECT_EQ(now.at("traces").at("seconds"), 0.01);
+        EXPECT_EQ(now.at("traces").at("remembered"), stream == Shown_Stream::adc ? 0.0 : 1.0);
+        request.end = 1.0123456789;
+        const auto held = head_of(maker.make(request, 1, true));
+        EXPECT_EQ(held.at("traces").at("end"), 1.0123456789);
+        EXPECT_EQ(held.at("spectrum").at("end"), 1.0123456789);
+    }
+}
+
 } // namespace
 
 } // namespace Pelgar::ORBE::view

@@ -1,5 +1,6 @@
 // The page: what is to be seen, what the controls and keys change about it, and what a picture goes to.
 import { Health, quantities } from "./health.js";
+import { isOf, stepped } from "./holding.js";
 import { listen } from "./keys.js";
 import { Link } from "./link.js";
 import { seconds } from "./look.js";
@@ -23,7 +24,8 @@ const view = { stream: "ap", port: 1, first: 0, count: 16, selected: 0, seconds:
 let scale = 500;
 let introduction = null;
 let status = null;
-let last = null; // picture with traces
+let last = null; // picture with traces that is shown
+let remembered = 0; // the first second of the stream that the program can still show
 let channels = null; // { port, rms, spikes }
 let health = [];
 const arrivals = [];
@@ -133,29 +135,55 @@ function pause(pauses) {
   if (status === null) {
     return;
   }
+  notices.tell("memory", "");
   if (introduction.can_jump) {
     view.end = pauses ? view.end : null;
     link.say({ plays: !pauses });
-  } else {
-    view.end = pauses ? status.position : null;
+  } else if (!pauses) {
+    view.end = null;
+  } else if (view.end === null) {
+    hold();
   }
   ask();
 }
 
-// By so many seconds; a recording that no longer remembers jumps.
+// What is shown stays.
+function hold() {
+  const isShown = isOf(last, view);
+  view.end = isShown ? last.head.status.position : status.position;
+  if (isShown) {
+    last.head.traces.end = view.end;
+  }
+}
+
+// By so many seconds: a recording jumps, of anything else a window is shown that is still remembered.
 function move(by) {
   if (status === null) {
     return;
   }
-  const end = Math.max((view.end ?? status.position) + by, 0);
+  notices.tell("memory", "");
+  const { position } = status;
+  const before = view.end ?? position;
   if (introduction.can_jump) {
-    jump(end, false);
-  } else if (end >= status.position) {
+    jump(before + by, false);
+    return;
+  }
+  const end = stepped({ end: before, by, seconds: view.seconds, position, remembered, longest });
+  if (by > 0 && end >= position) {
     pause(false);
-  } else {
-    view.end = Math.max(end, status.position - longest);
+    return;
+  }
+  if (end !== before) {
+    view.end = end;
     ask();
   }
+  if (by < 0 ? end === before : end > before + by) {
+    tellMemory(Math.max(position - longest, remembered));
+  }
+}
+
+function tellMemory(begin) {
+  notices.tell("memory", `Nothing is remembered of the time before ${seconds(begin)}`);
 }
 
 function latest() {
@@ -244,9 +272,7 @@ function take(picture) {
   }
   const { head, blocks } = picture;
   status = head.status;
-  if (head.traces && head.traces.stream === view.stream) {
-    last = picture;
-  }
+  takeTraces(picture);
   if (head.channels?.port === view.port) {
     channels = { port: view.port, rms: blocks.rms.values.slice(), spikes: blocks.spikes.values.slice() };
     showMap();
@@ -256,7 +282,7 @@ function take(picture) {
     healthView.show(health, head.health_sums);
     showMap();
   }
-  if (head.spectrum) {
+  if (head.spectrum && (view.end === null || (head.spectrum.end === view.end && !spectrum.isOf(head.spectrum)))) {
     spectrum.show(head.spectrum, blocks.spectrum, view.end === null && healthView.hasStopped(head.spectrum.port));
   }
   notices.tell("problem", status.problem);
@@ -266,6 +292,23 @@ function take(picture) {
     begin: last?.head.traces.begin ?? status.position, end: status.position,
   });
   showTime();
+}
+
+// Held at a time, the first picture of it is kept: the program forgets what is in it.
+function takeTraces(picture) {
+  const { traces } = picture.head;
+  if (traces?.stream !== view.stream) {
+    return;
+  }
+  remembered = traces.remembered;
+  if (view.end === null) {
+    last = picture;
+  } else if (isOf(picture, view) && !isOf(last, view)) {
+    last = picture;
+    if (traces.begin + traces.step < remembered) {
+      tellMemory(remembered);
+    }
+  }
 }
 
 // ---- How it looks.

@@ -26,7 +26,9 @@ export class Spectrum {
   }
 
   // `isSilent`: nothing comes any more, and what came last is no state of now.
-  show({ port, stream, channel, step }, block, isSilent = false) {
+  show(head, block, isSilent = false) {
+    this.head = head;
+    const { port, stream, channel, step } = head;
     // The mean is not a part of it, and a logarithm has no zero.
     const frequencies = [];
     const values = [];
@@ -46,7 +48,12 @@ export class Spectrum {
       : `Spectrum: ${where}; highest at ${this.peak.toFixed(0)} Hz, ${values[peak].toPrecision(3)} µV/√Hz`;
   }
 
+  // Whether the one that is shown is of the same.
+  isOf({ port, stream, channel, end }) {
+    return this.head?.port === port && this.head.stream === stream && this.head.channel === channel && this.head.end === end;
+  }
+
   plotted() {
-    return { frequencies: Array.from(this.plot.data[0]), values: Array.from(this.plot.data[1]), peak: this.peak };
+    return { frequencies: Array.from(this.plot.data[0]), values: Array.from(this.plot.data[1]), peak: this.peak, of: this.head };
   }
 }

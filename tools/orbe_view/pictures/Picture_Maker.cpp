@@ -26,6 +26,11 @@ json health_json(const Health& health) {
     return {{"seconds", health.seconds}, {"streams", streams}};
 }
 
+// So that a page knows which of its wishes it sees.
+json end_json(const View_Request& request) {
+    return request.end ? json(*request.end) : json();
+}
+
 // Of a channel that is not in the recording, no number: its values are none either.
 float scale_or_none(const Probe_History& probe, Band band, std::size_t channel) {
     return probe.has(channel) ? probe.scale(band, channel) : std::nanf("");
@@ -160,6 +165,9 @@ void Picture_Maker::add_probe_traces(Blocks& blocks, const Probe_History& probe,
                                {"first", request.first_channel},
                                {"begin", static_cast<double>(columns.begin) * seconds},
                                {"step", static_cast<double>(columns.step) * seconds},
+                               {"seconds", request.seconds},
+                               {"end", end_json(request)},
+                               {"remembered", static_cast<double>(stream.begin()) * seconds},
                                {"lost", reading.lost_samples()}};
     add_lanes(blocks, stream, columns, request.first_channel, scales);
 }
@@ -177,6 +185,9 @@ void Picture_Maker::add_adc_traces(Blocks& blocks, const ADC_History& adc, const
                                {"first", 0},
                                {"begin", static_cast<double>(columns.begin) / rate},
                                {"step", static_cast<double>(columns.step) / rate},
+                               {"seconds", request.seconds},
+                               {"end", end_json(request)},
+                               {"remembered", static_cast<double>(stream.begin()) / rate},
                                {"lost", reading.lost_samples()}};
     add_lanes(blocks, stream, columns, 0, scales);
 }
@@ -234,6 +245,7 @@ void Picture_Maker::add_spectrum(Blocks& blocks, const Probe_History& probe, con
     blocks.head()["spectrum"] = {{"port", request.port},
                                  {"stream", is_lfp ? "lfp" : "ap"},
                                  {"channel", request.selected},
+                                 {"end", end_json(request)},
                                  {"step", band_rate / static_cast<double>(spectrum.length())}};
     blocks.add("spectrum", 1, density);
 }
