@@ -15,9 +15,11 @@ import unittest
 
 from selenium.webdriver.common.action_chains import ActionChains
 from selenium.webdriver.common.by import By
+from selenium.webdriver.common.actions.wheel_input import ScrollOrigin
 from selenium.webdriver.common.keys import Keys
 
 from browser import start_browser
+from made_inputs import adc_counts, ttl, ttl_change
 from view_program import PATIENCE, View, make_recording
 
 VIEW, RECORDING, RECORD, CHROMIUM, DRIVER = sys.argv[1:6]
@@ -177,14 +179,21 @@ class Browser(unittest.TestCase):
         self.press("d")
         shown = self.traces(0, 12, 0.01)
         self.assertEqual(shown["labels"], [f"ADC {i}" for i in range(8)] + [f"TTL {i}" for i in range(1, 5)])
-        # Every other input rises by as much with every sample, and wraps.
-        for lane in range(0, 8, 2):
-            counts = [value * 32768 / 5 for value in shown["lanes"][lane][2:-2:2]]
-            steps = {round(after - before) % 65536 for before, after in zip(counts, counts[1:])}
-            self.assertEqual(len(steps), 1, lane)
-            self.assertTrue(1 <= steps.pop() <= 64)
-        for lane in range(8, 12):
-            self.assertLessEqual({value for value in shown["lanes"][lane] if value is not None}, {0, 1})
+        for line in range(4):
+            # Where the line changes, in the middle of the window.
+            change = ttl_change(line, 25000)
+            self.hold_at((change + 150) / 30000)
+            shown = self.traces(0, 12, 0.01)
+            samples = [round(time * 30000) for time in shown["times"][::2]]
+            self.assertEqual(samples, list(range(change - 150, change + 150)))
+            for lane in range(0, 8, 2):
+                for sample, value in zip(samples, shown["lanes"][lane][::2]):
+                    self.assertAlmostEqual(value * 32768 / 5, adc_counts(lane, sample), 2)
+            for lane in range(4):
+                expected = [ttl(lane, sample) for sample in samples]
+                self.assertEqual(shown["lanes"][8 + lane][::2], expected, (line, lane))
+                self.assertEqual(shown["lanes"][8 + lane][1::2], expected, (line, lane))
+            self.assertEqual(set(shown["lanes"][8 + line]), {0, 1})
 
     def test_channels_along_the_probe(self):
         self.open(self.recording)
@@ -315,7 +324,11 @@ class Browser(unittest.TestCase):
             })), [[0, 12, 3, 1024], [null, null, null, null], [null, null, null, null], [null, null, null, null], [2, null, null, 0]]);
             const cells = (row) => Array.from(table.rows[row].cells, (cell) =>
                 (cell.classList.contains("bad") ? "! " : "") + cell.textContent);
-            return [cells(1), cells(2), cells(5), health.plot.data];""")
+            const rates = health.plot.data;
+            health.select.value = "5";
+            health.select.dispatchEvent(new Event("change"));
+            return [cells(1), cells(2), cells(5), rates, health.plot.data];""")
+        self.assertEqual(got[4], [[119.5, 120], [2, 2], [None] * 2, [None] * 2, [None] * 2, [0, 0]]) # per cent
         self.assertEqual(got[0], ["Port 1", "30,000", "0", "! 12", "! 3", "! 1,024", "2 %", "locked"])
         self.assertEqual(got[1], ["Port 2", "–", "–", "–", "–", "–", "–", "–"])
         self.assertEqual(got[2], ["ADC", "29,000", "! 2", "–", "–", "0", "0 %", "–"])
@@ -714,6 +727,82 @@ class Browser(unittest.TestCase):
             return {json.dumps(steps)}.map(([end, by, seconds, position, remembered]) =>
                 stepped({{ end, by, seconds, position, remembered, longest: 30 }}));""")
         self.assertEqual(got, [step[-1] for step in steps])
+
+    def test_mouse_on_the_traces(self):
+        self.open(self.recording)
+        self.hold_at(1.25)
+        self.traces(100, 16, 0.05)
+        traces = self.driver.find_element(By.ID, "traces")
+
+        def turn(by, key=None):
+            wheel = ActionChains(self.driver)
+            if key:
+                wheel.key_down(key)
+            wheel.scroll_from_origin(ScrollOrigin.from_element(traces), 0, by)
+            if key:
+                wheel.key_up(key)
+            wheel.perform()
+
+        ratio = "devicePixelRatio"
+        before = self.run_script(ratio)
+        # Up is away from the tip, by a quarter of what is shown.
+        turn(-120)
+        self.wait("orbeView.traces().first", 104)
+        turn(120)
+        turn(120)
+        self.wait("orbeView.traces().first", 96)
+        for key, what, values in [(Keys.SHIFT, "scale", (200, 500)), (Keys.CONTROL, "seconds", (0.02, 0.05))]:
+            turn(-120, key)
+            self.wait(f"orbeView.view().{what}", values[0])
+            turn(120, key)
+            self.wait(f"orbeView.view().{what}", values[1])
+            self.assertEqual(self.run_script("orbeView.view().first"), 96)
+        self.assertEqual(self.run_script(ratio), before) # the browser's own use of Ctrl and the wheel
+        # A click on a lane chooses its channel.
+        for lane in (3, 11):
+            x, y = self.run_script(f"""(() => {{
+                const over = document.querySelector('#traces .u-over').getBoundingClientRect();
+                // The lowest lane is in the middle of 0.7 lanes from below, 16.4 lanes are as high as the plot.
+                return [over.left + over.width / 2, over.bottom - (0.7 + {lane}) / 16.4 * over.height];
+            }})()""")
+            mouse = ActionChains(self.driver)
+            mouse.w3c_actions.pointer_action.move_to_location(round(x), round(y))
+            mouse.w3c_actions.pointer_action.click()
+            mouse.perform()
+            self.wait("orbeView.view().selected", 96 + lane)
+            self.wait(f"orbeView.traces().written.includes('► {96 + lane}')", True)
+            self.wait("orbeView.spectrum().of.channel", 96 + lane)
+        self.assertEqual(self.run_script("orbeView.view().first"), 96)
+
+    def test_click_on_the_time_bar_and_home(self):
+        self.open(self.recording)
+        self.hold_at(2.0)
+        bar = self.driver.find_element(By.ID, "timebar")
+        size = bar.size
+        for part in (0.25, 0.75):
+            ActionChains(self.driver).move_to_element_with_offset(bar, round((part - 0.5) * size["width"]), 0).click().perform()
+            self.wait(f"Math.abs(orbeView.status().position - {part * 2.2}) <= 2.2 * 2 / {size['width']}", True)
+            self.wait("Math.abs(orbeView.traces().times.at(-1) - orbeView.status().position) < 0.01", True)
+            self.assertTrue(self.run_script("orbeView.view().paused")) # it stays there
+        # By 30 s, or to the beginning.
+        self.press(Keys.HOME)
+        self.wait("orbeView.status().position", 0)
+        self.press(" ")
+        self.wait("!orbeView.view().paused && orbeView.status().position > 0.1", True)
+        ActionChains(self.driver).move_to_element_with_offset(bar, round(0.25 * size["width"]), 0).click().perform()
+        self.wait("orbeView.status().position > 1.7", True) # and goes on from there
+        self.assertFalse(self.run_script("orbeView.view().paused"))
+
+    def test_history_of_the_queues(self):
+        self.open("--simulation", self.recording)
+        self.press("qqqqq")
+        self.wait("document.getElementById('quantity').selectedOptions[0].text", "Queue, per cent full")
+        self.wait("orbeView.health().lines.length > 2", True)
+        lines, plotted = self.run_script("[orbeView.health().lines, orbeView.health().plotted]")
+        for stream in (0, 2, 4): # those that there are
+            self.assertEqual(plotted[stream], [line["streams"][stream][5] * 100 for line in lines])
+        for stream in (1, 3):
+            self.assertEqual(set(plotted[stream]), {None})
 
     def test_streams_are_stopped_and_started_where_that_is_allowed(self):
         self.open("--simulation", self.recording, "--control")

@@ -7,6 +7,7 @@ import tempfile
 import time
 import unittest
 
+from made_inputs import TTL_LINES, adc_counts, ttl
 from view_program import PATIENCE, Page, View, make_recording
 
 VIEW, RECORDING, BOX_VIEW = sys.argv[1:4]
@@ -65,6 +66,22 @@ class Health(unittest.TestCase):
                 return head, lowest
             self.assertLess(time.monotonic(), end, "there is always something missing")
 
+    def frames_of(self, page, wanted):
+        """Pictures of the ADC and the TTL inputs, sample by sample: the number of the first one, and each lane's values
+        one behind the other, for as long as they are wanted."""
+        page.say({"view": {"stream": "adc", "seconds": 0.06, "columns": 2000}})
+        end = time.monotonic() + PATIENCE
+        last = -1
+        while wanted():
+            self.assertLess(time.monotonic(), end)
+            head, blocks = page.picture(lambda each: each.get("traces", {}).get("seconds") == 0.06)
+            first = round(head["traces"]["begin"] * 30000)
+            lowest, highest = blocks["traces"][0::2], blocks["traces"][1::2]
+            if first > last and len(lowest) == 12 * 1800 and not any(map(math.isnan, lowest)):
+                self.assertEqual(lowest, highest)
+                yield first, [lowest[lane * 1800:(lane + 1) * 1800] for lane in range(12)]
+                last = first + 1800
+
     def sums(self, lines, stream):
         return [sum(line["streams"][stream][quantity] for line in lines)
                 for quantity in (ROW_GAPS, FRAME_GAPS, WRONG_TAGS)]
@@ -118,6 +135,39 @@ class Health(unittest.TestCase):
         for port in (0, 1, 3):
             self.assertEqual({line["streams"][port][LINK] for line in lines}, {1})
 
+    def test_ttl_lines_of_the_box(self):
+        _, page = self.open(BOX_VIEW, "--box")
+        seen = [set() for _ in range(TTL_LINES)]
+        for first, lanes in self.frames_of(page, lambda: any(levels != {0, 1} for levels in seen)):
+            counts = [[round(value * 32768 / 5) for value in lane] for lane in lanes[:8:2]]
+            for place in range(0, 1800, 100):
+                self.assertEqual([lane[place] for lane in counts], [adc_counts(each, first + place) for each in (0, 2, 4, 6)])
+            for line in range(TTL_LINES):
+                self.assertEqual(lanes[8 + line], [ttl(line, first + place) for place in range(1800)])
+                seen[line] |= set(lanes[8 + line])
+
+    def test_box_is_left_alone_unless_that_is_allowed(self):
+        _, page = self.open(BOX_VIEW, "--box")
+        head, _ = page.picture(lambda each: each.get("status", {}).get("position", 0) > 0.2)
+        positions = [head["status"]["position"]]
+
+        # Time goes on from where it was, and never begins anew.
+        def goes_on(head):
+            self.assertTrue(head["status"]["streams"])
+            self.assertGreaterEqual(head["status"]["position"], positions[-1])
+            positions.append(head["status"]["position"])
+            return positions[-1] > asked_at + 0.3
+
+        for streams in (False, True, False):
+            page.say({"streams": streams})
+            self.assertEqual(page.answer(), "The box is not changed from here: orbe-view was started without --control.")
+            asked_at = positions[-1]
+            page.picture(goes_on)
+        lines = self.behind(page, positions[-1])
+        for line in lines:
+            for stream in range(5):
+                self.assertGreater(line["streams"][stream][RATE], 0)
+
     def test_simulation(self):
         with tempfile.TemporaryDirectory() as folder:
             recording = os.path.join(folder, "damaged.bin")
@@ -130,6 +180,10 @@ class Health(unittest.TestCase):
             self.assertEqual(self.sums(lines, 2), [0, 0, 0])
             self.assertEqual(sum(line["streams"][ADC][ROW_GAPS] for line in lines), 1)
             self.assertEqual([lines[0]["streams"][port][LINK] for port in range(4)], [1, 0, 1, 0])
+            for line in lines:
+                fills = [stream[QUEUE] for stream in line["streams"]]
+                self.assertEqual([fill is None for fill in fills], [False, True, False, True, False])
+                self.assertTrue(all(0 <= fill <= 1 for fill in fills if fill is not None), fills)
             self.assertEqual([lines[0]["streams"][port][ROW_GAPS] is None for port in range(4)], [False, True, False, True])
 
     def test_run_that_begins_anew_is_no_gap(self):

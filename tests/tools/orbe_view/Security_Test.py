@@ -197,18 +197,12 @@ class Security(unittest.TestCase):
     def test_nothing_changes_the_box_unless_that_is_allowed(self):
         page = Page(self.view())
         page.say({"streams": False})
-        while True:
-            kind, payload = page.receive()
-            if kind == 1:
-                break
-        self.assertEqual(payload.decode(),
-                         "The box is not changed from here: orbe-view was started without --control.")
+        self.assertEqual(page.answer(), "The box is not changed from here: orbe-view was started without --control.")
         self.assert_goes_on(page)
         page.close()
 
-    def test_too_many_connections_are_refused_and_the_others_go_on(self):
-        view = self.view()
-        good = Page(view)
+    def crowd(self, view):
+        """200 connections besides one, of which only some get an answer to what they ask."""
         others = [view.connect() for _ in range(200)]
         room = 48 - 1
         # Those that have room first: the server waits for their questions for 10 s.
@@ -221,10 +215,33 @@ class Security(unittest.TestCase):
             self.assertIn(b"Too many connections to orbe-view are open; close some pages.", answer)
         for connection in others[:room]:
             self.assertTrue(read_all(connection).startswith(b"HTTP/1.1 200 "))
-        self.assert_goes_on(good)
         for connection in others:
             connection.close()
+
+    def test_too_many_connections_are_refused_and_the_others_go_on(self):
+        view = self.view()
+        good = Page(view)
+        self.crowd(view)
+        self.assert_goes_on(good)
         good.close()
+
+    def test_what_streams_goes_on_whoever_comes(self):
+        recording = os.path.join(self.folder.name, "streaming.bin")
+        make_recording(RECORDING, recording, "--seconds", "5", "--ports", "1", "--no-rhd")
+        view = View(VIEW, "--simulation", recording)
+        self.addCleanup(self.end, view)
+        page = Page(view)
+        page.say({"view": {"count": 1, "columns": 100}}) # so short that they all find room on the way
+        head, _ = page.picture(lambda each: each.get("status", {}).get("position", 0) > 0.2)
+        before = head["status"]["position"]
+        self.crowd(view)
+        after = page.picture(lambda each: each["status"]["position"] > before + 1 and each.get("health"))[0]
+        self.assertTrue(after["status"]["streams"])
+        for line in after["health"]:
+            self.assertGreater(line["streams"][0][0], 0, "a rate")
+        self.assertEqual(after["health_sums"][0][:4], [0, 0, 0, 0])
+        self.assert_goes_on(page)
+        page.close()
 
     def test_too_many_pages_are_refused(self):
         view = self.view()

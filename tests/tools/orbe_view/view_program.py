@@ -157,25 +157,36 @@ class Page:
     def say(self, message):
         self.send(json.dumps(message).encode())
 
-    def picture(self, wanted=lambda head: "traces" in head):
-        """The next picture that is wanted."""
+    def picture(self, wanted=lambda head: "traces" in head, whole=lambda blocks: True):
+        """The next picture that is wanted, as soon as it is whole."""
         end = time.monotonic() + PATIENCE
         while time.monotonic() < end:
             kind, payload = self.receive()
             if kind == 2:
                 head, blocks = decode_picture(payload)
-                if wanted(head):
+                if wanted(head) and whole(blocks):
                     return head, blocks
             elif kind == 8:
                 raise AssertionError(f"the page was put out: {payload!r}")
         raise AssertionError("no such picture came")
 
+    def message(self, wanted_kind):
+        """The payload of the next message of that kind."""
+        end = time.monotonic() + PATIENCE
+        while time.monotonic() < end:
+            kind, payload = self.receive()
+            if kind == wanted_kind:
+                return payload
+        raise AssertionError(f"no message of kind {wanted_kind} came")
+
+    def answer(self):
+        """What the program says next about what the page has said."""
+        return self.message(1).decode()
+
     def end(self):
         """How the program has ended the connection: its code and its reason."""
-        while True:
-            kind, payload = self.receive()
-            if kind == 8:
-                return struct.unpack_from(">H", payload)[0], payload[2:].decode()
+        payload = self.message(8)
+        return struct.unpack_from(">H", payload)[0], payload[2:].decode()
 
     def close(self):
         self.socket.close()
