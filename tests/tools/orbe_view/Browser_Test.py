@@ -757,6 +757,10 @@ class Browser(unittest.TestCase):
             turn(120, key)
             self.wait(f"orbeView.view().{what}", values[1])
             self.assertEqual(self.run_script("orbeView.view().first"), 96)
+        # Where Shift turns the wheel sideways, as in browsers with a window.
+        self.run_script("""document.getElementById('traces').dispatchEvent(
+            new WheelEvent('wheel', { deltaX: 120, deltaY: 0, shiftKey: true }))""")
+        self.wait("orbeView.view().scale", 1000)
         self.assertEqual(self.run_script(ratio), before) # the browser's own use of Ctrl and the wheel
         # A click on a lane chooses its channel.
         for lane in (3, 11):

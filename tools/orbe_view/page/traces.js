@@ -17,7 +17,8 @@ export class Traces {
     this.choose = choose;
     place.addEventListener("wheel", (event) => {
       event.preventDefault();
-      wheel(Math.sign(event.deltaY), event);
+      // With Shift many browsers turn the wheel sideways.
+      wheel(Math.sign(event.deltaY || event.deltaX), event);
     }, { passive: false });
     this.build(0);
   }
