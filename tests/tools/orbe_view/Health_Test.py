@@ -4,11 +4,10 @@ import math
 import os
 import sys
 import tempfile
-import time
 import unittest
 
 from made_inputs import TTL_LINES, adc_counts, ttl
-from view_program import PATIENCE, Page, View, make_recording
+from view_program import Page, View, make_recording
 
 VIEW, RECORDING, BOX_VIEW = sys.argv[1:4]
 
@@ -35,18 +34,14 @@ class Health(unittest.TestCase):
 
     def lines(self, page, wanted):
         """The history of the health, as soon as it is as wanted."""
-        end = time.monotonic() + PATIENCE
-        while True:
-            head, _ = page.picture(lambda each: each.get("health"))
-            # As long as no line is forgotten.
-            self.assertLess(len(head["health"]), 240)
-            self.assertEqual(head["health_sums"], [
-                [self.sum_of_known(line["streams"][stream][quantity] for line in head["health"])
-                 for quantity in (ROW_GAPS, FRAME_GAPS, WRONG_TAGS, LOST)]
-                + [any(line["streams"][stream][RATE] for line in head["health"])] for stream in range(5)])
-            if wanted(head["health"]):
-                return head["health"]
-            self.assertLess(time.monotonic(), end, head["health"][-4:])
+        head, _ = page.picture(lambda each: each.get("health") and wanted(each["health"]))
+        # As long as no line is forgotten.
+        self.assertLess(len(head["health"]), 240)
+        self.assertEqual(head["health_sums"], [
+            [self.sum_of_known(line["streams"][stream][quantity] for line in head["health"])
+             for quantity in (ROW_GAPS, FRAME_GAPS, WRONG_TAGS, LOST)]
+            + [any(line["streams"][stream][RATE] for line in head["health"])] for stream in range(5)])
+        return head["health"]
 
     def sum_of_known(self, values):
         known = [value for value in values if value is not None]
@@ -57,30 +52,13 @@ class Health(unittest.TestCase):
 
     def whole_traces(self, page, first):
         """The lowest values of each column, once none is missing: one port may be a little behind another."""
-        end = time.monotonic() + PATIENCE
-        while True:
-            head, blocks = page.picture(
-                lambda each: each.get("traces", {}).get("first") == first and each["status"]["position"] > 0.1)
-            lowest = blocks["traces"][0::2]
-            if not any(map(math.isnan, lowest)):
-                return head, lowest
-            self.assertLess(time.monotonic(), end, "there is always something missing")
+        head, blocks = page.picture(
+            lambda each: each.get("traces", {}).get("first") == first and each["status"]["position"] > 0.1,
+            self.lacks_nothing)
+        return head, blocks["traces"][0::2]
 
-    def frames_of(self, page, wanted):
-        """Pictures of the ADC and the TTL inputs, sample by sample: the number of the first one, and each lane's values
-        one behind the other, for as long as they are wanted."""
-        page.say({"view": {"stream": "adc", "seconds": 0.06, "columns": 2000}})
-        end = time.monotonic() + PATIENCE
-        last = -1
-        while wanted():
-            self.assertLess(time.monotonic(), end)
-            head, blocks = page.picture(lambda each: each.get("traces", {}).get("seconds") == 0.06)
-            first = round(head["traces"]["begin"] * 30000)
-            lowest, highest = blocks["traces"][0::2], blocks["traces"][1::2]
-            if first > last and len(lowest) == 12 * 1800 and not any(map(math.isnan, lowest)):
-                self.assertEqual(lowest, highest)
-                yield first, [lowest[lane * 1800:(lane + 1) * 1800] for lane in range(12)]
-                last = first + 1800
+    def lacks_nothing(self, blocks):
+        return not any(map(math.isnan, blocks["traces"]))
 
     def sums(self, lines, stream):
         return [sum(line["streams"][stream][quantity] for line in lines)
@@ -137,14 +115,26 @@ class Health(unittest.TestCase):
 
     def test_ttl_lines_of_the_box(self):
         _, page = self.open(BOX_VIEW, "--box")
+        page.say({"view": {"stream": "adc", "seconds": 0.06, "columns": 2000}})
+        # Sample by sample, in stretches before and behind the frame that is lost, until each line has changed. In each
+        # stretch a line may do so three times.
+        stretch = 1800
         seen = [set() for _ in range(TTL_LINES)]
-        for first, lanes in self.frames_of(page, lambda: any(levels != {0, 1} for levels in seen)):
-            counts = [[round(value * 32768 / 5) for value in lane] for lane in lanes[:8:2]]
-            for place in range(0, 1800, 100):
-                self.assertEqual([lane[place] for lane in counts], [adc_counts(each, first + place) for each in (0, 2, 4, 6)])
+        for begin in range(0, 300_000, 7_000):
+            head, blocks = page.picture(
+                lambda each: each.get("traces", {}).get("seconds") == 0.06 and each["traces"]["begin"] * 30000 >= begin,
+                lambda blocks: len(blocks["lost"]) == stretch and self.lacks_nothing(blocks))
+            first = round(head["traces"]["begin"] * 30000)
+            lanes = [blocks["traces"][2 * stretch * lane:2 * stretch * (lane + 1):2] for lane in range(12)]
+            for place in range(0, stretch, 100):
+                self.assertEqual([round(lanes[each][place] * 32768 / 5) for each in (0, 2, 4, 6)],
+                                 [adc_counts(each, first + place) for each in (0, 2, 4, 6)])
             for line in range(TTL_LINES):
-                self.assertEqual(lanes[8 + line], [ttl(line, first + place) for place in range(1800)])
+                self.assertEqual(lanes[8 + line], [ttl(line, first + place) for place in range(stretch)])
                 seen[line] |= set(lanes[8 + line])
+            if begin > 50_000 and all(levels == {0, 1} for levels in seen):
+                break
+        self.assertEqual(seen, [{0, 1}] * TTL_LINES)
 
     def test_box_is_left_alone_unless_that_is_allowed(self):
         _, page = self.open(BOX_VIEW, "--box")

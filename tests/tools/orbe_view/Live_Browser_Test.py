@@ -2,12 +2,11 @@
 # Arguments: orbe-view, orbe-recording, orbe-view with the modelled box, chromium, chromedriver.
 import sys
 import tempfile
-import time
 import unittest
 
 from browser import start_browser
 from measure_pages import measure
-from view_program import PATIENCE, View
+from view_program import View, wait_until
 
 VIEW, RECORDING, BOX_VIEW, CHROMIUM, DRIVER = sys.argv[1:6]
 SECONDS = 3
@@ -89,10 +88,7 @@ class Live_Browser(unittest.TestCase):
         self.assertEqual(words > 20, is_silent, words)
 
     def wait(self, browser, condition):
-        end = time.monotonic() + PATIENCE
-        while not browser.execute_script(condition):
-            self.assertLess(time.monotonic(), end, condition)
-            time.sleep(0.05)
+        wait_until(lambda: browser.execute_script(condition), lambda: condition)
 
 
 if __name__ == "__main__":

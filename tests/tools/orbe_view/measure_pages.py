@@ -8,7 +8,7 @@ import tempfile
 import threading
 import time
 
-from view_program import PATIENCE, Page, View, make_recording
+from view_program import Page, View, make_recording, wait_until
 
 
 class Socket_Pages:
@@ -61,11 +61,7 @@ class Browser_Pages:
         self.wait(browsers[0], "return orbeView.traces().lanes.length === 96")
 
     def wait(self, browser, condition):
-        end = time.monotonic() + PATIENCE
-        while not browser.execute_script(condition):
-            if time.monotonic() > end:
-                raise AssertionError(condition)
-            time.sleep(0.05)
+        wait_until(lambda: browser.execute_script(condition), lambda: condition)
 
     def look(self, seconds):
         from browser import Stalled # takes Selenium, which plain sockets do without

@@ -3,6 +3,7 @@ import base64
 import json
 import os
 import re
+import select
 import socket
 import struct
 import subprocess
@@ -16,6 +17,17 @@ def make_recording(program, path, *arguments):
     subprocess.run([program, "make", path, "--force", *arguments], check=True, capture_output=True, timeout=PATIENCE)
 
 
+def wait_until(condition, told=lambda: "it never came"):
+    """What the condition answers, as soon as that is something. The one way in which tests wait for what happens beside
+    them; `told` says what there was instead."""
+    end = time.monotonic() + PATIENCE
+    while not (got := condition()):
+        if time.monotonic() > end:
+            raise AssertionError(told())
+        time.sleep(0.05)
+    return got
+
+
 class View:
     """orbe-view, from its start to its end."""
 
@@ -24,7 +36,8 @@ class View:
         self.process = subprocess.Popen(
             [program, *arguments, "--port", "0"], stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=self.errors,
             text=True)
-        line = self.process.stdout.readline()
+        is_there, _, _ = select.select([self.process.stdout], [], [], PATIENCE)
+        line = self.process.stdout.readline() if is_there else ""
         match = re.match(r"orbe-view: (http://(.*):(\d+)/(?:\?token=(\w+))?)$", line)
         if not match:
             self.process.kill()
