@@ -90,6 +90,21 @@ TEST(Stream_History, CountsWhatIsLostAndShowsNothingThere) {
     EXPECT_EQ(history.latest(0, 110, rows), 10U);
 }
 
+TEST(Stream_History, TellsLossesOfNarrowColumnsThatAreLongAgo) {
+    Stream_History history(size);
+    append(history, 100, 113);
+    append(history, 136, 138);
+    EXPECT_EQ(lost(history, {110, 2, 5}), (std::vector<std::uint32_t>{0, 1, 2, 2, 2}));
+    append(history, 138, 220); // which leaves the bins alone
+    EXPECT_EQ(lost(history, {108, 2, 3}), (std::vector<std::uint32_t>{0, 2, 2})); // 7 of 10
+    EXPECT_EQ(lost(history, {118, 4, 1}), std::vector<std::uint32_t>{4});         // of two bins
+    EXPECT_EQ(lost(history, {120, 2, 5}),
+              (std::vector<std::uint32_t>{2, 2, 2, 2, 2})); // and nothing is shown
+    EXPECT_EQ(extents(history, {120, 2, 1}, 0), std::vector<Extent>{Extent()});
+    EXPECT_EQ(lost(history, {130, 1, 2}), (std::vector<std::uint32_t>{1, 1})); // 6 of 10
+    EXPECT_EQ(lost(history, {140, 2, 2}), (std::vector<std::uint32_t>{0, 0}));
+}
+
 TEST(Stream_History, ForgetsTheOldestBins) {
     Stream_History history(size);
     append(history, 0, 1000);

@@ -128,9 +128,17 @@ void Stream_History::lost(const Columns& columns, std::span<std::uint32_t> desti
         const std::uint64_t begin = std::max(columns.begin + column * columns.step, m_begin);
         const std::uint64_t end = std::min(columns.begin + (column + 1) * columns.step, m_end);
         std::uint32_t lost = 0;
-        if (columns.step < bin_rows) {
-            for (std::uint64_t row = std::max(begin, first_whole_row()); row < end; ++row) {
+        if (columns.step < bin_rows && begin >= first_whole_row()) {
+            for (std::uint64_t row = begin; row < end; ++row) {
                 lost += has_row(row) ? 0U : 1U;
+            }
+        } else if (columns.step < bin_rows) {
+            for (std::uint64_t row = begin; row < end;) {
+                const std::uint64_t bin = row / bin_rows;
+                const std::uint64_t next = std::min((bin + 1) * bin_rows, end);
+                lost += static_cast<std::uint32_t>(((next - row) * m_lost[bin % m_size.bins] + bin_rows - 1) /
+                                                   bin_rows);
+                row = next;
             }
         } else {
             for (std::uint64_t bin = begin / bin_rows; bin * bin_rows < end; ++bin) {

@@ -44,7 +44,8 @@ public:
     // where these are still there.
     void extents(const Columns& columns, std::size_t value, std::span<Extent> destination) const;
 
-    // How many rows of each column are lost.
+    // How many rows of each column are lost. Of one that is narrower than a bin and no more whole its share
+    // of those of the bin, rounded up.
     void lost(const Columns& columns, std::span<std::uint32_t> destination) const;
 
     // The last rows of one value, oldest first, as many as there are without a loss between them, up to the
