@@ -1,6 +1,6 @@
 #include "web/Web_Server.h"
 
-#include "web/Http_Session.h"
+#include "web/Http_Connection.h"
 #include "web/Server_State.h"
 
 #include <boost/asio/io_context.hpp>
@@ -62,9 +62,9 @@ private:
         // What waits here for a slow page is old when it comes.
         socket.set_option(tcp::socket::send_buffer_size(256 * 1024), ignored);
         if (auto ticket = m_state.connections.take()) {
-            std::make_shared<Http_Session>(std::move(socket), m_state, std::move(ticket))->run();
+            std::make_shared<Http_Connection>(std::move(socket), m_state, std::move(ticket))->run();
         } else if (auto refusal = m_state.refusals.take()) {
-            std::make_shared<Http_Session>(std::move(socket), m_state, std::move(refusal))->run_refusal();
+            std::make_shared<Http_Connection>(std::move(socket), m_state, std::move(refusal))->run_refusal();
         }
     }
 

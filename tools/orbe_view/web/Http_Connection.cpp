@@ -1,7 +1,7 @@
-#include "web/Http_Session.h"
+#include "web/Http_Connection.h"
 
+#include "web/Page_Connection.h"
 #include "web/Page_Files.h"
-#include "web/Page_Session.h"
 
 #include <boost/beast/websocket/rfc6455.hpp>
 
@@ -24,11 +24,11 @@ std::string_view view_of(beast::string_view text) {
 
 } // namespace
 
-Http_Session::Http_Session(boost::asio::ip::tcp::socket socket, Server_State& state,
-                           std::unique_ptr<Ticket_Office::Ticket> ticket)
+Http_Connection::Http_Connection(boost::asio::ip::tcp::socket socket, Server_State& state,
+                                 std::unique_ptr<Ticket_Office::Ticket> ticket)
     : m_stream(std::move(socket)), m_state(state), m_ticket(std::move(ticket)) {}
 
-void Http_Session::read() {
+void Http_Connection::read() {
     m_parser.emplace();
     m_is_head = false;
     m_parser->header_limit(most_header_bytes);
@@ -38,11 +38,11 @@ void Http_Session::read() {
         [self = shared_from_this()](beast::error_code error, std::size_t) { self->on_read(error); });
 }
 
-void Http_Session::run_refusal() {
+void Http_Connection::run_refusal() {
     refuse(Status::service_unavailable, "Too many connections to orbe-view are open; close some pages.");
 }
 
-void Http_Session::on_read(beast::error_code error) {
+void Http_Connection::on_read(beast::error_code error) {
     const bool is_about_request = error.category() == make_error_code(http::error::bad_method).category();
     if (error == http::error::end_of_stream || (error && !is_about_request)) {
         close();
@@ -56,7 +56,7 @@ void Http_Session::on_read(beast::error_code error) {
     }
 }
 
-void Http_Session::on_request(const Request& request) {
+void Http_Connection::on_request(const Request& request) {
     m_is_head = request.method() == http::verb::head;
     const auto host = view_of(request[http::field::host]);
     const auto target = view_of(request.target());
@@ -84,7 +84,7 @@ void Http_Session::on_request(const Request& request) {
     }
 }
 
-void Http_Session::open_page(const Request& request) {
+void Http_Connection::open_page(const Request& request) {
     const auto host = view_of(request[http::field::host]);
     const auto target = view_of(request.target());
     if (target.substr(0, target.find('?')) != "/data") {
@@ -96,20 +96,20 @@ void Http_Session::open_page(const Request& request) {
                "The address lacks the token that orbe-view has printed, or has a wrong one.");
     } else if (auto ticket = m_state.open_pages.take()) {
         m_stream.expires_never();
-        std::make_shared<Page_Session>(m_stream.release_socket(), m_state, std::move(m_ticket),
-                                       std::move(ticket))
+        std::make_shared<Page_Connection>(m_stream.release_socket(), m_state, std::move(m_ticket),
+                                          std::move(ticket))
             ->run(m_parser->release());
     } else {
         refuse(Status::service_unavailable, "Too many pages of orbe-view are open; close some of them.");
     }
 }
 
-void Http_Session::refuse(Status status, const std::string& reason) {
+void Http_Connection::refuse(Status status, const std::string& reason) {
     send(status, plain_text, reason + "\n", false);
 }
 
 // To HEAD goes the head of the answer that GET would get, whatever it is.
-void Http_Session::send(Status status, std::string_view type, std::string body, bool keep_alive) {
+void Http_Connection::send(Status status, std::string_view type, std::string body, bool keep_alive) {
     m_response.emplace(status, 11);
     m_response->set(http::field::server, "orbe-view");
     m_response->set(http::field::content_type, beast::string_view(type.data(), type.size()));
@@ -140,14 +140,14 @@ void Http_Session::send(Status status, std::string_view type, std::string body, 
 }
 
 // What the other side has sent and nobody has read must go first, or the answer is lost on its way.
-void Http_Session::close() {
+void Http_Connection::close() {
     beast::error_code ignored;
     m_stream.socket().shutdown(boost::asio::ip::tcp::socket::shutdown_send, ignored);
     m_stream.expires_after(std::chrono::seconds(1));
     read_away();
 }
 
-void Http_Session::read_away() {
+void Http_Connection::read_away() {
     m_buffer.consume(m_buffer.size());
     m_stream.async_read_some(m_buffer.prepare(most_header_bytes),
                              [self = shared_from_this()](beast::error_code error, std::size_t) {

@@ -15,11 +15,11 @@
 
 namespace Pelgar::ORBE::view {
 
-class Http_Session : public std::enable_shared_from_this<Http_Session> {
+class Http_Connection : public std::enable_shared_from_this<Http_Connection> {
 public:
     // With a ticket for a connection, or for a refusal.
-    Http_Session(boost::asio::ip::tcp::socket socket, Server_State& state,
-                 std::unique_ptr<Ticket_Office::Ticket> ticket);
+    Http_Connection(boost::asio::ip::tcp::socket socket, Server_State& state,
+                    std::unique_ptr<Ticket_Office::Ticket> ticket);
 
     void run() { read(); }
 

@@ -1,4 +1,4 @@
-#include "web/Page_Session.h"
+#include "web/Page_Connection.h"
 
 #include "web/Close_Reason.h"
 
@@ -21,13 +21,13 @@ constexpr std::size_t most_message_bytes = 4096;
 
 } // namespace
 
-Page_Session::Page_Session(boost::asio::ip::tcp::socket socket, Server_State& state,
-                           std::unique_ptr<Ticket_Office::Ticket> connection,
-                           std::unique_ptr<Ticket_Office::Ticket> page)
+Page_Connection::Page_Connection(boost::asio::ip::tcp::socket socket, Server_State& state,
+                                 std::unique_ptr<Ticket_Office::Ticket> connection,
+                                 std::unique_ptr<Ticket_Office::Ticket> page)
     : m_stream(std::move(socket)), m_state(state), m_connection(std::move(connection)),
       m_page(std::move(page)) {}
 
-void Page_Session::run(http::request<http::empty_body> request) {
+void Page_Connection::run(http::request<http::empty_body> request) {
     websocket::stream_base::timeout limits{};
     limits.handshake_timeout = std::chrono::seconds(10);
     limits.idle_timeout = std::chrono::seconds(60);
@@ -45,13 +45,13 @@ void Page_Session::run(http::request<http::empty_body> request) {
     });
 }
 
-void Page_Session::read() {
+void Page_Connection::read() {
     m_stream.async_read(m_buffer, [self = shared_from_this()](beast::error_code error, std::size_t) {
         self->on_read(error);
     });
 }
 
-void Page_Session::on_read(beast::error_code error) {
+void Page_Connection::on_read(beast::error_code error) {
     if (error) {
         leave();
         return;
@@ -67,7 +67,7 @@ void Page_Session::on_read(beast::error_code error) {
     read();
 }
 
-void Page_Session::show(Shared_Picture picture) {
+void Page_Connection::show(Shared_Picture picture) {
     {
         const std::lock_guard lock(m_mutex);
         m_waiting = std::move(picture);
@@ -76,7 +76,7 @@ void Page_Session::show(Shared_Picture picture) {
     boost::asio::post(m_stream.get_executor(), [self = shared_from_this()] { self->write(); });
 }
 
-void Page_Session::complain(const std::string& reason, bool put_out) {
+void Page_Connection::complain(const std::string& reason, bool put_out) {
     boost::asio::post(m_stream.get_executor(), [self = shared_from_this(), reason, put_out] {
         self->m_complaint = reason;
         self->m_is_put_out = self->m_is_put_out || put_out;
@@ -84,7 +84,7 @@ void Page_Session::complain(const std::string& reason, bool put_out) {
     });
 }
 
-void Page_Session::write() {
+void Page_Connection::write() {
     if (!m_is_open || m_is_writing) {
         return;
     }
@@ -114,7 +114,7 @@ void Page_Session::write() {
 }
 
 // The reason goes along with the close, which takes no more than this.
-void Page_Session::write_complaint() {
+void Page_Connection::write_complaint() {
     std::string reason = std::exchange(m_complaint, std::nullopt).value_or("");
     if (m_is_put_out) {
         close(websocket::close_code::policy_error, reason);
@@ -135,14 +135,14 @@ void Page_Session::write_complaint() {
                          });
 }
 
-void Page_Session::close(websocket::close_code code, const std::string& reason) {
+void Page_Connection::close(websocket::close_code code, const std::string& reason) {
     m_is_open = false;
     m_state.pages.page_left(shared_from_this());
     m_stream.async_close(websocket::close_reason(code, close_reason_of(reason)),
                          [self = shared_from_this()](beast::error_code) {});
 }
 
-void Page_Session::leave() {
+void Page_Connection::leave() {
     if (std::exchange(m_is_open, false)) {
         m_state.pages.page_left(shared_from_this());
     }

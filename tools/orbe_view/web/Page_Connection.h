@@ -18,11 +18,11 @@
 
 namespace Pelgar::ORBE::view {
 
-class Page_Session final : public A_Page_Link, public std::enable_shared_from_this<Page_Session> {
+class Page_Connection final : public A_Page_Link, public std::enable_shared_from_this<Page_Connection> {
 public:
-    Page_Session(boost::asio::ip::tcp::socket socket, Server_State& state,
-                 std::unique_ptr<Ticket_Office::Ticket> connection,
-                 std::unique_ptr<Ticket_Office::Ticket> page);
+    Page_Connection(boost::asio::ip::tcp::socket socket, Server_State& state,
+                    std::unique_ptr<Ticket_Office::Ticket> connection,
+                    std::unique_ptr<Ticket_Office::Ticket> page);
 
     void run(boost::beast::http::request<boost::beast::http::empty_body> request);
 
