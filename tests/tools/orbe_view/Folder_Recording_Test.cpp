@@ -55,7 +55,7 @@ void show(Folder_Recording& recording, Histories& histories, std::size_t piece =
 std::vector<Extent> values_of(const Stream_History& stream, std::uint64_t begin, std::uint64_t end,
                               std::size_t value) {
     std::vector<Extent> values(static_cast<std::size_t>(end - begin));
-    stream.extents({begin, 1, values.size()}, value, values);
+    stream.extents({begin, 1, values.size()}, value, 1, values);
     return values;
 }
 

@@ -99,12 +99,12 @@ TEST_F(Foreign_SpikeGLX, IsShownButForItsLosses) {
     for (const int channel : made.saved_channels) {
         for (std::uint64_t sample = 0; sample < test::made_samples; sample += 7) {
             std::vector<Extent> value(1);
-            reading.band(Band::ap).extents({sample, 1, 1}, static_cast<std::size_t>(channel), value);
+            reading.band(Band::ap).extents({sample, 1, 1}, static_cast<std::size_t>(channel), 1, value);
             const std::int16_t expected = test::ap_value(1, channel, sample);
             ASSERT_EQ(value[0], (Extent{expected, expected})) << channel << " " << sample;
         }
         std::vector<Extent> value(1);
-        reading.band(Band::lfp).extents({500, 1, 1}, static_cast<std::size_t>(channel), value);
+        reading.band(Band::lfp).extents({500, 1, 1}, static_cast<std::size_t>(channel), 1, value);
         const std::int16_t expected = test::lfp_value(1, channel, 500);
         EXPECT_EQ(value[0], (Extent{expected, expected}));
     }

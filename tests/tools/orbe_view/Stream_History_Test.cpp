@@ -25,7 +25,7 @@ void append(Stream_History& history, std::uint64_t begin, std::uint64_t end) {
 
 std::vector<Extent> extents(const Stream_History& history, const Columns& columns, std::size_t value) {
     std::vector<Extent> result(columns.count);
-    history.extents(columns, value, result);
+    history.extents(columns, value, 1, result);
     return result;
 }
 
@@ -50,6 +50,30 @@ TEST(Stream_History, ShowsBinsForWiderColumnsAndForWhatIsLongAgo) {
     EXPECT_EQ(extents(history, {0, 20, 2}, 0), (std::vector<Extent>{{0, 19}, {20, 39}}));
     // Narrower than a bin, and no more whole: the bin that the column lies in.
     EXPECT_EQ(extents(history, {12, 2, 1}, 0), (std::vector<Extent>{{10, 19}}));
+}
+
+TEST(Stream_History, ShowsManyValuesAsItShowsEach) {
+    constexpr std::size_t width = 300;
+    Stream_History history({width, 40, 10, 20});
+    std::vector<std::int16_t> row(width);
+    for (std::uint64_t number = 0; number < 190; ++number) {
+        for (std::size_t value = 0; value < width; ++value) {
+            row[value] = static_cast<std::int16_t>(number * 7 % 31 + value * 13 % 101);
+        }
+        history.append(number, row);
+    }
+    constexpr std::size_t first = 20;
+    constexpr std::size_t count = 260;
+    for (const Columns columns : {Columns{150, 3, 13}, Columns{0, 20, 10}, Columns{185, 1, 9}}) {
+        std::vector<Extent> all(columns.count * count);
+        history.extents(columns, first, count, all);
+        for (std::size_t value = 0; value < count; ++value) {
+            const auto each = extents(history, columns, first + value);
+            for (std::size_t column = 0; column < columns.count; ++column) {
+                ASSERT_EQ(all[column * count + value], each[column]) << columns.step << " " << value;
+            }
+        }
+    }
 }
 
 TEST(Stream_History, IsToldOfLossesBehindWhichNothingHasCome) {
@@ -122,6 +146,13 @@ TEST(Stream_History, BeginsAnewBehindALossThatIsLongerThanItself) {
     history.clear();
     append(history, 7);
     EXPECT_EQ(extents(history, {7, 1, 1}, 0), (std::vector<Extent>{{7, 7}}));
+}
+
+TEST(Columns, HaveParts) {
+    const Columns part = Columns{100, 5, 20}.part(3, 4);
+    EXPECT_EQ(part.begin, 115U);
+    EXPECT_EQ(part.end(), 135U);
+    EXPECT_EQ(part.count, 4U);
 }
 
 TEST(Columns, BeginAtMultiplesOfTheirStepAndOfBins) {

@@ -1,7 +1,8 @@
 // Program orbe-view, history. What the ADC and the TTL inputs have brought lately. Filled on the thread of
-// the stream, read on the thread that makes pictures.
+// the stream, read on the thread that makes pictures, in parts where it is much.
 #pragma once
 
+#include "history/Fair_Mutex.h"
 #include "history/Stream_History.h"
 
 #include <cstddef>
@@ -47,12 +48,12 @@ public:
 
     private:
         const ADC_History& m_history;
-        std::unique_lock<std::mutex> m_lock;
+        std::unique_lock<Fair_Mutex> m_lock;
     };
 
 private:
     double m_range_volts;
-    mutable std::mutex m_mutex;
+    mutable Fair_Mutex m_mutex;
     // Two seconds as they are, half a minute in milliseconds.
     Stream_History m_stream{{width, 60'000, 30, 32'000}};
     std::uint64_t m_samples = 0;

@@ -15,6 +15,9 @@ struct Columns {
 
     std::uint64_t end() const { return begin + step * count; }
 
+    // So many of them from one on.
+    Columns part(std::size_t first, std::size_t length) const { return {begin + step * first, step, length}; }
+
     // At most `most` columns for the `length` samples before `end`. They begin at multiples of their step, so
     // that a picture that scrolls shows the same columns again and does not shimmer; a step of a bin or more
     // is whole bins.

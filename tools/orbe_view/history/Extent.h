@@ -1,7 +1,6 @@
 // Program orbe-view, history. The lowest and the highest of some samples. Plain data.
 #pragma once
 
-#include <algorithm>
 #include <cstdint>
 #include <limits>
 
@@ -13,11 +12,6 @@ struct Extent {
     std::int16_t high = std::numeric_limits<std::int16_t>::min();
 
     bool is_empty() const { return low > high; }
-
-    void include(const Extent& other) {
-        low = std::min(low, other.low);
-        high = std::max(high, other.high);
-    }
 
     bool operator==(const Extent&) const = default;
 };

@@ -1,10 +1,11 @@
 // Program orbe-view, history. What a probe has sent lately, in both bands, and how its channels are. Filled
-// on the thread of the stream, read on the thread that makes pictures: both wait for each other, for a
-// millisecond or so.
+// on the thread of the stream, read on the thread that makes pictures. Both wait for each other: who reads
+// much reads it in parts, so that the stream waits for a fraction of a millisecond.
 #pragma once
 
 #include "description/Recording_Description.h"
 #include "history/Channel_Statistics.h"
+#include "history/Fair_Mutex.h"
 #include "history/Stream_History.h"
 
 #include <NeuropixAPI.h>
@@ -70,7 +71,7 @@ public:
 
     private:
         const Probe_History& m_history;
-        std::unique_lock<std::mutex> m_lock;
+        std::unique_lock<Fair_Mutex> m_lock;
     };
 
 private:
@@ -78,7 +79,7 @@ private:
 
     recorder::Probe_Description m_description;
     std::bitset<recorder::channel_count> m_channels;
-    mutable std::mutex m_mutex;
+    mutable Fair_Mutex m_mutex;
     Stream_History m_ap;
     Stream_History m_lfp;
     Channel_Statistics m_statistics;

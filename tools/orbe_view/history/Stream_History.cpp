@@ -1,8 +1,43 @@
 #include "history/Stream_History.h"
 
 #include <algorithm>
+#include <array>
 
 namespace Pelgar::ORBE::view {
+
+// The extents of neighbouring values, which lie side by side in each row and each bin.
+class Lane_Extents {
+public:
+    static constexpr std::size_t most = 128;
+
+    explicit Lane_Extents(std::size_t count) : m_count(count) {
+        std::fill_n(m_lows.begin(), count, Extent().low);
+        std::fill_n(m_highs.begin(), count, Extent().high);
+    }
+
+    void include(const std::int16_t* lows, const std::int16_t* highs) {
+        // Each loop by itself, and without a reference to what may change: so they use the vector unit.
+        for (std::size_t lane = 0; lane < m_count; ++lane) {
+            const std::int16_t low = lows[lane];
+            m_lows[lane] = low < m_lows[lane] ? low : m_lows[lane];
+        }
+        for (std::size_t lane = 0; lane < m_count; ++lane) {
+            const std::int16_t high = highs[lane];
+            m_highs[lane] = high > m_highs[lane] ? high : m_highs[lane];
+        }
+    }
+
+    void store(Extent* destination) const {
+        for (std::size_t lane = 0; lane < m_count; ++lane) {
+            destination[lane] = {m_lows[lane], m_highs[lane]};
+        }
+    }
+
+private:
+    std::size_t m_count;
+    std::array<std::int16_t, most> m_lows;
+    std::array<std::int16_t, most> m_highs;
+};
 
 Stream_History::Stream_History(const History_Size& size)
     : m_size(size), m_rows(size.rows * size.width), m_row_is_there(size.rows), m_lows(size.bins * size.width),
@@ -91,35 +126,42 @@ bool Stream_History::has_row(std::uint64_t number) const {
     return number >= first_whole_row() && number < m_end && m_row_is_there[number % m_size.rows] != 0;
 }
 
-void Stream_History::extents(const Columns& columns, std::size_t value, std::span<Extent> destination) const {
-    for (std::size_t column = 0; column < columns.count; ++column) {
-        const std::uint64_t begin = columns.begin + column * columns.step;
-        destination[column] = extent_of(begin, begin + columns.step, value);
+void Stream_History::extents(const Columns& columns, std::size_t first, std::size_t count,
+                             std::span<Extent> destination) const {
+    for (std::size_t lane = 0; lane < count; lane += Lane_Extents::most) {
+        const std::size_t lane_count = std::min(count - lane, Lane_Extents::most);
+        for (std::size_t column = 0; column < columns.count; ++column) {
+            const std::uint64_t begin = columns.begin + column * columns.step;
+            Lane_Extents lanes(lane_count);
+            include(begin, begin + columns.step, first + lane, lanes);
+            lanes.store(destination.data() + column * count + lane);
+        }
     }
 }
 
-Extent Stream_History::extent_of(std::uint64_t begin, std::uint64_t end, std::size_t value) const {
-    Extent extent;
+void Stream_History::include(std::uint64_t begin, std::uint64_t end, std::size_t first,
+                             Lane_Extents& lanes) const {
     begin = std::max(begin, m_begin);
     end = std::min(end, m_end);
     if (m_is_empty || begin >= end) {
-        return extent;
+        return;
     }
     const std::uint64_t bin_rows = m_size.rows_per_bin;
     if (begin >= first_whole_row() && end - begin < bin_rows) {
+        std::size_t place = begin % m_size.rows;
         for (std::uint64_t row = begin; row < end; ++row) {
-            if (m_row_is_there[row % m_size.rows] != 0) {
-                const std::int16_t sample = m_rows[row % m_size.rows * m_size.width + value];
-                extent.include({sample, sample});
+            if (m_row_is_there[place] != 0) {
+                const std::int16_t* const samples = m_rows.data() + place * m_size.width + first;
+                lanes.include(samples, samples);
             }
+            place = place + 1 == m_size.rows ? 0 : place + 1;
         }
-        return extent;
+        return;
     }
     for (std::uint64_t bin = begin / bin_rows; bin * bin_rows < end; ++bin) {
-        const std::size_t place = bin % m_size.bins * m_size.width + value;
-        extent.include({m_lows[place], m_highs[place]});
+        const std::size_t place = bin % m_size.bins * m_size.width + first;
+        lanes.include(m_lows.data() + place, m_highs.data() + place);
     }
-    return extent;
 }
 
 void Stream_History::lost(const Columns& columns, std::span<std::uint32_t> destination) const {

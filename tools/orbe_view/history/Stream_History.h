@@ -20,6 +20,8 @@ struct History_Size {
     std::size_t bins;         // that are kept
 };
 
+class Lane_Extents;
+
 class Stream_History {
 public:
     explicit Stream_History(const History_Size& size);
@@ -40,9 +42,10 @@ public:
 
     std::size_t rows_per_bin() const { return m_size.rows_per_bin; }
 
-    // Of one value of the rows, column by column. Columns narrower than a bin are made from the whole rows
-    // where these are still there.
-    void extents(const Columns& columns, std::size_t value, std::span<Extent> destination) const;
+    // Of `count` values of the rows from `first` on: for each column those of all these values. Columns
+    // narrower than a bin are made from the whole rows where these are still there.
+    void extents(const Columns& columns, std::size_t first, std::size_t count,
+                 std::span<Extent> destination) const;
 
     // How many rows of each column are lost. Of one that is narrower than a bin and no more whole its share
     // of those of the bin, rounded up.
@@ -60,7 +63,7 @@ private:
     void go_to(std::uint64_t number);
     void forget();
     void lose(std::uint64_t number);
-    Extent extent_of(std::uint64_t begin, std::uint64_t end, std::size_t value) const;
+    void include(std::uint64_t begin, std::uint64_t end, std::size_t first, Lane_Extents& lanes) const;
     std::uint64_t first_whole_row() const;
 
     History_Size m_size;

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <tuple>
 
 namespace Pelgar::ORBE::view {
 
@@ -15,6 +16,15 @@ using nlohmann::json;
 constexpr double rate = recorder::ap_sample_rate;
 constexpr std::size_t ap_samples_of_lfp = recorder::ap_sample_rate / recorder::lfp_sample_rate;
 constexpr std::size_t damage_stretches = 1000;
+
+// So many rows, or bins of them, are looked at before a stream that waits gets its turn: a tenth of a
+// millisecond or two.
+constexpr std::uint64_t rows_at_once = 1024;
+
+std::size_t columns_at_once(const Columns& columns, std::uint64_t rows_per_bin) {
+    const std::uint64_t rows = columns.step < rows_per_bin ? columns.step : columns.step / rows_per_bin;
+    return static_cast<std::size_t>(std::max<std::uint64_t>(rows_at_once / rows, 1));
+}
 
 // What is no number becomes null.
 json health_json(const Health& health) {
@@ -155,10 +165,13 @@ void Picture_Maker::add_probe_traces(Blocks& blocks, const Probe_History& probe,
     for (std::size_t channel = 0; channel < request.channel_count; ++channel) {
         scales.push_back(scale_or_none(probe, band, request.first_channel + channel));
     }
-    const Probe_History::Reading reading(probe);
-    const Stream_History& stream = reading.band(band);
+    const auto [rows_per_bin, remembered, lost_samples] = [&] {
+        const Probe_History::Reading reading(probe);
+        const Stream_History& stream = reading.band(band);
+        return std::tuple(stream.rows_per_bin(), stream.begin(), reading.lost_samples());
+    }();
     const auto length = static_cast<std::uint64_t>(request.seconds * rate) / samples;
-    const Columns columns = Columns::ending_at(end / samples, length, request.columns, stream.rows_per_bin());
+    const Columns columns = Columns::ending_at(end / samples, length, request.columns, rows_per_bin);
     const double seconds = static_cast<double>(samples) / rate;
     blocks.head()["traces"] = {{"stream", band == Band::ap ? "ap" : "lfp"},
                                {"port", request.port},
@@ -167,19 +180,27 @@ void Picture_Maker::add_probe_traces(Blocks& blocks, const Probe_History& probe,
                                {"step", static_cast<double>(columns.step) * seconds},
                                {"seconds", request.seconds},
                                {"end", end_json(request)},
-                               {"remembered", static_cast<double>(stream.begin()) * seconds},
-                               {"lost", reading.lost_samples()}};
-    add_lanes(blocks, stream, columns, request.first_channel, scales);
+                               {"remembered", static_cast<double>(remembered) * seconds},
+                               {"lost", lost_samples}};
+    add_lanes(blocks, columns, columns_at_once(columns, rows_per_bin), scales,
+              [&](const Columns& part, std::span<Extent> extents, std::span<std::uint32_t> lost) {
+                  const Probe_History::Reading reading(probe);
+                  reading.band(band).extents(part, request.first_channel, scales.size(), extents);
+                  reading.band(band).lost(part, lost);
+              });
 }
 
 void Picture_Maker::add_adc_traces(Blocks& blocks, const ADC_History& adc, const View_Request& request,
                                    std::uint64_t end) {
     std::vector<float> scales(ADC_History::width, 1.0F);
     std::fill_n(scales.begin(), ADC_History::analog_inputs, adc.scale());
-    const ADC_History::Reading reading(adc);
-    const Stream_History& stream = reading.stream();
+    const auto [rows_per_bin, remembered, lost_samples] = [&] {
+        const ADC_History::Reading reading(adc);
+        const Stream_History& stream = reading.stream();
+        return std::tuple(stream.rows_per_bin(), stream.begin(), reading.lost_samples());
+    }();
     const auto length = static_cast<std::uint64_t>(request.seconds * rate);
-    const Columns columns = Columns::ending_at(end, length, request.columns, stream.rows_per_bin());
+    const Columns columns = Columns::ending_at(end, length, request.columns, rows_per_bin);
     blocks.head()["traces"] = {{"stream", "adc"},
                                {"port", 0},
                                {"first", 0},
@@ -187,29 +208,39 @@ void Picture_Maker::add_adc_traces(Blocks& blocks, const ADC_History& adc, const
                                {"step", static_cast<double>(columns.step) / rate},
                                {"seconds", request.seconds},
                                {"end", end_json(request)},
-                               {"remembered", static_cast<double>(stream.begin()) / rate},
-                               {"lost", reading.lost_samples()}};
-    add_lanes(blocks, stream, columns, 0, scales);
+                               {"remembered", static_cast<double>(remembered) / rate},
+                               {"lost", lost_samples}};
+    add_lanes(blocks, columns, columns_at_once(columns, rows_per_bin), scales,
+              [&](const Columns& part, std::span<Extent> extents, std::span<std::uint32_t> lost) {
+                  const ADC_History::Reading reading(adc);
+                  reading.stream().extents(part, 0, scales.size(), extents);
+                  reading.stream().lost(part, lost);
+              });
 }
 
 // Of each lane the lowest and the highest of each column, one behind the other; what is not there is no
 // number.
-void Picture_Maker::add_lanes(Blocks& blocks, const Stream_History& stream, const Columns& columns,
-                              std::size_t first, std::span<const float> scales) {
-    m_extents.resize(columns.count);
-    m_values.clear();
-    for (std::size_t lane = 0; lane < scales.size(); ++lane) {
-        stream.extents(columns, first + lane, m_extents);
-        for (const Extent& extent : m_extents) {
-            const bool is_there = !extent.is_empty();
-            m_values.push_back(is_there ? static_cast<float>(extent.low) * scales[lane] : std::nanf(""));
-            m_values.push_back(is_there ? static_cast<float>(extent.high) * scales[lane] : std::nanf(""));
+void Picture_Maker::add_lanes(Blocks& blocks, const Columns& columns, std::size_t columns_at_once,
+                              std::span<const float> scales, const Look& look) {
+    const std::size_t lanes = scales.size();
+    m_values.resize(lanes * columns.count * 2);
+    m_lost.resize(columns.count);
+    for (std::size_t first = 0; first < columns.count; first += columns_at_once) {
+        const std::size_t count = std::min(columns.count - first, columns_at_once);
+        m_extents.resize(count * lanes);
+        look(columns.part(first, count), m_extents, std::span(m_lost).subspan(first, count));
+        for (std::size_t lane = 0; lane < lanes; ++lane) {
+            float* value = m_values.data() + (lane * columns.count + first) * 2;
+            for (std::size_t column = 0; column < count; ++column) {
+                const Extent& extent = m_extents[column * lanes + lane];
+                const bool is_there = !extent.is_empty();
+                *value++ = is_there ? static_cast<float>(extent.low) * scales[lane] : std::nanf("");
+                *value++ = is_there ? static_cast<float>(extent.high) * scales[lane] : std::nanf("");
+            }
         }
     }
-    blocks.add("traces", scales.size(), m_values);
-    std::vector<std::uint32_t> lost(columns.count);
-    stream.lost(columns, lost);
-    m_values.assign(lost.begin(), lost.end());
+    blocks.add("traces", lanes, m_values);
+    m_values.assign(m_lost.begin(), m_lost.end());
     blocks.add("lost", 1, m_values);
 }
 

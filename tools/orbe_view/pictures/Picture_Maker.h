@@ -1,5 +1,5 @@
 // Program orbe-view, pictures. Makes what one page gets to see. One thread; waits for the streams' threads
-// where both want the same history.
+// where both want the same history, and lets them in between the parts of a picture.
 #pragma once
 
 #include "pictures/Picture.h"
@@ -9,6 +9,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include <functional>
 #include <span>
 #include <string>
 #include <vector>
@@ -38,8 +39,11 @@ private:
     void add_channels(Blocks& blocks, const Probe_History& probe) const;
     void add_spectrum(Blocks& blocks, const Probe_History& probe, const View_Request& request,
                       std::uint64_t end);
-    void add_lanes(Blocks& blocks, const Stream_History& stream, const Columns& columns, std::size_t first,
-                   std::span<const float> scales);
+    // Looks at a part of the columns: at all lanes of each, and at what is lost of it.
+    using Look =
+        std::function<void(const Columns& part, std::span<Extent> extents, std::span<std::uint32_t> lost)>;
+    void add_lanes(Blocks& blocks, const Columns& columns, std::size_t columns_at_once,
+                   std::span<const float> scales, const Look& look);
     void add_health(Blocks& blocks) const;
     void add_damage(Blocks& blocks) const;
     std::uint64_t end_of(const View_Request& request, const Source_Status& status) const;
@@ -49,6 +53,7 @@ private:
     Power_Spectrum m_ap_spectrum{2048};
     Power_Spectrum m_lfp_spectrum{1024};
     std::vector<Extent> m_extents;
+    std::vector<std::uint32_t> m_lost;
     std::vector<float> m_values;
     std::vector<std::int16_t> m_samples;
 };
