@@ -37,6 +37,22 @@ TEST(Channel_Statistics, AreThoseOfTheLastSecondAboutTheMean) {
     EXPECT_NEAR(statistics->rms()[0], 0.0, 1e-3);
 }
 
+// A probe sends ten bits, but the files of a folder may hold any sixteen.
+TEST(Channel_Statistics, AreRightAtFullScaleAllTheTime) {
+    const auto statistics = statistics_with_threshold(1000);
+    std::vector<std::int16_t> samples(recorder::channel_count);
+    for (std::size_t sample = 0; sample < second; ++sample) {
+        const bool is_even = sample % 2 == 0;
+        samples[0] = static_cast<std::int16_t>(is_even ? 511 : -512);
+        samples[1] = static_cast<std::int16_t>(is_even ? 32'767 : -32'768);
+        samples[2] = -32'768;
+        statistics->add(samples);
+    }
+    EXPECT_NEAR(statistics->rms()[0], 511.5, 1e-2);
+    EXPECT_NEAR(statistics->rms()[1], 32'767.5, 1e-2);
+    EXPECT_NEAR(statistics->rms()[2], 0.0, 1e-2);
+}
+
 TEST(Channel_Statistics, CountFallsBelowTheThresholdAndEachOnce) {
     const auto statistics = statistics_with_threshold(50);
     std::vector<std::int16_t> samples(recorder::channel_count);

@@ -56,7 +56,7 @@ void Channel_Statistics::finish_part() {
         double spikes = 0.0;
         for (const Part& part : m_parts) {
             sum += part.sums[channel];
-            squares += part.squares[channel];
+            squares += static_cast<double>(part.squares[channel]);
             spikes += part.spikes[channel];
         }
         const double mean = sum / samples;

@@ -18,7 +18,7 @@ public:
     // A spike begins where a sample is this many counts below the channel's mean, and the one before was not.
     explicit Channel_Statistics(const std::array<float, recorder::channel_count>& spike_counts);
 
-    // The next AP sample of every channel: signed, of ten bits.
+    // The next AP sample of every channel.
     void add(std::span<const std::int16_t> samples);
 
     // Samples are missing before the next one.
@@ -39,7 +39,7 @@ private:
 
     struct Part {
         std::array<std::int32_t, recorder::channel_count> sums{};
-        std::array<std::uint32_t, recorder::channel_count> squares{}; // 7500 * 512 * 512 fits
+        std::array<std::uint64_t, recorder::channel_count> squares{};
         std::array<std::int16_t, recorder::channel_count> spikes{};
     };
 
