@@ -10,7 +10,7 @@ namespace Pelgar::ORBE::view {
 
 TEST(Fair_Mutex, GoesToWhoWaitsBeforeWhoHasHadIt) {
     Fair_Mutex mutex;
-    for (int round = 0; round < 100; ++round) {
+    for (int round = 0; round < 20; ++round) {
         std::atomic<bool> had_it{false};
         mutex.lock();
         std::thread other([&] {

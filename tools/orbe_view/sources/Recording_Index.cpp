@@ -114,12 +114,10 @@ void Recording_Index::add(std::span<const std::uint8_t> bytes) {
     std::uint64_t length = 0;
     for (std::size_t port = 0; port < port_count; ++port) {
         if (piece.first[port]) {
-            const auto [first, begins_with_piece] = *piece.first[port];
+            const auto [first, end] = *piece.first[port];
             piece.sample = has_probe ? std::max(piece.sample, first) : first;
             has_probe = true;
-            // One of its super frames began in the piece before.
-            const std::uint64_t before = begins_with_piece ? 0 : std::min(piece.samples[port], 1U);
-            length = std::max(length, first + piece.samples[port] - before);
+            length = std::max(length, end);
         }
     }
     // The probes' own counters say more than what has come: lost rows are time as well.

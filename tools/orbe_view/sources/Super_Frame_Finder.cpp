@@ -1,8 +1,11 @@
 #include "sources/Super_Frame_Finder.h"
 
+#include "host_streams/Prompt_Delivery.h"
+#include "probe/Super_Frame.h"
 #include "stream_format/Row_View.h"
 
 #include <algorithm>
+#include <cstring>
 
 namespace Pelgar::ORBE::view {
 
@@ -10,76 +13,79 @@ namespace {
 
 using namespace recording;
 
-constexpr std::size_t counter_lane = word_of_value(counter_high_index) % row_words;
-constexpr std::size_t counter_high_row = word_of_value(counter_high_index) / row_words;
-constexpr std::size_t counter_low_row = word_of_value(counter_low_index) / row_words;
-static_assert(word_of_value(counter_low_index) % row_words == counter_lane);
+constexpr std::size_t super_frame_bytes = rows_per_super_frame * row_payload_bytes;
+static_assert(super_frame_bytes == demux::psb::bytes_per_super_frame);
 
-// So many rows hold whole super frames of every port, also when a few are damaged; a port that has none in
-// them is not there.
-constexpr std::size_t rows_looked_at = 4096;
+bool counters_run_on(const std::uint8_t* super_frame, std::uint32_t first) {
+    for (std::uint32_t frame = 1; frame < frames_per_super_frame; ++frame) {
+        if (demux::super_frame::frame_counter(super_frame, frame) != ((first + frame) & counter_mask)) {
+            return false;
+        }
+    }
+    return true;
+}
 
-// Follows the rows of one port up to the end of its first whole super frame.
-class Port_Search {
+// Puts the rows of one port together as the decoder does: from a start flag on, row behind row, for a block
+// of super frames. Where one does not begin with its flag rows are missing, and the rest of the block is
+// lost.
+class Port_Rows {
 public:
-    bool is_done() const { return m_row == rows_per_super_frame; }
-
-    std::uint32_t frame_counter() const { return (m_high << counter_half_bits) | m_low; }
-
-    void look_at(Row_View row) {
-        if (is_done()) {
+    // Calls `found(counter)` with that of a super frame that is in order, and ends with this row.
+    template <typename Found>
+    void take(Row_View row, Found&& found) {
+        if (m_super_frames == 0 && m_row == 0 && !row.starts_super_frame()) {
             return;
         }
-        if (row.starts_super_frame()) {
-            m_row = 0;
-            m_is_inside = true;
-            m_begins_with_piece = m_rows_before == 0;
-        } else if (!m_is_inside || row.counter() != m_next_counter) {
-            m_is_inside = false;
-            ++m_rows_before;
+        std::memcpy(m_bytes.data() + m_row * row_payload_bytes, row.payload(), row_payload_bytes);
+        if (++m_row != rows_per_super_frame) {
             return;
         }
-        ++m_rows_before;
-        m_next_counter = static_cast<std::uint8_t>(row.counter() + 1);
-        const std::uint32_t value = row.word(counter_lane) & sample_mask;
-        if (m_row == counter_high_row) {
-            m_high = value;
-        } else if (m_row == counter_low_row) {
-            m_low = value;
+        m_row = 0;
+        if (!m_is_astray) {
+            look(found);
         }
-        ++m_row;
+        if (++m_super_frames == npoe_adapter::prompt_block_super_frames) {
+            m_super_frames = 0;
+            m_is_astray = false;
+        }
     }
 
-    bool begins_with_piece() const { return m_begins_with_piece; }
-
 private:
-    std::size_t m_rows_before = 0;
-    bool m_begins_with_piece = false;
-    bool m_is_inside = false;
-    std::uint8_t m_next_counter = 0;
+    template <typename Found>
+    void look(Found&& found) {
+        const std::uint32_t first = demux::super_frame::frame_counter(m_bytes.data(), 0);
+        if (demux::super_frame::is_in_order(m_bytes.data()) && counters_run_on(m_bytes.data(), first)) {
+            found(first);
+        } else {
+            m_is_astray = !demux::super_frame::has_start_flag(m_bytes.data());
+        }
+    }
+
+    std::array<std::uint8_t, super_frame_bytes> m_bytes;
     std::size_t m_row = 0;
-    std::uint32_t m_high = 0;
-    std::uint32_t m_low = 0;
+    std::uint32_t m_super_frames = 0; // of the block
+    bool m_is_astray = false;
 };
 
 } // namespace
 
 Super_Frame_Finder::Places Super_Frame_Finder::find(std::span<const std::uint8_t> piece) {
-    std::array<Port_Search, port_count> searches;
-    const auto rows = std::min(piece.size(), rows_looked_at * row_bytes);
-    for_each_row(piece.first(rows), [&](Row_View row) {
-        if (row.stream() < port_count) {
-            searches[row.stream()].look_at(row);
-        }
-    });
+    std::array<Port_Rows, port_count> ports;
     Places places;
-    for (std::size_t port = 0; port < port_count; ++port) {
-        if (searches[port].is_done()) {
-            const std::uint64_t number = m_counters[port].follow(searches[port].frame_counter());
-            m_first[port] = m_first[port].value_or(number);
-            // A probe that has begun anew counts from 0 again.
-            places[port] = {number - std::min(number, *m_first[port]), searches[port].begins_with_piece()};
-        }
+    while (!piece.empty()) {
+        // A row without its marker costs the rest of its transfer.
+        const auto transfer = std::min<std::size_t>(piece.size(), npoe_adapter::prompt_transfer_bytes);
+        for_each_row(piece.first(transfer), [&](Row_View row) {
+            const unsigned port = row.stream();
+            if (port >= port_count) {
+                return;
+            }
+            ports[port].take(row, [&](std::uint32_t counter) {
+                const std::uint64_t number = m_samples[port].number_of(m_counters[port].follow(counter));
+                places[port] = {places[port] ? places[port]->number : number, number + 1};
+            });
+        });
+        piece = piece.subspan(transfer);
     }
     return places;
 }

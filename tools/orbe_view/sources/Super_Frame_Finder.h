@@ -1,7 +1,9 @@
-// Program orbe-view, sources. Finds where the probes stand at a place of a raw recording: the number of each
-// port's first whole super frame from there on. One thread; nothing blocks.
+// Program orbe-view, sources. Finds where the probes stand at a place of a raw recording: follows the super
+// frames of every port by the decoder's own rules, so that both number them alike. One thread; nothing
+// blocks.
 #pragma once
 
+#include "host_streams/Sample_Count.h"
 #include "probe/Super_Frame_Counter.h"
 #include "stream_format/Wire_Format.h"
 
@@ -15,19 +17,21 @@ namespace Pelgar::ORBE::view {
 class Super_Frame_Finder {
 public:
     struct Place {
-        std::uint64_t number;   // super frames before this one since the recording's first one
-        bool begins_with_piece; // nothing of the port is before it in the piece
+        std::uint64_t number; // of the first super frame that a decoder takes that begins with this piece
+        std::uint64_t end;    // behind the last one
     };
 
-    // Nothing for a port without a super frame here.
+    // Nothing for a port without a super frame that is in order here: whose flag and tags are right, and
+    // whose thirteen frame counters run on. What one damaged counter says is not believed.
     using Places = std::array<std::optional<Place>, recording::port_count>;
 
-    // Of each piece of a recording, in order: the probes' counters wrap every few seconds.
+    // Of each piece of a recording, in order: the probes' counters wrap every few seconds. Samples are
+    // counted from the first one of each port; a probe that counts from 0 again goes on where it was.
     Places find(std::span<const std::uint8_t> piece);
 
 private:
     std::array<demux::Super_Frame_Counter, recording::port_count> m_counters;
-    std::array<std::optional<std::uint64_t>, recording::port_count> m_first;
+    std::array<npoe_adapter::Sample_Count, recording::port_count> m_samples;
 };
 
 } // namespace Pelgar::ORBE::view

@@ -1,0 +1,135 @@
+// Raw recordings of which every sample is known, as orbe-view puts them into its histories.
+#include "sources/Raw_Recording.h"
+
+#include "Temp_Directory.h"
+#include "generator/Recording_Generator.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <fstream>
+#include <thread>
+#include <vector>
+
+namespace Pelgar::ORBE::view {
+
+namespace {
+
+using namespace recording;
+
+// The decoder hands a block over with the row behind it: 4 ms at the very end stay with it.
+constexpr std::uint64_t not_shown = 120;
+
+void write(const std::filesystem::path& path, std::span<const std::uint8_t> bytes,
+           std::ios::openmode mode = std::ios::trunc) {
+    std::ofstream file(path, std::ios::binary | mode);
+    file.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+    ASSERT_TRUE(file.flush());
+}
+
+Recording_Options ramps(std::uint64_t super_frames, std::vector<unsigned> ports) {
+    Recording_Options options;
+    options.super_frames = super_frames;
+    options.ports = std::move(ports);
+    options.rhd = false;
+    options.signals = {parse_signal_choice("ramp")};
+    return options;
+}
+
+std::int16_t ramp(int port, std::size_t channel, std::uint64_t sample) {
+    const std::uint64_t place = sample + channel + 256 * static_cast<std::uint64_t>(port - 1);
+    return static_cast<std::int16_t>(static_cast<int>(place % 1024) - 512);
+}
+
+recorder::Recording_Description description_of(const std::vector<unsigned>& ports, bool has_adc = false) {
+    recorder::Recording_Description description;
+    for (const unsigned port : ports) {
+        description.probes.push_back(recorder::default_probe(static_cast<int>(port)));
+    }
+    if (has_adc) {
+        description.adc.emplace();
+    }
+    return description;
+}
+
+void wait_until(const std::function<bool()>& is_so) {
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(60);
+    while (!is_so()) {
+        ASSERT_LT(std::chrono::steady_clock::now(), end);
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+}
+
+// All that is there, from a piece on.
+void show(Raw_Recording& recording, Histories& histories, std::size_t piece) {
+    histories.clear();
+    recording.begin(piece, histories);
+    while (recording.show_next(histories)) {
+    }
+}
+
+// Each sample that is there has the value of its number; answers how many there are.
+std::size_t expect_ramp(const Histories& histories, std::uint64_t begin, std::uint64_t end) {
+    const Probe_History::Reading reading(histories.probe(0));
+    const int port = histories.probe(0).description().port;
+    std::vector<Extent> values(static_cast<std::size_t>(end - begin));
+    reading.band(Band::ap).extents({begin, 1, values.size()}, 17, 1, values);
+    std::size_t count = 0;
+    for (std::uint64_t sample = begin; sample < end; ++sample) {
+        const Extent value = values[static_cast<std::size_t>(sample - begin)];
+        if (!value.is_empty()) {
+            const std::int16_t expected = ramp(port, 17, sample);
+            EXPECT_EQ(value, (Extent{expected, expected})) << sample;
+            count += value == Extent{expected, expected} ? 1U : 0U;
+        }
+    }
+    return count;
+}
+
+class Raw_File : public testing::Test {
+protected:
+    const test::Temp_Directory directory;
+    const std::filesystem::path path = directory.path() / "raw.bin";
+};
+
+} // namespace
+
+TEST_F(Raw_File, ShowsTheSamplesOfAnyPieceAtTheirPlaces) {
+    constexpr std::uint64_t samples = 5040;
+    write(path, make_recording(ramps(samples, {2})));
+    Raw_Recording recording(path, false, description_of({2}));
+    wait_until([&] { return recording.known_part() == 1.0 && recording.size() == 5; });
+    EXPECT_EQ(recording.problem(), "");
+    EXPECT_EQ(recording.length(), samples);
+    EXPECT_EQ(recording.begin_of(0), 0U);
+    EXPECT_EQ(recording.begin_of(2), 2017U);
+    EXPECT_FALSE(recording.begin_of(5));
+    EXPECT_EQ(recording.piece_of(2016), 1U);
+    EXPECT_EQ(recording.piece_of(2017), 2U);
+    EXPECT_EQ(recording.piece_of(1'000'000), 4U);
+    Histories histories(recording.description().probes, false, 1.0, 100.0);
+    show(recording, histories, 0);
+    EXPECT_GE(expect_ramp(histories, 0, samples), samples - not_shown);
+    EXPECT_EQ(recording.next(), 5U);
+    show(recording, histories, 3); // from the first whole packet on
+    EXPECT_GE(expect_ramp(histories, 3025, samples), samples - 3025 - 12 - not_shown);
+}
+
+// Whatever is damaged where a piece begins, nothing is shown at another's place.
+TEST_F(Raw_File, ShowsSamplesAtTheirPlacesWhateverIsDamagedAround) {
+    Histories histories(description_of({2}).probes, false, 1.0, 100.0);
+    for (const char* const fault : {"lost-row:2@65600+3", "wrong-tag:2@65538+200", "bad-marker@65566",
+                                    "missing-flag:2@1009", "lost-row:2@65000+3000"}) {
+        Recording_Options options = ramps(2600, {2});
+        options.faults = {parse_fault(fault)};
+        write(path, make_recording(options));
+        Raw_Recording recording(path, false, description_of({2}));
+        wait_until([&] { return recording.known_part() == 1.0 && recording.size() == 3; });
+        for (const std::size_t piece : {0U, 1U}) {
+            show(recording, histories, piece);
+            EXPECT_GT(expect_ramp(histories, 0, 2600), 500U) << fault << " " << piece;
+        }
+    }
+}
+
+} // namespace Pelgar::ORBE::view
