@@ -132,4 +132,100 @@ TEST_F(Raw_File, ShowsSamplesAtTheirPlacesWhateverIsDamagedAround) {
     }
 }
 
+namespace {
+
+// Looks on until so many samples are there, which is an event of its own.
+void follow(Raw_Recording& recording, Histories& histories, std::uint64_t end) {
+    wait_until([&] {
+        while (recording.begin_of(recording.next()) && recording.show_next(histories)) {
+        }
+        return Probe_History::Reading(histories.probe(0)).band(Band::ap).end() >= end;
+    });
+}
+
+constexpr Growth_Patience hasty{std::chrono::milliseconds(20), std::chrono::milliseconds(40),
+                                std::chrono::milliseconds(1), std::chrono::milliseconds(1)};
+
+} // namespace
+
+TEST_F(Raw_File, IsFinishedAndShownToItsEndOnceNothingIsWrittenAnyMore) {
+    constexpr std::uint64_t samples = 2600; // two pieces and a half
+    const auto bytes = make_recording(ramps(samples, {2}));
+    write(path, bytes);
+    std::filesystem::last_write_time(path,
+                                     std::filesystem::file_time_type::clock::now() + std::chrono::hours(1));
+    Raw_Recording recording(path, true, description_of({2}), hasty);
+    EXPECT_TRUE(recording.grows() || recording.known_part() == 1.0);
+    wait_until([&] { return recording.size() == 3 && !recording.grows(); });
+    EXPECT_EQ(recording.length(), samples);
+    EXPECT_EQ(recording.known_part(), 1.0);
+    EXPECT_EQ(recording.begin_of(2), 2017U);
+    EXPECT_EQ(recording.piece_of(2500), 2U);
+    Histories histories(recording.description().probes, false, 1.0, 100.0);
+    show(recording, histories, 0);
+    EXPECT_EQ(recording.next(), 3U);
+    EXPECT_GE(expect_ramp(histories, 0, samples), samples - not_shown);
+}
+
+TEST_F(Raw_File, ThatIsOldIsFinishedFromTheBeginning) {
+    write(path, make_recording(ramps(1100, {2})));
+    std::filesystem::last_write_time(path,
+                                     std::filesystem::file_time_type::clock::now() - std::chrono::hours(1));
+    Raw_Recording recording(path, true, description_of({2})); // with the patience that people get
+    EXPECT_FALSE(recording.grows());
+    wait_until([&] { return recording.size() == 2; });
+    EXPECT_EQ(recording.length(), 1100U);
+    EXPECT_FALSE(recording.grows());
+}
+
+TEST_F(Raw_File, IsFollowedOnWhenItGrowsAgain) {
+    constexpr std::uint64_t samples = 4000;
+    const auto bytes = make_recording(ramps(samples, {2}));
+    const std::span<const std::uint8_t> all(bytes);
+    const auto rows = [](std::size_t super_frames) {
+        return super_frames * rows_per_super_frame * row_bytes;
+    };
+    write(path, all.first(rows(1500) + 7)); // within a row
+    Raw_Recording recording(path, true, description_of({2}), hasty);
+    Histories histories(recording.description().probes, false, 1.0, 100.0);
+    wait_until([&] { return recording.size() == 2 && !recording.grows(); });
+    recording.begin(0, histories);
+    follow(recording, histories, 1500 - not_shown);
+    EXPECT_EQ(recording.next(), 2U);
+    // Within the piece whose beginning has been shown, up to its end, and beyond.
+    write(path, all.subspan(rows(1500) + 7, rows(300)), std::ios::app);
+    follow(recording, histories, 1800 - not_shown);
+    EXPECT_EQ(recording.begin_of(1), 1009U);
+    EXPECT_EQ(recording.size(), 2U);
+    write(path, all.subspan(rows(1800) + 7), std::ios::app);
+    follow(recording, histories, samples - not_shown);
+    wait_until([&] { return recording.size() == 4 && !recording.grows(); });
+    EXPECT_EQ(recording.length(), samples);
+    EXPECT_GE(expect_ramp(histories, 0, samples), samples - not_shown);
+    EXPECT_EQ(Probe_History::Reading(histories.probe(0)).lost_samples(), 0U);
+}
+
+TEST_F(Raw_File, TellsOfItsDamageInTheRestAsWell) {
+    Recording_Options options = ramps(1500, {2});
+    options.faults = {parse_fault("lost-row:2@20000"), parse_fault("lost-row:2@90000"),
+                      parse_fault("wrong-tag:2@90500+4")};
+    write(path, make_recording(options));
+    Raw_Recording recording(path, true, description_of({2}), hasty);
+    wait_until([&] { return recording.size() == 2; });
+    const auto damage = recording.damage(15);
+    std::vector<Damage_Counts> expected(15);
+    expected[0] = {1, 1, 0, 0, 0};
+    expected[10] = {1, 1, 4, 0, 0};
+    for (std::size_t stretch = 0; stretch < damage.size(); ++stretch) {
+        EXPECT_EQ(damage[stretch].row_gaps, expected[stretch].row_gaps) << stretch;
+        EXPECT_EQ(damage[stretch].wrong_tags, expected[stretch].wrong_tags) << stretch;
+    }
+}
+
+TEST_F(Raw_File, ThatIsNotThereIsAProblem) {
+    Raw_Recording recording(path, true, description_of({2}), hasty);
+    wait_until([&] { return !recording.problem().empty(); });
+    EXPECT_EQ(recording.problem(), "cannot read '" + path.string() + "'");
+}
+
 } // namespace Pelgar::ORBE::view

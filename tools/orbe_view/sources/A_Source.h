@@ -33,6 +33,17 @@ struct Damage_Counts {
     std::uint64_t lost = 0;   // samples, where a recording has a table of them
 
     std::uint64_t all() const { return lost + row_gaps + frame_gaps + wrong_tags + others; }
+
+    Damage_Counts& operator+=(const Damage_Counts& more) {
+        row_gaps += more.row_gaps;
+        frame_gaps += more.frame_gaps;
+        wrong_tags += more.wrong_tags;
+        others += more.others;
+        lost += more.lost;
+        return *this;
+    }
+
+    bool operator==(const Damage_Counts&) const = default;
 };
 
 class A_Source {

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <stdexcept>
-#include <system_error>
 #include <utility>
 
 namespace Pelgar::ORBE::view {
@@ -13,14 +12,10 @@ using Kind = Folder_Stream::Kind;
 
 // 20 ms, in whole LFP samples.
 constexpr std::uint64_t piece_samples = 600;
-constexpr auto between_looks = std::chrono::milliseconds(20);
 // Streams are written a quarter of a second at a time, and not all at once. One that lags more than this
 // behind the others has ended.
 constexpr std::uint64_t most_lag = recorder::ap_sample_rate;
-// When nothing has been written for so long, all that there is can be shown.
-constexpr auto settled_after = std::chrono::seconds(1);
-// And after so long nothing more is waited for. A disk may stall for six seconds.
-constexpr auto finished_after = std::chrono::seconds(10);
+constexpr Growth_Patience patience;
 
 const Gap_List no_gaps;
 
@@ -46,7 +41,7 @@ Folder_Recording::Folder_Recording(Folder_Layout layout, Clock::time_point now)
         feed.look();
     }
     if (!was_written_lately()) {
-        m_grew_at = now - finished_after;
+        m_grew_at = now - patience.finished;
     }
     publish(now);
     if (m_state.length == 0 && !m_state.grows) {
@@ -54,17 +49,11 @@ Folder_Recording::Folder_Recording(Folder_Layout layout, Clock::time_point now)
     }
 }
 
-// By the clock of the file system. Where it tells the time of a file only when that is closed, the first
-// growth tells.
 bool Folder_Recording::was_written_lately() const {
-    const auto is_late = [now = std::filesystem::file_time_type::clock::now()](const auto& file) {
-        std::error_code error;
-        const auto written_at = std::filesystem::last_write_time(file, error);
-        return !error && now - written_at < finished_after;
-    };
-    return is_late(m_layout.folder / recorder::description_file_name) ||
-           std::any_of(m_feeds.begin(), m_feeds.end(),
-                       [&](const Stream_Feed& feed) { return is_late(feed.stream().data); });
+    return was_written_within(patience.finished, m_layout.folder / recorder::description_file_name) ||
+           std::any_of(m_feeds.begin(), m_feeds.end(), [](const Stream_Feed& feed) {
+               return was_written_within(patience.finished, feed.stream().data);
+           });
 }
 
 void Folder_Recording::look() {
@@ -72,7 +61,7 @@ void Folder_Recording::look() {
 }
 
 void Folder_Recording::look(Clock::time_point now) {
-    if (now - m_looked_at < between_looks) {
+    if (now - m_looked_at < patience.look) {
         return;
     }
     m_looked_at = now;
@@ -89,9 +78,9 @@ void Folder_Recording::publish(Clock::time_point now) {
     if (m_layout.has_gap_table) {
         m_gap_table.look();
     }
-    const bool is_settled = now - m_grew_at >= settled_after;
+    const bool is_settled = now - m_grew_at >= patience.settled;
     State state;
-    state.grows = now - m_grew_at < finished_after;
+    state.grows = now - m_grew_at < patience.finished;
     state.gaps = m_gap_table.gaps();
     std::uint64_t longest = 0;
     std::uint64_t shortest = ~std::uint64_t{0};

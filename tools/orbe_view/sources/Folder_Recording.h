@@ -7,6 +7,7 @@
 #include "folders/Gap_Table_Reader.h"
 #include "folders/Stream_Feed.h"
 #include "sources/A_Recording.h"
+#include "sources/Growth.h"
 
 #include <chrono>
 #include <memory>

@@ -5,9 +5,9 @@
 
 namespace Pelgar::ORBE::view {
 
-Raw_Recording::Raw_Recording(const std::filesystem::path& file, bool grows,
-                             recorder::Recording_Description description)
-    : m_file(file), m_grows(grows), m_description(std::move(description)), m_index(file, grows) {}
+Raw_Recording::Raw_Recording(const std::filesystem::path& file, bool may_grow,
+                             recorder::Recording_Description description, const Growth_Patience& patience)
+    : m_file(file), m_description(std::move(description)), m_index(file, may_grow, patience) {}
 
 std::optional<std::uint64_t> Raw_Recording::begin_of(std::size_t piece) const {
     const auto place = m_index.piece(piece);
@@ -26,8 +26,15 @@ void Raw_Recording::begin(std::size_t piece, Histories& histories) {
     }
 }
 
+// A rest that was shown and has become longer comes once more.
+std::size_t Raw_Recording::next() const {
+    const std::size_t next = m_player->next_piece();
+    const std::size_t shown = m_player->shown_of_rest();
+    return shown != 0 && m_index.bytes_of(next - 1) > shown ? next - 1 : next;
+}
+
 bool Raw_Recording::show_next(Histories& /*histories*/) {
-    return m_player->decode_piece(m_index.is_complete() && m_player->next_piece() + 1 == m_index.size());
+    return m_player->decode_piece(m_index.is_complete() && next() + 1 == m_index.size());
 }
 
 Health Raw_Recording::health_of(std::size_t begin, std::size_t end, const Histories& histories) {

@@ -1,5 +1,5 @@
 // Program orbe-view, sources. A raw recording, whole or still growing. Used as A_Recording says; a thread of
-// its index reads the whole file besides.
+// its index reads the whole file besides, and looks whether more comes.
 #pragma once
 
 #include "sources/A_Recording.h"
@@ -14,13 +14,15 @@ namespace Pelgar::ORBE::view {
 
 class Raw_Recording final : public A_Recording {
 public:
-    Raw_Recording(const std::filesystem::path& file, bool grows, recorder::Recording_Description description);
+    // `may_grow`: somebody may be writing it.
+    Raw_Recording(const std::filesystem::path& file, bool may_grow,
+                  recorder::Recording_Description description, const Growth_Patience& patience = {});
 
     std::string name() const override { return m_file.filename().string(); }
 
     const recorder::Recording_Description& description() const override { return m_description; }
 
-    bool grows() const override { return m_grows; }
+    bool grows() const override { return m_index.grows(); }
 
     std::string problem() const override { return m_index.problem(); }
 
@@ -46,13 +48,12 @@ public:
     void begin(std::size_t piece, Histories& histories) override;
     bool show_next(Histories& histories) override;
 
-    std::size_t next() const override { return m_player->next_piece(); }
+    std::size_t next() const override;
 
     Health health_of(std::size_t begin, std::size_t end, const Histories& histories) override;
 
 private:
     const std::filesystem::path m_file;
-    const bool m_grows;
     const recorder::Recording_Description m_description;
     Recording_Index m_index;
 

@@ -3,7 +3,6 @@
 #include "stream_format/Wire_Format.h"
 
 #include <algorithm>
-#include <chrono>
 #include <exception>
 #include <fstream>
 
@@ -12,8 +11,6 @@ namespace Pelgar::ORBE::view {
 namespace {
 
 using namespace recording;
-
-constexpr auto between_looks = std::chrono::milliseconds(20);
 
 std::uint32_t step(std::uint64_t before, std::uint64_t after) {
     return static_cast<std::uint32_t>(after - before);
@@ -47,11 +44,17 @@ Damage_Counts Recording_Index::Piece::damage() const {
     return counts;
 }
 
-Recording_Index::Recording_Index(std::filesystem::path file, bool grows)
-    : m_file(std::move(file)), m_grows(grows), m_thread(&Recording_Index::run, this) {}
+Recording_Index::Recording_Index(std::filesystem::path file, bool may_grow, const Growth_Patience& patience)
+    : m_file(std::move(file)), m_may_grow(may_grow), m_patience(patience),
+      m_grows(may_grow && was_written_within(patience.finished, m_file)),
+      m_thread(&Recording_Index::run, this) {}
 
 Recording_Index::~Recording_Index() {
-    m_stops = true;
+    {
+        const std::lock_guard lock(m_mutex);
+        m_stops = true;
+    }
+    m_changed.notify_all();
     m_thread.join();
 }
 
@@ -63,6 +66,7 @@ void Recording_Index::run() {
         m_problem = error.what();
     }
     m_is_complete = true;
+    m_grows = false;
 }
 
 void Recording_Index::read() {
@@ -70,46 +74,89 @@ void Recording_Index::read() {
     if (!file) {
         throw std::runtime_error("cannot read '" + m_file.string() + "'");
     }
+    using Clock = std::chrono::steady_clock;
+    auto grew_at = Clock::now() - (m_grows ? std::chrono::milliseconds(0) : m_patience.finished);
+    m_bytes = std::filesystem::file_size(m_file);
     std::vector<std::uint8_t> piece(piece_bytes);
     std::size_t filled = 0;
-    while (!m_stops) {
-        m_bytes = std::max<std::uint64_t>(std::filesystem::file_size(m_file), m_bytes_read);
+    auto pause = std::chrono::milliseconds(0);
+    while (!wait(pause)) {
+        pause = std::chrono::milliseconds(0);
         file.clear();
         file.read(reinterpret_cast<char*>(piece.data() + filled),
                   static_cast<std::streamsize>(piece.size() - filled));
         filled += static_cast<std::size_t>(file.gcount());
+        m_bytes_read += static_cast<std::uint64_t>(file.gcount());
         if (filled == piece.size()) {
-            add(piece);
+            add_piece(piece);
             filled = 0;
-        } else if (file.bad()) {
+            continue;
+        }
+        if (file.bad()) {
             throw std::runtime_error("cannot read '" + m_file.string() + "' any further");
-        } else if (m_grows) {
-            std::this_thread::sleep_for(between_looks);
-        } else {
-            add(std::span(piece).first(filled - filled % row_bytes));
+        }
+        // The end, of now or for good.
+        const std::uint64_t bytes = std::max<std::uint64_t>(std::filesystem::file_size(m_file), m_bytes_read);
+        if (bytes > m_bytes) {
+            m_bytes = bytes;
+            grew_at = Clock::now();
+        }
+        const auto quiet = Clock::now() - grew_at;
+        const bool is_settled = !m_may_grow || quiet >= m_patience.settled;
+        if (is_settled) {
+            add_rest(std::span(piece).first(filled - filled % row_bytes));
+        }
+        m_is_complete = is_settled;
+        m_grows = m_may_grow && quiet < m_patience.finished;
+        if (!m_may_grow) {
             return;
         }
+        pause = m_grows ? m_patience.look : m_patience.later_look;
     }
 }
 
-// The last piece may be shorter.
-void Recording_Index::add(std::span<const std::uint8_t> bytes) {
-    if (bytes.empty()) {
-        return;
-    }
-    if (bytes.size() == piece_bytes) {
-        m_checker.look_at_piece(bytes);
-    } else {
-        m_checker.look_at_rest(bytes);
-    }
+// Whether the index ends.
+bool Recording_Index::wait(std::chrono::milliseconds time) {
+    std::unique_lock lock(m_mutex);
+    return m_changed.wait_for(lock, time, [this] { return m_stops; });
+}
+
+void Recording_Index::add_piece(std::span<const std::uint8_t> bytes) {
+    m_checker.look_at_piece(bytes);
     const Check_Report report = m_checker.report();
     Piece piece = difference(m_report, report);
     piece.first = m_finder.find(bytes);
     m_report = report;
-    m_bytes_read += bytes.size();
 
     const std::lock_guard lock(m_mutex);
-    piece.sample = m_length;
+    m_whole_length = place(piece);
+    m_length = std::max(m_length, m_whole_length);
+    m_damage.add(piece.sample, piece.damage());
+    m_pieces.push_back(piece);
+    m_rest.reset();
+    m_rest_bytes = 0;
+}
+
+// Looked at beside the whole pieces, because it can still become one.
+void Recording_Index::add_rest(std::span<const std::uint8_t> bytes) {
+    if (bytes.size() == m_rest_bytes) {
+        return;
+    }
+    Recording_Checker checker = m_checker;
+    Super_Frame_Finder finder = m_finder;
+    checker.look_at_rest(bytes);
+    Piece piece = difference(m_report, checker.report());
+    piece.first = finder.find(bytes);
+
+    const std::lock_guard lock(m_mutex);
+    m_length = std::max(m_length, place(piece));
+    m_rest = piece;
+    m_rest_bytes = bytes.size();
+}
+
+// Puts the piece behind the whole ones, and answers where it ends.
+std::uint64_t Recording_Index::place(Piece& piece) const {
+    piece.sample = m_whole_length;
     bool has_probe = false;
     std::uint64_t length = 0;
     for (std::size_t port = 0; port < port_count; ++port) {
@@ -123,8 +170,7 @@ void Recording_Index::add(std::span<const std::uint8_t> bytes) {
     // The probes' own counters say more than what has come: lost rows are time as well.
     piece.sample = std::max(piece.sample, m_pieces.empty() ? 0 : m_pieces.back().sample);
     const std::uint64_t frames = piece.samples[port_count];
-    m_length = std::max({m_length, length, has_probe ? 0 : piece.sample + frames});
-    m_pieces.push_back(piece);
+    return std::max({m_whole_length, length, has_probe ? 0 : piece.sample + frames});
 }
 
 Recording_Index::Piece Recording_Index::difference(const Check_Report& before,
@@ -146,16 +192,27 @@ Recording_Index::Piece Recording_Index::difference(const Check_Report& before,
 
 std::size_t Recording_Index::size() const {
     const std::lock_guard lock(m_mutex);
-    return m_pieces.size();
+    return m_pieces.size() + (m_rest ? 1 : 0);
 }
 
 std::optional<Recording_Index::Piece> Recording_Index::piece(std::size_t number) const {
     const std::lock_guard lock(m_mutex);
-    return number < m_pieces.size() ? std::optional(m_pieces[number]) : std::nullopt;
+    if (number < m_pieces.size()) {
+        return m_pieces[number];
+    }
+    return number == m_pieces.size() ? m_rest : std::nullopt;
+}
+
+std::uint64_t Recording_Index::bytes_of(std::size_t number) const {
+    const std::lock_guard lock(m_mutex);
+    return number < m_pieces.size() ? piece_bytes : number == m_pieces.size() ? m_rest_bytes : 0;
 }
 
 std::size_t Recording_Index::piece_of(std::uint64_t sample) const {
     const std::lock_guard lock(m_mutex);
+    if (m_rest && m_rest->sample <= sample) {
+        return m_pieces.size();
+    }
     const auto behind =
         std::upper_bound(m_pieces.begin(), m_pieces.end(), sample,
                          [](std::uint64_t wanted, const Piece& piece) { return wanted < piece.sample; });
@@ -180,17 +237,9 @@ double Recording_Index::known_part() const {
 std::vector<Damage_Counts> Recording_Index::damage(std::size_t stretches) const {
     std::vector<Damage_Counts> damage(stretches);
     const std::lock_guard lock(m_mutex);
-    for (const Piece& piece : m_pieces) {
-        const Damage_Counts counts = piece.damage();
-        if (counts.all() != 0 && m_length != 0) {
-            const double place = static_cast<double>(piece.sample) / static_cast<double>(m_length);
-            Damage_Counts& stretch = damage[std::min(
-                static_cast<std::size_t>(place * static_cast<double>(stretches)), stretches - 1)];
-            stretch.row_gaps += counts.row_gaps;
-            stretch.frame_gaps += counts.frame_gaps;
-            stretch.wrong_tags += counts.wrong_tags;
-            stretch.others += counts.others;
-        }
+    m_damage.show(m_length, damage);
+    if (m_rest) {
+        Damage_Map::show(m_rest->sample, m_rest->damage(), m_length, damage);
     }
     return damage;
 }

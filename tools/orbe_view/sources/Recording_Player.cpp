@@ -32,18 +32,24 @@ Recording_Player::Recording_Player(const std::filesystem::path& file,
 }
 
 bool Recording_Player::decode_piece(bool is_last) {
+    const bool goes_on = m_shown_of_rest != 0;
+    const std::size_t piece = goes_on ? m_piece - 1 : m_piece;
+    const std::size_t wanted = m_bytes.size() - m_shown_of_rest;
     m_file.clear();
-    m_file.seekg(static_cast<std::streamoff>(m_piece) * static_cast<std::streamoff>(recording::piece_bytes));
-    m_file.read(reinterpret_cast<char*>(m_bytes.data()), static_cast<std::streamsize>(m_bytes.size()));
+    m_file.seekg(static_cast<std::streamoff>(piece) * static_cast<std::streamoff>(recording::piece_bytes) +
+                 static_cast<std::streamoff>(m_shown_of_rest));
+    m_file.read(reinterpret_cast<char*>(m_bytes.data()), static_cast<std::streamsize>(wanted));
     const auto read = static_cast<std::size_t>(m_file.gcount());
     if (m_file.bad()) {
         throw std::runtime_error("cannot read '" + m_path.string() + "' any further");
     }
-    if (read != m_bytes.size() && !is_last) {
+    const std::size_t whole_rows = read - read % recording::row_bytes;
+    if (whole_rows == 0 || (read != wanted && !is_last)) {
         return false;
     }
-    ++m_piece;
-    m_decoder.decode(std::span<const std::uint8_t>(m_bytes).first(read - read % recording::row_bytes));
+    m_piece = piece + 1;
+    m_shown_of_rest = read == wanted ? 0 : m_shown_of_rest + whole_rows;
+    m_decoder.decode(std::span<const std::uint8_t>(m_bytes).first(whole_rows));
     m_decoder.wait();
     take();
     return true;

@@ -22,9 +22,13 @@ public:
     Recording_Player(const std::filesystem::path& file, const recorder::Recording_Description& description,
                      Histories& histories, std::size_t piece, const Recording_Index::Piece& place);
 
-    // The next piece; false when no more than a piece's beginning is there and more may come. Throws as
-    // above.
+    // The next piece; false when no more than a piece's beginning is there and more may come. `is_last`: the
+    // beginning as well, as a rest; what has been added to it comes next then, before another piece. Throws
+    // as above.
     bool decode_piece(bool is_last);
+
+    // So many bytes of the piece before the next one, when that was a rest; otherwise 0.
+    std::size_t shown_of_rest() const { return m_shown_of_rest; }
 
     // The piece that comes next.
     std::size_t next_piece() const { return m_piece; }
@@ -36,6 +40,7 @@ private:
     std::ifstream m_file;
     Histories& m_histories;
     std::size_t m_piece;
+    std::size_t m_shown_of_rest = 0;
     std::vector<std::uint8_t> m_bytes;
     recorder::Raw_Decoder m_decoder;
     std::vector<Packet_Intake> m_intakes; // of the probes
