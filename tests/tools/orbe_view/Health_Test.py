@@ -158,6 +158,25 @@ class Health(unittest.TestCase):
             for stream in range(5):
                 self.assertGreater(line["streams"][stream][RATE], 0)
 
+    def test_box_that_fails_is_said_to_have_ended(self):
+        view = View(BOX_VIEW, "--box", "--control")
+        self.addCleanup(view.process.kill)
+        page = Page(view)
+        self.addCleanup(page.close)
+        page.picture(lambda each: each.get("status", {}).get("streams"))
+        page.say({"streams": False})
+        page.picture(lambda each: "status" in each and not each["status"]["streams"])
+        view.tell("close 2")
+        page.say({"streams": True})
+        head, _ = page.picture(lambda each: each.get("status", {}).get("problem"))
+        self.assertFalse(head["status"]["streams"])
+        self.assertRegex(head["status"]["problem"], r"^Nothing streams any more: the probes cannot be made ready \(")
+        page.say({"streams": True})
+        self.assertEqual(page.answer(), "There is no box to change.")
+        code, counts, errors = view.stop()
+        self.assertEqual((code, counts[2]), (0, 0))
+        self.assertEqual(errors, f"orbe-view: {head['status']['problem']}\n")
+
     def test_simulation(self):
         with tempfile.TemporaryDirectory() as folder:
             recording = os.path.join(folder, "damaged.bin")

@@ -1,11 +1,12 @@
 // Test support, a program: orbe-view with the modelled box behind the library, at the box's own pace. Its
 // probes send a tone, ramps and spikes on known channels, with some damage a second and a half from the
 // beginning. Takes orbe-view's arguments, and on its standard input what happens to the box: "lose PORT" and
-// "regain PORT", a port's link.
+// "regain PORT", a port's link, and "close SLOT", by somebody else in the process.
 #include "Box_Clock.h"
 #include "View_Program.h"
 #include "Virtual_Box_Controller.h"
 
+#include <NeuropixAPI.h>
 #include <adapter/Adapter_State.h>
 
 #include <poll.h>
@@ -45,6 +46,8 @@ void obey(Virtual_Box& box, const std::string& line) {
         box.lock_at_look(port - 1, std::nullopt);
     } else if (what == "regain") {
         box.lock_at_look(port - 1, 1);
+    } else if (what == "close") {
+        Neuropixels::closeBS(static_cast<int>(port));
     }
 }
 

@@ -60,15 +60,18 @@ Source_Status Host_Source::status() const {
 
 bool Host_Source::stream(bool streams) {
     m_shall_stream = streams;
-    return true;
+    return !m_has_failed;
 }
 
 void Host_Source::run() {
     try {
         run_until_stopped();
     } catch (const std::exception& error) {
+        m_box.stop();
         const std::lock_guard lock(m_mutex);
-        m_problem = error.what();
+        m_problem = std::string("Nothing streams any more: ") + error.what();
+        m_streams = false;
+        m_has_failed = true;
     }
 }
 

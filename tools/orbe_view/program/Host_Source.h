@@ -38,7 +38,9 @@ public:
 
     const Histories& histories() const override { return m_histories; }
 
+    // When something has gone wrong nothing streams any more, and the problem says why.
     Source_Status status() const override;
+    // False as well when nothing can stream any more.
     bool stream(bool streams) override;
 
 private:
@@ -62,6 +64,7 @@ private:
     std::atomic<bool> m_stops{false};
     std::atomic<bool> m_shall_stream{true};
     std::atomic<bool> m_streams{false};
+    std::atomic<bool> m_has_failed{false};
     std::atomic<std::uint64_t> m_position{0};
 
     // Of the thread.
