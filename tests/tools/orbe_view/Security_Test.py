@@ -2,15 +2,28 @@
 # alone. Arguments: orbe-view, orbe-recording.
 import json
 import os
+import re
+import socket
 import subprocess
 import sys
 import tempfile
 import time
 import unittest
+import urllib.error
+import urllib.request
 
 from view_program import PATIENCE, Page, View, make_recording, read_all
 
 VIEW, RECORDING = sys.argv[1:3]
+
+
+def has_long_addresses():
+    try:
+        with socket.socket(socket.AF_INET6) as probe:
+            probe.bind(("::1", 0))
+    except OSError:
+        return False
+    return True
 
 
 class Security(unittest.TestCase):
@@ -134,6 +147,35 @@ class Security(unittest.TestCase):
         self.assertEqual(page.status, 101)
         self.assert_goes_on(page)
         page.close()
+
+    def test_printed_addresses_can_be_opened(self):
+        browser = urllib.request.build_opener(urllib.request.ProxyHandler({}))
+        for listen, here in [("0.0.0.0", "127.0.0.1"), ("::", "[::1]"), ("::1", "[::1]"), ("0::0", "[::1]")]:
+            if ":" in listen and not has_long_addresses():
+                run = subprocess.run([VIEW, self.recording, "--listen", listen], capture_output=True, text=True,
+                                     timeout=PATIENCE)
+                self.assertIn(f"cannot listen at {listen}", run.stderr)
+                continue
+            view = self.view("--listen", listen)
+            self.assertEqual(view.host, here)
+            addresses = [view.address]
+            if listen != "::1":
+                line = view.process.stdout.readline()
+                others = re.fullmatch(r"orbe-view: from other machines: (.*)\n", line)
+                if others:
+                    addresses += others[1].split(" or ")
+                else:
+                    self.assertEqual(line, "orbe-view: other machines do not reach this one: "
+                                           "it has no such address in a network\n")
+            for address in addresses:
+                self.assertNotIn(address, addresses[:addresses.index(address)])
+                self.assertEqual(address.count("["), here.count("["))
+                with browser.open(address, timeout=PATIENCE) as page:
+                    self.assertIn(b"<title>orbe-view</title>", page.read())
+                with self.assertRaises(urllib.error.HTTPError) as refusal:
+                    browser.open(address.partition("?")[0], timeout=PATIENCE)
+                self.assertEqual(refusal.exception.code, 403)
+                refusal.exception.close()
 
     def test_malformed_requests_are_refused(self):
         view = self.view()

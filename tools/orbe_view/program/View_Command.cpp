@@ -65,7 +65,9 @@ void serve(const View_Options& options, const tools::Working_Directory& director
     const std::string address = options.listen.value_or(own_address);
     const std::string token = options.listen ? make_token() : std::string();
     const Web_Server server(address, options.port, token, show);
-    say(user.user_output_descriptor(), shown_address(address, server.port(), token));
+    for (const std::string& line : shown_addresses(address, server.port(), token)) {
+        say(user.user_output_descriptor(), line);
+    }
     std::string problem;
     while (!tools::interrupted()) {
         std::this_thread::sleep_for(between_looks);
@@ -97,11 +99,15 @@ View_Command::View_Command(CLI::App& app) : m_app(app) {
            "With --box: the folder with the probes' calibrations, as orbe-record takes it; without one, "
            "and for probes that are not in it, values are as they come")
         ->check(CLI::ExistingDirectory);
-    app.add_flag("--control", m_may_control, "Let pages stop and start the streams of the box");
+    app.add_flag(
+        "--control", m_may_control,
+        "Let every page that is connected stop and start the streams of the box, for all; nothing else "
+        "of the box can be changed from a page");
     app.add_option(
         "--listen", m_listen,
-        "Listen at this address of the machine, in numbers, instead of at its own (127.0.0.1) alone; "
-        "the printed address then holds a token, without which nobody gets anything");
+        "Listen at this address of the machine, in numbers, instead of at its own (127.0.0.1) alone; 0.0.0.0 "
+        "and :: stand for all of its addresses. The printed address then holds a token, without which nobody "
+        "gets anything");
     app.add_option("--port", m_port, "The port; 0 takes one that is free")
         ->check(tools::whole_in(0, highest_port))
         ->capture_default_str();
