@@ -164,6 +164,60 @@ TEST_F(Foreign_SpikeGLX, IsRefusedWithAReasonWhereItCannotBeShown) {
     EXPECT_THROW(foreign_spikeglx_layout(directory.path() / "empty"), std::runtime_error);
 }
 
+TEST_F(Foreign_SpikeGLX, IsLookedForInSoManyFoldersAndFilesAndNoMore) {
+    auto made = test::made_description();
+    made.adc.reset();
+    make(made);
+    const auto problem = [](const std::filesystem::path& folder,
+                            std::size_t most_files = 1000) -> std::string {
+        try {
+            foreign_spikeglx_layout(folder, most_files);
+        } catch (const std::exception& error) {
+            return error.what();
+        }
+        return {};
+    };
+    const auto deep = directory.path() / "1" / "2" / "3";
+    std::filesystem::create_directories(deep);
+    std::filesystem::rename(path, deep / "run"); // with its probes two levels below that
+    EXPECT_EQ(problem(directory.path() / "1" / "2"), "");
+    EXPECT_EQ(problem(directory.path() / "1"),
+              "'" + (directory.path() / "1").string() +
+                  "' is no recording that orbe-view knows: it has neither orbe_recording.json nor, in it and "
+                  "in the 4 "
+                  "levels of folders below it, the files of a probe that SpikeGLX writes");
+    std::filesystem::rename(deep / "run", path);
+#ifndef _WIN32
+    // What is linked leads round in circles, or to the same run once more.
+    std::filesystem::create_directory_symlink(path, path / "again");
+    EXPECT_EQ(problem(path), "");
+#endif
+    EXPECT_EQ(problem(path, 40), "");
+    EXPECT_EQ(problem(path, 8),
+              "'" + path.string() + "' holds more than 8 files: show the folder of one run of SpikeGLX");
+}
+
+// Whatever else bears such a name.
+TEST_F(Foreign_SpikeGLX, TakesFilesAloneAndNoneThatIsTooLong) {
+    auto made = test::made_description();
+    made.adc.reset();
+    make(made);
+    std::filesystem::create_directory(path / "x.imec7.ap.meta");
+    EXPECT_EQ(foreign_spikeglx_layout(path).streams.size(), 4U);
+    std::filesystem::resize_file(meta("imec1.lf"), (std::uintmax_t{64} << 20U) + 1);
+    EXPECT_THROW(
+        {
+            try {
+                foreign_spikeglx_layout(path);
+            } catch (const std::runtime_error& error) {
+                EXPECT_EQ(error.what(),
+                          "'" + meta("imec1.lf").string() + "' is too long for metadata of SpikeGLX");
+                throw;
+            }
+        },
+        std::runtime_error);
+}
+
 TEST_F(Foreign_SpikeGLX, NumbersPortsThatAreNotOfOneBox) {
     auto made = test::made_description();
     made.adc.reset();

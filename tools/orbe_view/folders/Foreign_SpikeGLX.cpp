@@ -25,25 +25,55 @@ constexpr double largest_value = 512;
 constexpr int largest_gain = 3000;
 constexpr int largest_reference = 4;
 
-// Files whose names end as "….imec0.ap.meta", by "imec0".
-std::map<std::string, std::filesystem::path> find_metadata(const std::filesystem::path& folder,
-                                                           const std::string& band) {
-    std::map<std::string, std::filesystem::path> found;
-    for (const auto& entry : std::filesystem::recursive_directory_iterator(
-             folder, std::filesystem::directory_options::skip_permission_denied)) {
-        const std::string name = entry.path().filename().string();
-        const std::string ending = "." + band + ".meta";
-        const std::size_t begin = name.rfind(".imec");
-        if (!name.ends_with(ending) || begin == std::string::npos || begin + ending.size() > name.size()) {
-            continue;
+// A run has its probes in folders of their own, in a folder of its own.
+constexpr int deepest_folder = 4;
+// A thousand times what is usual.
+constexpr std::uintmax_t longest_metadata = std::uintmax_t{64} << 20U;
+
+struct Metadata_Files {
+    std::map<std::string, std::filesystem::path> ap; // by "imec0"
+    std::map<std::string, std::filesystem::path> lfp;
+};
+
+void add_metadata(const std::filesystem::path& folder, const std::filesystem::directory_entry& entry,
+                  const std::string& band, std::map<std::string, std::filesystem::path>& found) {
+    const std::string name = entry.path().filename().string();
+    const std::string ending = "." + band + ".meta";
+    const std::size_t begin = name.rfind(".imec");
+    if (!name.ends_with(ending) || begin == std::string::npos || begin + ending.size() > name.size() ||
+        !entry.is_regular_file()) {
+        return;
+    }
+    if (entry.file_size() > longest_metadata) {
+        throw std::runtime_error("'" + entry.path().string() + "' is too long for metadata of SpikeGLX");
+    }
+    const std::string probe = name.substr(begin + 1, name.size() - ending.size() - begin - 1);
+    const auto [other, is_new] = found.emplace(probe, entry.path());
+    if (!is_new) {
+        throw std::runtime_error("'" + folder.string() + "' holds several recordings, '" +
+                                 other->second.filename().string() + "' and '" + name +
+                                 "': show a folder with one");
+    }
+}
+
+// Files whose names end as "….imec0.ap.meta", in the folder and in those below it. What is linked into it is
+// left out, so that there is an end to it.
+Metadata_Files find_metadata(const std::filesystem::path& folder, std::size_t most_files) {
+    Metadata_Files found;
+    std::size_t count = 0;
+    using Iterator = std::filesystem::recursive_directory_iterator;
+    for (Iterator entry(folder, std::filesystem::directory_options::skip_permission_denied);
+         entry != Iterator(); ++entry) {
+        if (++count > most_files) {
+            throw std::runtime_error("'" + folder.string() + "' holds more than " +
+                                     std::to_string(most_files) +
+                                     " files: show the folder of one run of SpikeGLX");
         }
-        const std::string probe = name.substr(begin + 1, name.size() - ending.size() - begin - 1);
-        const auto [other, is_new] = found.emplace(probe, entry.path());
-        if (!is_new) {
-            throw std::runtime_error("'" + folder.string() + "' holds several recordings, '" +
-                                     other->second.filename().string() + "' and '" + name +
-                                     "': show a folder with one");
+        if (entry.depth() >= deepest_folder) {
+            entry.disable_recursion_pending();
         }
+        add_metadata(folder, *entry, "ap", found.ap);
+        add_metadata(folder, *entry, "lf", found.lfp);
     }
     return found;
 }
@@ -140,15 +170,17 @@ void number_ports(std::vector<recorder::Probe_Description>& probes) {
 
 } // namespace
 
-Folder_Layout foreign_spikeglx_layout(const std::filesystem::path& folder) {
-    const auto ap = find_metadata(folder, "ap");
-    const auto lfp = find_metadata(folder, "lf");
+Folder_Layout foreign_spikeglx_layout(const std::filesystem::path& folder, std::size_t most_files) {
+    const auto [ap, lfp] = find_metadata(folder, most_files);
     if (ap.empty() || ap.size() > most_probes) {
         throw std::runtime_error("'" + folder.string() + "' " +
-                                 (ap.empty() ? "is no recording that orbe-view knows: it has neither " +
-                                                   std::string(recorder::description_file_name) +
-                                                   " nor the files of a probe that SpikeGLX writes"
-                                             : "has more probes than orbe-view shows"));
+                                 (ap.empty()
+                                      ? "is no recording that orbe-view knows: it has neither " +
+                                            std::string(recorder::description_file_name) +
+                                            " nor, in it and in the " + std::to_string(deepest_folder) +
+                                            " levels of folders below it, the files of a probe that "
+                                            "SpikeGLX writes"
+                                      : "has more probes than orbe-view shows"));
     }
     Folder_Layout layout;
     layout.folder = folder;
