@@ -1,9 +1,11 @@
-// Program orbe-view, folders. Which samples of a stream are lost. Whoever holds it sees to it that nobody
-// changes it meanwhile; nothing blocks.
+// Program orbe-view, folders. Which samples of a stream are lost. A copy shares what lies far behind, so that
+// it costs little however long the list is. Whoever holds it sees to it that nobody changes it meanwhile;
+// nothing blocks.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <vector>
 
 namespace Pelgar::ORBE::view {
@@ -22,6 +24,11 @@ public:
     // In any order; those that touch or overlap become one.
     explicit Gap_List(std::vector<Sample_Range> gaps);
 
+    // As above, but that it must not begin before the last one: then it answers false and does nothing.
+    bool add(const Sample_Range& gap);
+
+    std::vector<Sample_Range> all() const;
+
     // How many samples of the range are lost.
     std::uint64_t lost_in(const Sample_Range& range) const;
 
@@ -34,10 +41,19 @@ public:
     Stretch stretch_at(std::uint64_t sample) const;
 
 private:
-    std::uint64_t lost_before(std::uint64_t sample) const;
+    // Of gaps that follow each other.
+    struct Block {
+        static constexpr std::size_t most = 1024;
 
-    std::vector<Sample_Range> m_gaps;
-    std::vector<std::uint64_t> m_before; // lost samples before each of them
+        std::vector<Sample_Range> gaps;
+        std::vector<std::uint64_t> before; // lost samples before each of them
+    };
+
+    std::uint64_t lost_before(std::uint64_t sample) const;
+    const Block& block_with(std::uint64_t sample) const;
+
+    std::vector<std::shared_ptr<const Block>> m_full; // do not change any more
+    Block m_last;                                     // not empty when there is any gap
 };
 
 } // namespace Pelgar::ORBE::view
