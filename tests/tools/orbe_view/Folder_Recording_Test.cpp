@@ -205,6 +205,26 @@ TEST_P(Folder, ShowsFromAnyPieceOn) {
     EXPECT_EQ(lost_in(second.band(Band::ap), 3000, 3200), 100U);
 }
 
+TEST_P(Folder, CountsLossesOnceWhereverOneJumps) {
+    for (const bool has_adc : {true, false}) {
+        auto description = test::made_description();
+        if (!has_adc) {
+            description.adc.reset();
+        }
+        std::filesystem::remove_all(path);
+        Folder_Recording recording(layout_in(make(description)), start);
+        Histories histories(recording.description().probes, has_adc, 10.0, 100.0);
+        for (const std::size_t piece : {4U, 15U, 5U, 0U}) { // before the gap, behind it, within it
+            histories.clear();
+            show(recording, histories, piece);
+        }
+        EXPECT_EQ(histories.lost_samples(), has_adc ? 101U : 100U);
+        histories.begin_anew();
+        show(recording, histories);
+        EXPECT_EQ(histories.lost_samples(), has_adc ? 202U : 200U);
+    }
+}
+
 TEST_P(Folder, TellsOfLossesWhereTheyLieAndOfNothingElse) {
     Folder_Recording recording(layout_in(make(test::made_description())), start);
     const auto damage = recording.damage(120); // of 100 samples each

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "history/Fair_Mutex.h"
+#include "history/Loss_Count.h"
 #include "history/Stream_History.h"
 
 #include <cstddef>
@@ -34,7 +35,10 @@ public:
     void append(std::span<const Row> rows);
     // So many rows from number `first` on are lost.
     void append_lost(std::uint64_t first, std::uint64_t count);
+    // What comes next is of another time.
     void clear();
+    // And its numbers are those of other samples.
+    void begin_anew();
 
     class Reading {
     public:
@@ -44,7 +48,10 @@ public:
 
         std::uint64_t samples() const { return m_history.m_samples; }
 
-        std::uint64_t lost_samples() const { return m_history.m_lost; }
+        // As often as they were passed; and each once, however often a jump led there.
+        std::uint64_t lost_samples() const { return m_history.m_losses.passed(); }
+
+        std::uint64_t different_lost_samples() const { return m_history.m_losses.different(); }
 
     private:
         const ADC_History& m_history;
@@ -57,9 +64,7 @@ private:
     // Two seconds as they are, half a minute in milliseconds.
     Stream_History m_stream{{width, 60'000, 30, 32'000}};
     std::uint64_t m_samples = 0;
-    std::uint64_t m_lost = 0;
-    std::uint64_t m_next = 0;
-    bool m_has_next = false;
+    Loss_Count m_losses;
 };
 
 } // namespace Pelgar::ORBE::view

@@ -7,6 +7,7 @@
 #include "history/Probe_History.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <utility>
 #include <vector>
@@ -51,6 +52,16 @@ public:
 
     const Health_History& health() const { return m_health; }
 
+    // Of all streams, each sample once.
+    std::uint64_t lost_samples() const {
+        std::uint64_t lost = m_adc ? ADC_History::Reading(*m_adc).different_lost_samples() : 0;
+        for (const auto& probe : m_probes) {
+            lost += Probe_History::Reading(*probe).different_lost_samples();
+        }
+        return lost;
+    }
+
+    // What comes next is of another time.
     void clear() {
         for (const auto& probe : m_probes) {
             probe->clear();
@@ -59,6 +70,17 @@ public:
             m_adc->clear();
         }
         m_health.clear();
+    }
+
+    // And its numbers are those of other samples.
+    void begin_anew() {
+        clear();
+        for (const auto& probe : m_probes) {
+            probe->begin_anew();
+        }
+        if (m_adc) {
+            m_adc->begin_anew();
+        }
     }
 
 private:

@@ -68,9 +68,7 @@ void Probe_History::append(Band band, std::uint64_t first, std::span<const std::
 void Probe_History::append_lost(Band band, std::uint64_t first, std::uint64_t count) {
     const std::lock_guard lock(m_mutex);
     if (band == Band::ap) {
-        m_lost += count;
-        m_has_next = true;
-        m_next = first + count;
+        m_losses.lose(first, count);
         m_ap.append_lost(first, count);
         m_statistics.skip();
     } else {
@@ -79,12 +77,9 @@ void Probe_History::append_lost(Band band, std::uint64_t first, std::uint64_t co
 }
 
 void Probe_History::add_ap(std::uint64_t number, std::span<const std::int16_t> values) {
-    if (m_has_next && number > m_next) {
-        m_lost += number - m_next;
+    if (m_losses.come(number) != 0) {
         m_statistics.skip();
     }
-    m_has_next = true;
-    m_next = number + 1;
     m_ap.append(number, values);
     m_statistics.add(values);
     ++m_samples;
@@ -95,7 +90,13 @@ void Probe_History::clear() {
     m_ap.clear();
     m_lfp.clear();
     m_statistics.clear();
-    m_has_next = false;
+    m_losses.jump();
+}
+
+void Probe_History::begin_anew() {
+    clear();
+    const std::lock_guard lock(m_mutex);
+    m_losses.begin_anew();
 }
 
 } // namespace Pelgar::ORBE::view

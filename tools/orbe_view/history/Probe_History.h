@@ -6,6 +6,7 @@
 #include "description/Recording_Description.h"
 #include "history/Channel_Statistics.h"
 #include "history/Fair_Mutex.h"
+#include "history/Loss_Count.h"
 #include "history/Stream_History.h"
 
 #include <NeuropixAPI.h>
@@ -50,7 +51,10 @@ public:
     void append(Band band, std::uint64_t first, std::span<const std::int16_t> rows);
     // So many of them are lost.
     void append_lost(Band band, std::uint64_t first, std::uint64_t count);
+    // What comes next is of another time.
     void clear();
+    // And its numbers are those of other samples.
+    void begin_anew();
 
     // ---- What the reader sees of both, while it holds the object.
 
@@ -67,7 +71,10 @@ public:
 
         std::uint64_t samples() const { return m_history.m_samples; }
 
-        std::uint64_t lost_samples() const { return m_history.m_lost; }
+        // As often as they were passed; and each once, however often a jump led there.
+        std::uint64_t lost_samples() const { return m_history.m_losses.passed(); }
+
+        std::uint64_t different_lost_samples() const { return m_history.m_losses.different(); }
 
     private:
         const Probe_History& m_history;
@@ -84,9 +91,7 @@ private:
     Stream_History m_lfp;
     Channel_Statistics m_statistics;
     std::uint64_t m_samples = 0; // since the beginning, whatever was cleared
-    std::uint64_t m_lost = 0;
-    std::uint64_t m_next = 0;
-    bool m_has_next = false;
+    Loss_Count m_losses;         // as these
 };
 
 } // namespace Pelgar::ORBE::view

@@ -98,7 +98,7 @@ void Host_Source::follow_wish() {
         m_streams = false;
         return;
     }
-    m_histories.clear();
+    m_histories.begin_anew();
     m_intakes.assign(m_probes.size(), Packet_Intake(0));
     m_adc_intake = Packet_Intake(0);
     m_position = 0;

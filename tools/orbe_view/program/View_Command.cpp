@@ -77,10 +77,7 @@ void serve(const View_Options& options, const tools::Working_Directory& director
         }
         problem = now;
     }
-    std::uint64_t lost = 0;
-    for (std::size_t probe = 0; probe < source->histories().probe_count(); ++probe) {
-        lost += Probe_History::Reading(source->histories().probe(probe)).lost_samples();
-    }
+    const std::uint64_t lost = source->histories().lost_samples();
     say(user.user_output_descriptor(), std::to_string(show.pictures()) + " pictures shown, " +
                                            std::to_string(show.dropped()) + " left out; " +
                                            tools::counted(lost, "sample", "samples") + " lost in the data");
