@@ -31,7 +31,6 @@ namespace {
 
 namespace exit_codes = tools::exit_codes;
 
-constexpr int output_descriptor = 1;
 constexpr double shortest_recording = 0.001;
 constexpr double longest_recording = 1e6;
 constexpr const char* raw_file_name = "raw_data.bin";
