@@ -8,7 +8,6 @@
 #include <algorithm>
 #include <cstring>
 #include <string>
-#include <utility>
 
 namespace Pelgar::ORBE::demux {
 
@@ -16,6 +15,8 @@ namespace {
 
 // Over all demultiplexers of the process.
 std::array<High_Water_Mark, np_port_count> np_queue_high_water_mark;
+
+constexpr std::uint32_t all_streams = (std::uint32_t{1} << mux_row::stream_id_count) - 1;
 
 // The counter before the first row, so that every stream begins at 0.
 constexpr std::uint8_t counter_before_first_row = 0xFF;
@@ -68,9 +69,6 @@ void Row_Splitter::set_block_length(std::uint32_t super_frames) {
 // them. Such rows are taken in turns, everything else row by row.
 void Row_Splitter::split(const std::uint8_t* rows, std::size_t row_count) {
     m_rhd_rows_placed = 0;
-    if (std::exchange(m_is_behind_loss, false)) [[unlikely]] {
-        take_counters(rows, row_count);
-    }
     const std::uint8_t* const end = rows + row_count * mux_row::length;
     while (rows != end) {
         const auto left = static_cast<std::size_t>(end - rows) / mux_row::length;
@@ -153,8 +151,12 @@ std::size_t Row_Splitter::copy_turns(const std::uint8_t* rows, const Turn& turn)
         }
         rows += length * mux_row::length;
     }
+    if (turns == 0) {
+        return 0;
+    }
     for (std::size_t i = 0; i < length; ++i) {
         advance(turn.streams[i], turns);
+        note_rows(turn.streams[i]);
         m_last_row_counter[turn.streams[i]] =
             static_cast<std::uint8_t>(m_last_row_counter[turn.streams[i]] + turns);
     }
@@ -190,6 +192,11 @@ void Row_Splitter::advance(unsigned stream, std::size_t row_count) {
     }
 }
 
+// From its first row behind a loss on, the counter of a stream is known again.
+void Row_Splitter::note_rows(unsigned stream) {
+    m_streams_behind_loss &= ~(std::uint32_t{1} << stream);
+}
+
 // Any row at all. False, and nothing done, for one without a marker.
 bool Row_Splitter::take_row(const std::uint8_t* row) {
     if (!mux_row::has_marker(row)) {
@@ -198,11 +205,13 @@ bool Row_Splitter::take_row(const std::uint8_t* row) {
     const unsigned stream = mux_row::stream_id_of(row);
     const std::uint8_t counter = row[mux_row::counter_offset];
     std::uint8_t& last_counter = m_last_row_counter[stream];
-    if (static_cast<std::uint8_t>(last_counter + 1) != counter) {
+    const bool is_next = static_cast<std::uint8_t>(last_counter + 1) == counter;
+    if (!is_next && (m_streams_behind_loss >> stream & 1U) == 0) {
         m_row_gaps[stream].fetch_add(1);
         anomaly::row_counter_discontinuity(stream, m_total_row_index, last_counter, counter);
     }
     last_counter = counter;
+    note_rows(stream);
 
     if (stream < np_port_count) {
         take_np_row(stream, row);
@@ -266,20 +275,7 @@ void Row_Splitter::skip(const Stream_Loss& loss) {
     }
     m_is_rejoining.fill(true);
     m_rhd_worker.note_loss();
-    m_is_behind_loss = true;
-}
-
-// Takes the counters of the streams as they come: it is known that rows are missing in front of these.
-void Row_Splitter::take_counters(const std::uint8_t* rows, std::size_t row_count) {
-    unsigned seen = 0;
-    const std::uint8_t* const end = rows + row_count * mux_row::length;
-    for (; rows != end && mux_row::has_marker(rows); rows += mux_row::length) {
-        const unsigned stream = mux_row::stream_id_of(rows);
-        if ((seen >> stream & 1U) == 0) {
-            seen |= 1U << stream;
-            m_last_row_counter[stream] = static_cast<std::uint8_t>(rows[mux_row::counter_offset] - 1U);
-        }
-    }
+    m_streams_behind_loss = all_streams;
 }
 
 std::uint64_t Row_Splitter::lost_super_frames(unsigned port) const {

@@ -74,12 +74,12 @@ private:
     std::uint8_t* place_of(unsigned stream);
     void advance(unsigned stream, std::size_t row_count);
 
+    void note_rows(unsigned stream);
     bool take_row(const std::uint8_t* row);
     void take_np_row(unsigned port, const std::uint8_t* row);
     void append_payload(unsigned stream, const std::uint8_t* row);
     void hand_over_block(unsigned port);
     void drop_block(unsigned port);
-    void take_counters(const std::uint8_t* rows, std::size_t row_count);
     void hand_over_rhd_words();
 
     NP_Workers& m_np_workers;
@@ -93,7 +93,8 @@ private:
     std::array<std::uint32_t, np_port_count> m_np_rows{};
     std::uint32_t m_rhd_rows = 0;
     std::uint32_t m_total_row_index = 0;
-    bool m_is_behind_loss = false;
+    // The streams that have had no row since a loss, a bit each: their counters may have gone anywhere.
+    std::uint32_t m_streams_behind_loss = 0;
     // The ports that have not begun a super frame since a loss.
     std::array<bool, np_port_count> m_is_rejoining{};
     std::array<std::optional<Loss_Report>, np_port_count> m_np_losses;

@@ -276,6 +276,45 @@ TEST_F(Full_Queues, DamageBehindALossIsReportedAsEver) {
     EXPECT_EQ(output.out.find(line, second + 1), std::string::npos);
 }
 
+// The rows of a stream that sends seldom, picked out of a transfer or left in it.
+Bytes rows_of(const Bytes& transfer, unsigned stream, bool wanted) {
+    Bytes rows;
+    for (auto row = transfer.begin(); row != transfer.end(); row += 16) {
+        if ((*row % 16 == stream) == wanted) {
+            rows.insert(rows.end(), row, row + 16);
+        }
+    }
+    return rows;
+}
+
+// The counter of a stream that has no row in the first transfer behind the loss has gone on meanwhile, too.
+TEST_F(Full_Queues, AStreamThatComesLateBehindALossHasNoGap) {
+    Rows_Of_A_Box box(300);
+    const auto output = captured_output([&] {
+        for (int i = 0; i < 33; ++i) {
+            push_bytes(*m_demux, box.next_transfer());
+        }
+        ASSERT_EQ(m_demux->get_lost_byte_count(), transfer_rows * 16);
+        start();
+        m_demux->wait_until_delivered();
+        const Bytes transfer = box.next_transfer();
+        push_bytes(*m_demux, rows_of(transfer, 4, false));
+        push_bytes(*m_demux, rows_of(transfer, 4, true));
+        Bytes damaged = box.next_transfer();
+        damaged = rows_of(damaged, 4, true);
+        damaged[1] ^= 0x40U;
+        push_bytes(*m_demux, damaged);
+        end();
+    });
+    const std::size_t first = output.out.find("Possible demux row counter disconitinuty for demux ch : 4");
+    ASSERT_NE(first, std::string::npos) << "what is damaged behind it is told";
+    EXPECT_EQ(output.out.find("disconitinuty"), output.out.find("disconitinuty", first));
+    EXPECT_EQ(m_demux->get_stream_damage(4).row_gaps, 2U) << "there and back";
+    for (unsigned port = 0; port < 4; ++port) {
+        EXPECT_EQ(m_demux->get_stream_damage(port).row_gaps, 0U);
+    }
+}
+
 TEST_F(Full_Queues, APoisonIsNeverLost) {
     Rows_Of_A_Box box(200);
     const auto output = captured_output([&] {
