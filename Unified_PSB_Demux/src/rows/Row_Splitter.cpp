@@ -51,8 +51,11 @@ void copy_payload(std::uint8_t* place, const std::uint8_t* row) {
 
 Row_Splitter::Row_Splitter(NP_Workers& np_workers, C_RHD_Worker_Thread& rhd_worker)
     : m_np_workers(np_workers), m_rhd_worker(rhd_worker) {
+    // What is in a block is read up to its fill alone.
     for (auto& block : m_np_blocks) {
-        block = std::make_unique<NP_Block_Buffer>();
+        block = std::make_unique_for_overwrite<NP_Block_Buffer>();
+        block->fill = 0;
+        block->lost_before = 0;
     }
     m_last_row_counter.fill(counter_before_first_row);
     for (unsigned port = 0; port < np_port_count; ++port) {
