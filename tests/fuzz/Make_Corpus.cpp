@@ -3,6 +3,7 @@
 // The files are committed; this program is run again when a target or an input changes. What the bytes of an
 // input mean is said at the head of its Fuzz_*.cpp. Other files of the directory are left alone.
 #include "Demux_Streams.h"
+#include "data_road/Road_Corpus.h"
 
 #include <cstdio>
 #include <exception>
@@ -293,6 +294,13 @@ void make_vector_code(const std::filesystem::path& root) {
     corpus.add("all_streams", joined({{2, 32}, rhd_rows(2, 32)}));
 }
 
+void make_data_road(const std::filesystem::path& root) {
+    const Corpus corpus(root, "data_road");
+    for (const auto& [name, bytes] : road_corpus()) {
+        corpus.add(name.c_str(), bytes);
+    }
+}
+
 // Recordings.
 
 void make_recording_checker(const std::filesystem::path& root) {
@@ -329,6 +337,7 @@ int main(int argc, char** argv) {
         make_adc_calibration(root);
         make_gain_calibration(root);
         make_row_demux(root);
+        make_data_road(root);
         make_vector_code(root);
         make_recording_checker(root);
     } catch (const std::exception& error) {

@@ -81,6 +81,8 @@ public:
     std::uint64_t get_frame_gap_count() const;
 
 private:
+    friend struct Demux_Test_Peer;
+
     void work();
     void decode(const NP_Block_Buffer& block);
 

@@ -83,6 +83,8 @@ public:
     std::uint32_t get_valid_frame_count() const { return m_reader.get_valid_frame_count(); }
 
 private:
+    friend struct Demux_Test_Peer;
+
     void work();
     bool read_and_deliver();
     void deliver(RHD_Frame& frame);

@@ -95,6 +95,8 @@ public:
     }
 
 private:
+    friend struct Demux_Test_Peer;
+
     bool extend_last_piece(std::size_t count);
     void append_piece(std::size_t count);
     void count_pushed(std::size_t count);

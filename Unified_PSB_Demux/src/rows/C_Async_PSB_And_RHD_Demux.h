@@ -122,6 +122,8 @@ public:
     Stream_Damage get_stream_damage(unsigned stream) const;
 
 private:
+    friend struct Demux_Test_Peer;
+
     void renew();
     void set_queue_limits();
     void tell_losses();
