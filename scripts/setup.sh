@@ -56,10 +56,10 @@ needs_of() {
     debug | tsan) echo build tests view ;;
     asan) echo build tests view loguru ;;
     windows) echo build view windows ;;
-    fuzz) echo build tests fuzz ;;
+    fuzz | fuzz-fast) echo build tests fuzz ;;
     tidy) echo build tests view tidy ;;
     format) echo format ;;
-    *) fail "unknown use: $1 (demo, release, debug, asan, tsan, windows, fuzz, tidy or format)" ;;
+    *) fail "unknown use: $1 (demo, release, debug, asan, tsan, windows, fuzz, fuzz-fast, tidy or format)" ;;
     esac
 }
 
