@@ -40,6 +40,7 @@ lld                         windows links that host
 llvm                        windows makes the import library that the host is linked with
 clang                       fuzz    compiler
 libclang-rt-14-dev          fuzz    run time of the fuzzers
+python3-clang-14            mutation finds where defects can be put into the layers
 clang-tidy                  tidy    looks at the sources
 clang-format                format  formats the sources
 '
@@ -52,7 +53,7 @@ fail() {
 needs_of() {
     case $1 in
     demo) echo build ;;
-    release) echo build tests view browser ;;
+    release) echo build tests view browser mutation ;;
     debug | tsan) echo build tests view ;;
     asan) echo build tests view loguru ;;
     windows) echo build view windows ;;
