@@ -6,6 +6,8 @@
 #include "Box_Row.h"
 
 #include <NeuropixAPI_C.h>
+#include <host_streams/ADC_Stream.h>
+#include <host_streams/Electrode_Stream.h>
 
 #include <gtest/gtest.h>
 
@@ -327,6 +329,20 @@ TEST_F(Needed, ADCQueueHoldsTwoSeconds) {
     for (const auto& row : read_adc(60'000, 12)) {
         ASSERT_EQ(sample_of(row.info.Timestamp), sample++);
     }
+}
+
+TEST_F(Needed, QueueThatIsNotThereIsEmpty) {
+    open_usb();
+    constexpr int no_slot = 1000;
+    int available = -1;
+    int headroom = -1;
+    EXPECT_NE(ADC_getPacketFifoStatus(no_slot, &available, &headroom), SUCCESS);
+    EXPECT_EQ(available, 0);
+    EXPECT_EQ(headroom, static_cast<int>(npoe_adapter::ADC_Stream::capacity));
+    available = -1;
+    EXPECT_NE(getElectrodeDataFifoState(no_slot, 1, 1, &available, &headroom), SUCCESS);
+    EXPECT_EQ(available, 0);
+    EXPECT_EQ(headroom, static_cast<int>(npoe_adapter::Electrode_Stream::capacity));
 }
 
 TEST_F(Shown, ADCStampsAndStatusAreThoseOfTheProbes) {

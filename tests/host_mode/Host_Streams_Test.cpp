@@ -218,4 +218,19 @@ TEST_F(Host_Streams, ADCStampsLeaveOutTheFramesThatAreLost) {
     }
 }
 
+// Inputs, of which the box has eight, then a comparator for each, then nothing, however long the host's rows
+// are.
+TEST_F(Host_Streams, ADCRowEndsWithTheComparators) {
+    m_frame.board_adc_data.fill(0x8000);
+    m_frame.ttl_in = 0x0F00;
+    m_adc.begin_run();
+    publish_frame(0);
+    std::array<std::int16_t, 96> row{};
+    row.fill(-1);
+    ASSERT_EQ(m_adc.take(nullptr, row.data(), row.size(), 1), 1U);
+    for (std::size_t column = 0; column < row.size(); ++column) {
+        EXPECT_EQ(row[column], column >= 20 && column < 24 ? 1 : 0) << column;
+    }
+}
+
 } // namespace

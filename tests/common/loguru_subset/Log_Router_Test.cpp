@@ -149,7 +149,8 @@ TEST_F(Router, ListenersComeAndGoWhileOthersLog) {
 
 #if defined(__linux__)
 TEST_F(Router, ProcessThatIsForkedWhileAThreadLogsCanLogItself) {
-    add("one", m_a, [](void* /*user_data*/, const Message& /*message*/) {});
+    static std::atomic<unsigned> received;
+    add("one", m_a, [](void* /*user_data*/, const Message& /*message*/) { ++received; });
     std::atomic<bool> enough{false};
     std::thread logging([&] {
         while (!enough) {
@@ -163,8 +164,9 @@ TEST_F(Router, ProcessThatIsForkedWhileAThreadLogsCanLogItself) {
         ASSERT_NE(child, -1);
         if (child == 0) {
             alarm(patience_s); // ends a process that hangs
+            const unsigned before = received;
             deliver("text");
-            _exit(0);
+            _exit(received == before + 1 ? 0 : 1);
         }
         int status = -1;
         EXPECT_EQ(waitpid(child, &status, 0), child);
