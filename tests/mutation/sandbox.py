@@ -1,6 +1,8 @@
 # A copy of the tree, built with the preset release, in which defects are made one by one.
 import filecmp
+import hashlib
 import json
+import pickle
 import shlex
 import shutil
 import subprocess
@@ -40,8 +42,14 @@ def bring_up_to_date(source, tree):
     shutil.copytree(source / modules, tree / modules, dirs_exist_ok=True)
 
 
+SEEN = set()  # by this process
+
+
 def scan(task):
-    return places_in(*task)
+    main_file, options, files = task
+    found = places_in(main_file, options, files - SEEN)
+    SEEN.update(found)
+    return found
 
 
 class Sandbox:
@@ -86,19 +94,24 @@ class Sandbox:
         return found
 
     def places(self):
-        """The places of all files of the layers that this build compiles, headers with the first file that takes them."""
-        files = {
-            str(path) for layer in LAYERS for path in (self.tree / layer).rglob("*") if path.suffix in (".cpp", ".h")
-        }  # fmt: skip
-        tasks = [(str(self.tree / name), options, files) for name, options in sorted(self.commands.items())]
+        """The places of all files of the layers that this build compiles. What was found is kept while the files are the
+        same."""
+        files = sorted(str(path) for layer in LAYERS for path in (self.tree / layer).rglob("*") if path.suffix in (".cpp", ".h"))
+        digest = hashlib.sha256(Path(places_in.__code__.co_filename).read_bytes())
+        for file in files:
+            digest.update(file.encode() + b"\n" + Path(file).read_bytes())
+        kept = self.tree.parent / "places"
+        if kept.is_file():
+            known, found = pickle.loads(kept.read_bytes())
+            if known == digest.digest():
+                return found
         found = {}
+        tasks = [(str(self.tree / name), options, set(files)) for name, options in sorted(self.commands.items())]
         with ProcessPoolExecutor(self.jobs) as pool:
-            for places in pool.map(scan, tasks):
-                for file, of_file in places.items():
-                    name = str(Path(file).relative_to(self.tree))
-                    found[name] = sorted(
-                        {*found.get(name, ()), *of_file}, key=lambda place: (place.begin, place.end, place.kind, place.text)
-                    )
+            for of_files in pool.map(scan, tasks):
+                for file, of_file in of_files.items():
+                    found.setdefault(str(Path(file).relative_to(self.tree)), of_file)
+        kept.write_bytes(pickle.dumps((digest.digest(), found)))
         return found
 
     def inputs(self, program):
