@@ -104,8 +104,9 @@ TEST_F(OkellyAdapterModule, BankCommandIsThreeWritesAndATrigger) {
 TEST_F(OkellyAdapterModule, BankCommandTriggerHasEightBits) {
     m_okelly.update_bank_cmd(0, 0, 0, 6);
     m_okelly.update_bank_cmd(0, 0, 0, 7);
+    m_okelly.update_bank_cmd(0, 0, 0, 32);
     m_okelly.update_bank_cmd(0, 0, 0, 255);
-    EXPECT_EQ(m_registers.writes_to(triggers), (std::vector<std::uint32_t>{0x80, 0, 0}));
+    EXPECT_EQ(m_registers.writes_to(triggers), (std::vector<std::uint32_t>{0x80, 0, 0, 0}));
 }
 
 TEST_F(OkellyAdapterModule, AuxCommandsAreWrittenOneByOneAndTheirEndIndexIsSet) {

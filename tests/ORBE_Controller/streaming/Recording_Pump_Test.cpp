@@ -96,6 +96,21 @@ TEST_F(Simulated_Streaming, TwoAndAHalfMebibytesArePushedAsTwoBuffersThenRewound
     EXPECT_EQ(occurrences(testing::internal::GetCapturedStdout(), refused_transfer), 3U);
 }
 
+TEST_F(Simulated_Streaming, PiecesThatArePlayedInRealTimeAreAsShortAsTransfersOfTheBox) {
+    constexpr std::uint32_t piece = 64 * 1024;
+    write_recording(5 * piece / 2);
+    m_controller.set_prompt_delivery(piece, 1);
+    ASSERT_TRUE(m_controller.prepare_for_simulation_streaming("recording.bin"));
+    m_controller.play_from_beginning_in_real_time();
+    testing::internal::CaptureStdout();
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_TRUE(m_controller.pump_data_to_demux());
+    }
+    EXPECT_FALSE(m_controller.pump_data_to_demux());
+    m_controller.finalize_stream();
+    EXPECT_EQ(occurrences(testing::internal::GetCapturedStdout(), refused_transfer), 3U);
+}
+
 TEST_F(Simulated_Streaming, PausedPumpStillReadsAndWaitsButPushesNothing) {
     write_recording(2 * mebibyte);
     ASSERT_TRUE(m_controller.prepare_for_simulation_streaming("recording.bin"));
