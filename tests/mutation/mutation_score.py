@@ -16,6 +16,7 @@ from survivors import Bad_List, outdated, read_survivors, write_entry
 
 SOURCE = Path(__file__).resolve().parents[2]
 FOLDER = SOURCE / "build/mutation"
+STAGE_SECONDS = 5
 LIST = Path(__file__).with_name("survivors.txt")
 
 
@@ -99,6 +100,22 @@ class Trial:
             tests = [read_tests(folder) for folder in folders if (folder / "CTestTestfile.cmake").is_file()]
             self.nearest[room.path] = {test.name for of_folder in tests for test in of_folder}
 
+    def stages(self, tests):
+        """The tests by the programs that they take, quick ones first and some seconds of them at a time, so that a
+        program whose turn does not come need not be built."""
+        by_programs = {}
+        for test in tests:
+            by_programs.setdefault(test.programs, []).append(test)
+        costs = {programs: sum(self.suite.durations[test.name] for test in of_them) for programs, of_them in by_programs.items()}
+        stage, cost = [], 0
+        for programs in sorted(by_programs, key=lambda programs: (costs[programs], sorted(programs))):
+            stage += by_programs[programs]
+            cost += costs[programs]
+            if cost > STAGE_SECONDS:
+                yield stage
+                stage, cost = [], 0
+        yield stage
+
     def outcome(self, room, mutant):
         """The verdict, and who has caught it."""
         file = self.sandbox.tree / mutant.file
@@ -110,7 +127,9 @@ class Trial:
             tests = [test for test in self.tests if self.sandbox.depends(test, mutant.file)]
             near = [test for test in tests if test.name in self.nearest[room]]
             far = [test for test in tests if test.name not in self.nearest[room]]
-            for stage in filter(None, (near,) if self.is_quick else (near, far)):
+            for stage in [near] if self.is_quick else [near, *self.stages(far)]:
+                if not stage:
+                    continue
                 self.sandbox.make({program for test in stage for program in test.programs if self.sandbox.inputs(program)})
                 failure = self.suite.first_failure(stage)
                 if failure:
