@@ -29,7 +29,7 @@ def arguments():
     parser.add_argument("count", metavar="COUNT", nargs="?", type=int, default=100, help="how many defects to draw (100)")
     parser.add_argument("--seed", type=int, default=1, help="which ones are drawn (1)")
     parser.add_argument("--only", metavar="PATH", default="", help="only in files whose path begins so")
-    parser.add_argument("--quick", action="store_true", help="only the nearest tests; the others in a later run")
+    parser.add_argument("--quick", action="store_true", help="only the nearest tests, and of them those of less than a second; the others in a later run")
     parser.add_argument("--survivors", action="store_true", help="try those again that no test has seen so far")
     parser.add_argument("--summary", action="store_true", help="only the summary of what is there")
     return parser.parse_args()
@@ -126,6 +126,8 @@ class Trial:
             file.write_bytes(mutant.put_into(source))
             tests = [test for test in self.tests if self.sandbox.depends(test, mutant.file)]
             near = [test for test in tests if test.name in self.nearest[room]]
+            if self.is_quick:
+                near = [test for test in near if self.suite.durations[test.name] < 1]
             far = [test for test in tests if test.name not in self.nearest[room]]
             for stage in [near] if self.is_quick else [near, *self.stages(far)]:
                 if not stage:
