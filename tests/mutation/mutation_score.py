@@ -4,6 +4,7 @@ import json
 import shutil
 import signal
 import sys
+from itertools import chain
 from pathlib import Path
 from time import monotonic
 
@@ -100,15 +101,17 @@ class Trial:
             tests = [read_tests(folder) for folder in folders if (folder / "CTestTestfile.cmake").is_file()]
             self.nearest[room.path] = {test.name for of_folder in tests for test in of_folder}
 
-    def stages(self, tests):
-        """The tests by the programs that they take, quick ones first and some seconds of them at a time, so that a
-        program whose turn does not come need not be built."""
+    def stages(self, tests, function):
+        """The tests by the programs that they take, some seconds of them at a time, so that a program whose turn does not
+        come need not be built: first those that name the function, and the quick ones before others."""
         by_programs = {}
         for test in tests:
             by_programs.setdefault(test.programs, []).append(test)
         costs = {programs: sum(self.suite.durations[test.name] for test in of_them) for programs, of_them in by_programs.items()}
+        names = {programs: self.sandbox.names(of_them[0], function) for programs, of_them in by_programs.items()}
+        order = sorted(by_programs, key=lambda programs: (not names[programs], costs[programs], sorted(programs)))
         stage, cost = [], 0
-        for programs in sorted(by_programs, key=lambda programs: (costs[programs], sorted(programs))):
+        for programs in order:
             stage += by_programs[programs]
             cost += costs[programs]
             if cost > STAGE_SECONDS:
@@ -129,7 +132,8 @@ class Trial:
             if self.is_quick:
                 near = [test for test in near if self.suite.durations[test.name] < 1]
             far = [test for test in tests if test.name not in self.nearest[room]]
-            for stage in [near] if self.is_quick else [near, *self.stages(far)]:
+            function = mutant.function.split(" (")[0].split("::")[-1]
+            for stage in [near] if self.is_quick else chain([near], self.stages(far, function)):
                 if not stage:
                     continue
                 self.sandbox.make({program for test in stage for program in test.programs if self.sandbox.inputs(program)})

@@ -3,6 +3,7 @@ import filecmp
 import hashlib
 import json
 import pickle
+import re
 import shlex
 import shutil
 import subprocess
@@ -58,6 +59,7 @@ class Sandbox:
         self.build = self.tree / "build/release"
         self.jobs = jobs
         self.inputs_of = {}
+        self.sources = {}
         self.tree.mkdir(parents=True, exist_ok=True)
         bring_up_to_date(source, self.tree)
         self.run(["cmake", "--preset", "release", "-DCMAKE_EXPORT_COMPILE_COMMANDS=ON"])
@@ -127,3 +129,19 @@ class Sandbox:
         """Whether what the test runs is made from the file, or not made by the build at all."""
         inputs = set().union(*(self.inputs(program) for program in test.programs))
         return not inputs or str(self.tree / file) in inputs
+
+    def names(self, test, function):
+        """Whether a source of what the test runs has the function's name."""
+        word = re.compile(rb"\b" + re.escape(function.encode()) + rb"\b")
+        sources = {
+            name
+            for program in test.programs
+            for name in self.inputs(program)
+            if name.startswith(f"{self.tree}/tests/") and name.endswith(".cpp")
+        }
+        return any(word.search(self.source_of(name)) for name in sources)
+
+    def source_of(self, file):
+        if file not in self.sources:
+            self.sources[file] = Path(file).read_bytes()
+        return self.sources[file]
