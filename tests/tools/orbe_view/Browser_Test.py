@@ -347,8 +347,7 @@ class Browser(unittest.TestCase):
         text = self.driver.find_element(By.ID, "damage").text
         self.assertEqual(text, "2.200 s: ▲ row counter 1, ◆ frame counter 1, ✕ wrong tags 3")
         self.wait("orbeView.health().lines.length > 0 && orbeView.health().lines.at(-1).seconds > 2", True)
-        sums = self.run_script("orbeView.health().sums")
-        quantities = self.run_script("orbeView.health().quantities")
+        sums, quantities = self.run_script("[orbeView.health().sums, orbeView.health().quantities]")
         port1 = dict(zip(quantities, sums[0]))
         port3 = dict(zip(quantities, sums[2]))
         self.assertEqual((port1["Row gaps"], port1["Frame gaps"], port1["Wrong tags"]), (1, 1, 3))
@@ -471,9 +470,11 @@ class Browser(unittest.TestCase):
                          f"{length:.3f} s: ■ lost samples {sum(count for _, count in gaps)}")
         self.hold_at(length - 0.02)
         self.wait(f"orbeView.health().lines.length > 0 && orbeView.health().lines.at(-1).seconds > {length} - 0.6", True)
-        lines = self.run_script("orbeView.health().lines")
+        # All at once: the next picture may be of another place.
+        health = self.run_script("orbeView.health()")
+        lines = health["lines"]
         first = lines[0]["seconds"] - 0.5
-        port1 = dict(zip(self.run_script("orbeView.health().quantities"), self.run_script("orbeView.health().sums")[0]))
+        port1 = dict(zip(health["quantities"], health["sums"][0]))
         self.assertEqual(port1["Lost"], sum(count for sample, count in gaps
                                             if first <= sample / 30000 < lines[-1]["seconds"]))
         self.assertGreater(port1["Rate /s"], 29900)
