@@ -2,7 +2,9 @@
 #include "sources/Raw_Recording.h"
 
 #include "Temp_Directory.h"
+#include "generator/RHD_Generator.h"
 #include "generator/Recording_Generator.h"
+#include "numbers/Hash.h"
 
 #include <gtest/gtest.h>
 
@@ -128,6 +130,35 @@ TEST_F(Raw_File, ShowsSamplesAtTheirPlacesWhateverIsDamagedAround) {
         for (const std::size_t piece : {0U, 1U}) {
             show(recording, histories, piece);
             EXPECT_GT(expect_ramp(histories, 0, 2600), 500U) << fault << " " << piece;
+        }
+    }
+}
+
+// The inputs of the box, with probes and without, behind lost rows of theirs.
+TEST_F(Raw_File, ShowsTheInputsAtTheirPlaces) {
+    for (const std::vector<unsigned>& ports : {std::vector<unsigned>{2}, std::vector<unsigned>{}}) {
+        Recording_Options options = ramps(ports.empty() ? 60'000 : 3'000, ports);
+        options.rhd = true;
+        options.faults = {parse_fault("lost-row:rhd@2000+100")};
+        write(path, make_recording(options));
+        Raw_Recording recording(path, false, description_of(ports, true));
+        wait_until([&] { return recording.known_part() == 1.0 && recording.size() >= 3; });
+        const RHD_Generator made(0, mix(options.seed, rhd_stream));
+        Histories histories(recording.description().probes, true, 5.0, 100.0);
+        for (std::size_t piece = 0; piece < recording.size(); ++piece) {
+            show(recording, histories, piece);
+            const ADC_History::Reading reading(*histories.adc());
+            std::vector<Extent> values(options.super_frames);
+            reading.stream().extents({0, 1, values.size()}, 2, 1, values);
+            std::size_t count = 0;
+            for (std::uint64_t sample = 0; sample < values.size(); ++sample) {
+                if (!values[sample].is_empty()) {
+                    const auto expected = static_cast<std::int16_t>(made.adc_input(sample, 2) + 32'768);
+                    ASSERT_EQ(values[sample], (Extent{expected, expected})) << piece << " " << sample;
+                    ++count;
+                }
+            }
+            EXPECT_GT(count, piece + 1 < recording.size() ? 500U : 0U) << piece;
         }
     }
 }

@@ -143,7 +143,7 @@ void Recording_Index::add_rest(std::span<const std::uint8_t> bytes) {
         return;
     }
     Recording_Checker checker = m_checker;
-    Super_Frame_Finder finder = m_finder;
+    Sample_Finder finder = m_finder;
     checker.look_at_rest(bytes);
     Piece piece = difference(m_report, checker.report());
     piece.first = finder.find(bytes);
@@ -156,21 +156,22 @@ void Recording_Index::add_rest(std::span<const std::uint8_t> bytes) {
 
 // Puts the piece behind the whole ones, and answers where it ends.
 std::uint64_t Recording_Index::place(Piece& piece) const {
-    piece.sample = m_whole_length;
+    // Of the inputs, where there is no probe.
+    const auto& inputs = piece.first[view::port_count];
+    piece.sample = inputs ? inputs->number : m_whole_length;
+    std::uint64_t length = inputs ? inputs->end : 0;
     bool has_probe = false;
-    std::uint64_t length = 0;
     for (std::size_t port = 0; port < port_count; ++port) {
         if (piece.first[port]) {
             const auto [first, end] = *piece.first[port];
             piece.sample = has_probe ? std::max(piece.sample, first) : first;
+            length = has_probe ? std::max(length, end) : end;
             has_probe = true;
-            length = std::max(length, end);
         }
     }
-    // The probes' own counters say more than what has come: lost rows are time as well.
+    // The streams' own counters say more than what has come: lost rows are time as well.
     piece.sample = std::max(piece.sample, m_pieces.empty() ? 0 : m_pieces.back().sample);
-    const std::uint64_t frames = piece.samples[port_count];
-    return std::max({m_whole_length, length, has_probe ? 0 : piece.sample + frames});
+    return std::max(m_whole_length, length);
 }
 
 Recording_Index::Piece Recording_Index::difference(const Check_Report& before,

@@ -8,7 +8,7 @@
 #include "sources/A_Source.h"
 #include "sources/Damage_Map.h"
 #include "sources/Growth.h"
-#include "sources/Super_Frame_Finder.h"
+#include "sources/Sample_Finder.h"
 
 #include <array>
 #include <atomic>
@@ -30,7 +30,7 @@ public:
     // What is known about a piece of the recording.
     struct Piece {
         std::uint64_t sample = 0; // the first one of the port that is farthest on
-        Super_Frame_Finder::Places first;
+        Sample_Finder::Places first;
         std::array<std::uint32_t, stream_count> samples{}; // super frames and RHD frames in it
         std::array<std::uint32_t, stream_count> row_gaps{};
         std::array<std::uint32_t, port_count> frame_gaps{};
@@ -85,7 +85,7 @@ private:
     // Of the thread: what is known of the whole pieces.
     recording::Recording_Checker m_checker;
     recording::Check_Report m_report;
-    Super_Frame_Finder m_finder;
+    Sample_Finder m_finder;
 
     mutable std::mutex m_mutex;
     std::condition_variable m_changed;

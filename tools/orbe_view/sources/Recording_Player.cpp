@@ -19,7 +19,8 @@ Recording_Player::Recording_Player(const std::filesystem::path& file,
     : m_path(file), m_file(file, std::ios::binary), m_histories(histories), m_piece(piece),
       m_bytes(recording::piece_bytes),
       m_decoder(description, std::vector<std::optional<std::filesystem::path>>(description.probes.size())),
-      m_adc_intake(place.sample), m_packets(packets_at_once), m_infos(adc_packets_at_once),
+      m_adc_intake(place.first[port_count] ? place.first[port_count]->number : place.sample),
+      m_packets(packets_at_once), m_infos(adc_packets_at_once),
       m_rows(adc_packets_at_once * Packet_Intake::adc_row_length) {
     m_file.seekg(static_cast<std::streamoff>(piece) * static_cast<std::streamoff>(recording::piece_bytes));
     if (!m_file) {

@@ -1,4 +1,4 @@
-#include "sources/Super_Frame_Finder.h"
+#include "sources/Sample_Finder.h"
 
 #include "generator/Recording_Generator.h"
 
@@ -29,17 +29,16 @@ std::uint8_t* word_of(std::vector<std::uint8_t>& bytes, std::size_t super_frame,
            row_header_bytes + word % row_words * sizeof(std::uint16_t);
 }
 
-std::vector<Super_Frame_Finder::Places> find_all(const std::vector<std::uint8_t>& bytes) {
-    Super_Frame_Finder finder;
-    std::vector<Super_Frame_Finder::Places> all;
+std::vector<Sample_Finder::Places> find_all(const std::vector<std::uint8_t>& bytes) {
+    Sample_Finder finder;
+    std::vector<Sample_Finder::Places> all;
     for (std::size_t at = 0; at < bytes.size(); at += piece_bytes) {
         all.push_back(finder.find(std::span(bytes).subspan(at, std::min(bytes.size() - at, piece_bytes))));
     }
     return all;
 }
 
-void expect_place(const std::optional<Super_Frame_Finder::Place>& place, std::uint64_t number,
-                  std::uint64_t end) {
+void expect_place(const std::optional<Sample_Finder::Place>& place, std::uint64_t number, std::uint64_t end) {
     ASSERT_TRUE(place);
     EXPECT_EQ(place->number, number);
     EXPECT_EQ(place->end, end);
@@ -47,7 +46,7 @@ void expect_place(const std::optional<Super_Frame_Finder::Place>& place, std::ui
 
 } // namespace
 
-TEST(Super_Frame_Finder, FindsTheFirstWholeSuperFrameOfEachPiece) {
+TEST(Sample_Finder, FindsTheFirstWholeSuperFrameOfEachPiece) {
     const auto places = find_all(recording_of(2500));
     ASSERT_EQ(places.size(), 3U);
     expect_place(places[0][0], 0, super_frames_of_piece);
@@ -57,7 +56,7 @@ TEST(Super_Frame_Finder, FindsTheFirstWholeSuperFrameOfEachPiece) {
     EXPECT_FALSE(places[0][1]);
 }
 
-TEST(Super_Frame_Finder, FindsEveryPort) {
+TEST(Sample_Finder, FindsEveryPort) {
     const auto places = find_all(recording_of(600, {1, 3, 4}));
     for (const std::size_t port : {0U, 2U, 3U}) {
         expect_place(places[0][port], 0, 336);
@@ -66,8 +65,26 @@ TEST(Super_Frame_Finder, FindsEveryPort) {
     EXPECT_FALSE(places[1][1]);
 }
 
+// Frames of twenty words, in rows of seven.
+TEST(Sample_Finder, FindsTheInputsByTheirStamps) {
+    Recording_Options options;
+    options.super_frames = 50'000;
+    options.ports = {};
+    options.faults = {parse_fault("lost-row:rhd@100+20")};
+    auto places = find_all(make_recording(options));
+    ASSERT_EQ(places.size(), 3U);
+    constexpr std::uint64_t rows = piece_bytes / row_bytes;
+    const std::uint64_t begin =
+        ((rows + 20) * row_words + 19) / 20; // the first that begins in the second piece
+    expect_place(places[0][rhd_stream], 0, (rows + 20) * row_words / 20);
+    expect_place(places[1][rhd_stream], begin, (2 * rows + 20) * row_words / 20);
+    // The last frame does not fill its last row.
+    expect_place(places[2][rhd_stream], ((2 * rows + 20) * row_words + 19) / 20, 49'999);
+    EXPECT_FALSE(places[0][0]);
+}
+
 // As it would be if a bit of it had flipped: a counter that is seconds away.
-TEST(Super_Frame_Finder, DoesNotBelieveOneDamagedCounter) {
+TEST(Sample_Finder, DoesNotBelieveOneDamagedCounter) {
     auto bytes = recording_of(2500);
     *(word_of(bytes, 1009, word_of_value(counter_high_index)) + 1) ^= 2U; // its ninth bit
     auto places = find_all(bytes);
@@ -81,7 +98,7 @@ TEST(Super_Frame_Finder, DoesNotBelieveOneDamagedCounter) {
     expect_place(places[2][0], 2017, 2500);
 }
 
-TEST(Super_Frame_Finder, CountsWhatIsLost) {
+TEST(Sample_Finder, CountsWhatIsLost) {
     auto bytes = recording_of(4000);
     // 1000 super frames, out of the middle of a piece.
     const auto begin = bytes.begin() + static_cast<std::ptrdiff_t>(200 * rows_per_super_frame * row_bytes);
@@ -91,7 +108,7 @@ TEST(Super_Frame_Finder, CountsWhatIsLost) {
     expect_place(places[1][0], 2009, 3016);
 }
 
-TEST(Super_Frame_Finder, LetsAProbeGoOnThatBeginsAnew) {
+TEST(Sample_Finder, LetsAProbeGoOnThatBeginsAnew) {
     auto bytes = recording_of(1500);
     const auto again = recording_of(1000);
     bytes.insert(bytes.end(), again.begin(), again.end());
@@ -101,7 +118,7 @@ TEST(Super_Frame_Finder, LetsAProbeGoOnThatBeginsAnew) {
 }
 
 // Behind a lost row the decoder takes nothing more of its block.
-TEST(Super_Frame_Finder, GoesOnWithTheNextBlockBehindALostRow) {
+TEST(Sample_Finder, GoesOnWithTheNextBlockBehindALostRow) {
     auto bytes = recording_of(2500);
     const auto begin =
         bytes.begin() + static_cast<std::ptrdiff_t>((1009 * rows_per_super_frame + 7) * row_bytes);

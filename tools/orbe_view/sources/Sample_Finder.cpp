@@ -1,4 +1,4 @@
-#include "sources/Super_Frame_Finder.h"
+#include "sources/Sample_Finder.h"
 
 #include "host_streams/Prompt_Delivery.h"
 #include "probe/Super_Frame.h"
@@ -67,27 +67,76 @@ private:
     bool m_is_astray = false;
 };
 
+// Finds frames among the words of the inputs as the decoder does: by a preamble, at any place, and behind
+// what only begins like one.
+class Input_Words {
+public:
+    // Calls `found(stamp)` with that of a frame that ends with this word.
+    template <typename Found>
+    void take(std::uint16_t word, Found&& found) {
+        if (m_word == 0 && word != rhd_magic_word(0)) {
+            return;
+        }
+        if (m_word < rhd_magic_words) {
+            m_magic = m_magic >> word_bits | static_cast<std::uint64_t>(word) << (3 * word_bits);
+        }
+        ++m_word;
+        if (m_word == rhd_magic_words && m_magic != rhd_magic) {
+            m_word = 0;
+        } else if (m_word == rhd_magic_words + 1) {
+            m_stamp = word;
+        } else if (m_word == rhd_magic_words + 2) {
+            m_stamp |= static_cast<std::uint32_t>(word) << word_bits;
+        } else if (m_word == rhd_frame_words(0)) {
+            m_word = 0;
+            found(m_stamp);
+        }
+    }
+
+private:
+    static constexpr unsigned word_bits = 16;
+
+    std::size_t m_word = 0; // of the frame
+    std::uint64_t m_magic = 0;
+    std::uint32_t m_stamp = 0;
+};
+
+void add(std::optional<Sample_Finder::Place>& place, std::uint64_t number) {
+    place = {place ? place->number : number, number + 1};
+}
+
 } // namespace
 
-Super_Frame_Finder::Places Super_Frame_Finder::find(std::span<const std::uint8_t> piece) {
-    std::array<Port_Rows, port_count> ports;
+Sample_Finder::Places Sample_Finder::find(std::span<const std::uint8_t> piece) {
+    std::array<Port_Rows, recording::port_count> ports;
+    Input_Words inputs;
     Places places;
     while (!piece.empty()) {
         // A row without its marker costs the rest of its transfer.
         const auto transfer = std::min<std::size_t>(piece.size(), npoe_adapter::prompt_transfer_bytes);
         for_each_row(piece.first(transfer), [&](Row_View row) {
-            const unsigned port = row.stream();
-            if (port >= port_count) {
-                return;
+            const unsigned stream = row.stream();
+            if (stream < m_counters.size()) {
+                ports[stream].take(row, [&](std::uint32_t counter) {
+                    add(places[stream], m_samples[stream].number_of(m_counters[stream].follow(counter)));
+                });
+            } else if (stream == rhd_stream) {
+                for (std::size_t word = 0; word < row_words; ++word) {
+                    inputs.take(row.word(word),
+                                [&](std::uint32_t stamp) { add(places[stream], follow_input(stamp)); });
+                }
             }
-            ports[port].take(row, [&](std::uint32_t counter) {
-                const std::uint64_t number = m_samples[port].number_of(m_counters[port].follow(counter));
-                places[port] = {places[port] ? places[port]->number : number, number + 1};
-            });
         });
         piece = piece.subspan(transfer);
     }
     return places;
+}
+
+// Stamps of 32 bits, which can go back.
+std::uint64_t Sample_Finder::follow_input(std::uint32_t stamp) {
+    const auto step = static_cast<std::int32_t>(stamp - static_cast<std::uint32_t>(m_input_counter));
+    m_input_counter += static_cast<std::uint64_t>(static_cast<std::int64_t>(step));
+    return m_samples[rhd_stream].number_of(m_input_counter);
 }
 
 } // namespace Pelgar::ORBE::view
