@@ -5,6 +5,8 @@
 #include "rows/C_Async_PSB_And_RHD_Demux.h"
 
 #include <cstddef>
+#include <functional>
+#include <utility>
 
 namespace Pelgar::ORBE::demux {
 
@@ -36,8 +38,18 @@ struct Demux_Test_Peer {
         }
     }
 
-    // What the RHD thread does until no more than so many of its words are left. It blocks where there are
-    // more, but not enough for a frame.
+    // From now on `would_block` is called, and must not return, where the RHD thread waits for words.
+    static void set_would_block(Async_NP_And_RHD_Demux& demux, std::function<void()> would_block) {
+        C_RHD_Worker_Thread& worker = *demux.m_rhd_worker;
+        worker.m_fifo.m_before_wait = [&worker, would_block = std::move(would_block)] {
+            worker.end_burst();
+            if (worker.m_fifo.m_unread.empty()) {
+                would_block();
+            }
+        };
+    }
+
+    // What the RHD thread does until no more than so many of its words are left.
     static void work_on_words(Async_NP_And_RHD_Demux& demux, std::size_t words_left) {
         C_RHD_Worker_Thread& worker = *demux.m_rhd_worker;
         while (worker.m_fifo.size() > words_left) {

@@ -121,6 +121,9 @@ Library_Road::Library_Road(const road_model::Road_Settings& settings, std::uint3
     Demux_Test_Peer::set_transfer_queue_limit(m_demux, settings.most_transfers);
     Demux_Test_Peer::set_block_queue_limit(m_demux, settings.most_blocks);
     m_demux.set_enabled_RHD_stream_count(settings.rhd_streams);
+    Demux_Test_Peer::set_would_block(m_demux, [] {
+        require(false, "RHD frames: the library waits for words, the model has what it needs");
+    });
     for (unsigned port = 0; port < road_model::port_count; ++port) {
         connect_port(port);
     }

@@ -123,6 +123,20 @@ std::vector<std::pair<std::string, std::vector<std::uint8_t>>> road_corpus() {
                                          .step(end_transfer)
                                          .step(turns, {all_streams})
                                          .super_frames_of(3, 16));
+        // Two transfers find room; the second one's last super frame goes on in the third, which does not.
+        add(name + "super_frame_torn_by_loss", Road(way | by_hand | short_queues, 0)
+                                                   .super_frames_of(0, 3)
+                                                   .step(end_transfer)
+                                                   .super_frames_of(0, 3)
+                                                   .step(cut, {240})
+                                                   .step(end_transfer)
+                                                   .super_frames_of(0, 2)
+                                                   .step(end_transfer)
+                                                   .step(work, {all_streams})
+                                                   .super_frames_of(0, 16)
+                                                   .step(end_transfer)
+                                                   .step(work, {all_streams})
+                                                   .super_frames_of(0, 16));
         add(name + "forgotten", Road(way, 4)
                                     .super_frames_of(0, 7)
                                     .step(rhd_frames, {2})
@@ -152,6 +166,26 @@ std::vector<std::pair<std::string, std::vector<std::uint8_t>>> road_corpus() {
                               .step(pause, {1})
                               .super_frames_of(0, 16)
                               .super_frames_of(0, 16));
+    // Ten wraps of the frame counter on, over two gaps that can be nothing else; then a gap of less than
+    // three wraps, or of more, where the probe may have begun anew.
+    for (const unsigned frame : {1'300U, 780'000U}) {
+        add("host_gap_to_" + std::to_string(frame), Road(host_mode, 0)
+                                                        .super_frames_of(0, 12)
+                                                        .frame_of(0, 7)
+                                                        .super_frames_of(0, 4)
+                                                        .frame_of(0, 600'003)
+                                                        .super_frames_of(0, 4)
+                                                        .frame_of(0, frame)
+                                                        .super_frames_of(0, 16));
+    }
+    // The first input at its thresholds, and one step beyond: the lowest bits of a stamp are added to it.
+    Road thresholds(host_mode);
+    for (const unsigned level : {0xB333U, 0xB334U, 0x947BU, 0x947AU}) {
+        thresholds.step(set_rhd_stamp, {0, 0, 0, 0})
+            .step(set_adc, {level & 0xFF, level >> 8})
+            .step(rhd_frames, {0});
+    }
+    add("host_adc_thresholds", thresholds.step(rhd_frames, {3}));
     for (unsigned wiring = 0; wiring < 6; ++wiring) {
         add("host_sync_" + std::to_string(wiring), Road(host_mode, 0, 0, 0, 0, wiring | wiring << 6)
                                                        .ttl(0x8f00)
