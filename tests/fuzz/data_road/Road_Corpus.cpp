@@ -166,6 +166,18 @@ std::vector<std::pair<std::string, std::vector<std::uint8_t>>> road_corpus() {
                               .step(pause, {1})
                               .super_frames_of(0, 16)
                               .super_frames_of(0, 16));
+    // Samples of the probe whose level was lost with frames of the ADC inputs.
+    for (const unsigned before : {0U, 0x100U}) {
+        add("host_sync_lost_behind_" + std::to_string(before), Road(host_mode)
+                                                                   .ttl(before)
+                                                                   .step(rhd_frames, {4})
+                                                                   .step(skip_rhd, {15, 0})
+                                                                   .ttl(0x100 - before)
+                                                                   .step(rhd_frames, {9})
+                                                                   .super_frames_of(0, 16)
+                                                                   .super_frames_of(0, 16)
+                                                                   .super_frames_of(0, 6));
+    }
     // Ten wraps of the frame counter on, over two gaps that can be nothing else; then a gap of less than
     // three wraps, or of more, where the probe may have begun anew.
     for (const unsigned frame : {1'300U, 780'000U}) {
