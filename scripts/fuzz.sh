@@ -80,18 +80,23 @@ run() {
     local started=$SECONDS process processes=() failed=0
     for ((process = 0; process < $(nproc); process++)); do
         mkdir -p "$place/$process"
-        (cd "$place/$process" && exec "${in_place[@]}" "$program" "$corpus" "$committed" \
-            -max_total_time="$seconds" -max_len="$(longest_input "$name")" -timeout=60 -entropic=0 \
-            -print_final_stats=1 -artifact_prefix="$report/$name-" >log.txt 2>&1) &
+        (
+            cd "$place/$process"
+            TIMEFORMAT='processor seconds: %U %S'
+            time "${in_place[@]}" "$program" "$corpus" "$committed" \
+                -max_total_time="$seconds" -max_len="$(longest_input "$name")" -timeout=60 -entropic=0 \
+                -print_final_stats=1 -artifact_prefix="$report/$name-"
+        ) >"$place/$process/log.txt" 2>&1 &
         processes+=($!)
     done
     for process in "${processes[@]}"; do
         wait "$process" || failed=1
     done
-    local executions
-    executions=$(awk '/^stat::number_of_executed_units:/ { sum += $2 } END { printf "%d", sum }' "$place"/*/log.txt)
-    echo "$(date -u +%Y-%m-%dT%H:%M:%SZ) $preset $name $executions $(((SECONDS - started) * ${#processes[@]})) $failed $processor" \
-        >>"$report/runs.txt"
+    local counts
+    counts=$(awk '/^stat::number_of_executed_units:/ { executions += $2 }
+                  /^processor seconds:/ { seconds += $3 + $4 }
+                  END { printf "%d %.1f", executions, seconds }' "$place"/*/log.txt)
+    echo "$(date -u +%Y-%m-%dT%H:%M:%SZ) $preset $name $counts $((SECONDS - started)) $failed $processor" >>"$report/runs.txt"
     if [ "$failed" -ne 0 ]; then
         echo "fuzz: $name (preset $preset) found something:" >&2
         grep -hE 'mismatch:|ERROR:|runtime error:|Test unit written' "$place"/*/log.txt >&2 || tail -n 20 "$place"/*/log.txt >&2
@@ -102,17 +107,18 @@ run() {
 # From the lines of all runs.
 write_report() {
     {
-        echo "Executions of all runs of scripts/fuzz.sh on: $(cut -d ' ' -f 7- "$report/runs.txt" | sort -u | paste -sd ';')"
-        echo "A process hour is an hour of one process; a run has one for each processor. Findings are runs that stopped at one."
+        echo "Executions of all runs of scripts/fuzz.sh on: $(cut -d ' ' -f 8- "$report/runs.txt" | sort -u | paste -sd ';')"
+        echo "Processor hours are what the processes got of the processors, hours what the clock showed. Executions a second"
+        echo "are those of a second of processor time. Findings are runs that stopped at one."
         echo
-        printf '%-18s %-10s %16s %14s %14s %9s\n' target preset executions 'process hours' 'executions/s' findings
-        awk '{ key = $3 " " $2; count[key] += $4; seconds[key] += $5; found[key] += $6
-               count["all all"] += $4; seconds["all all"] += $5; found["all all"] += $6 }
+        printf '%-18s %-10s %15s %10s %15s %13s %9s\n' target preset executions hours 'processor hours' 'executions/s' findings
+        awk 'function add(key) { count[key] += $4; processor[key] += $5; clock[key] += $6; found[key] += $7 }
+             { add($3 " " $2); add("all " $2); add("all all") }
              END { for (key in count) {
                        split(key, part, " ")
-                       printf "%-18s %-10s %16d %14.2f %14.0f %9d\n", part[1], part[2], count[key], seconds[key] / 3600,
-                           seconds[key] ? count[key] / seconds[key] : 0, found[key] } }' "$report/runs.txt" |
-            sort -k1,1 -k2,2 | awk '$1 == "all" { all = $0; next } { print } END { print all }'
+                       printf "%-18s %-10s %15d %10.2f %15.3f %13.0f %9d\n", part[1], part[2], count[key], clock[key] / 3600,
+                           processor[key] / 3600, processor[key] ? count[key] / processor[key] : 0, found[key] } }' \
+            "$report/runs.txt" | LC_ALL=C sort -k1,1 -k2,2 | awk '$1 == "all" { all = all $0 "\n"; next } { print } END { printf "%s", all }'
     } >"$report/report.txt"
 }
 
