@@ -542,6 +542,19 @@ TEST_F(Needed, HardwareIDsAreAnsweredWithoutOpeningAPort) {
     EXPECT_EQ(std::uint64_t{id.SerialNumber}, 0x1122334455667788U);
 }
 
+TEST_F(Shown, HeadstageHasTheNumberOfItsEEPROMOrADefault) {
+    open_pxi();
+    Virtual_Headstage& headstage = m_box->headstage(1);
+    headstage.set(Virtual_Headstage::headstage_eeprom, 1, 0x03);
+    headstage.set_text(Virtual_Headstage::headstage_eeprom, 10, "NPM_HS_01");
+    HardwareID id{};
+    EXPECT_EQ(getHeadstageHardwareID(slot, 2, &id), SUCCESS);
+    EXPECT_STREQ(id.ProductNumber, "NPM_HS_01");
+    headstage.set(Virtual_Headstage::headstage_eeprom, 0, 0x06);
+    EXPECT_EQ(getHeadstageHardwareID(slot, 2, &id), SUCCESS);
+    EXPECT_STREQ(id.ProductNumber, "NP2_HS_30") << "of a version that nobody knows";
+}
+
 TEST_F(Needed, HeadstageTesterIsNotThere) {
     open_pxi();
     int major = 0;

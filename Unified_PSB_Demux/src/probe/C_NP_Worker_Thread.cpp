@@ -30,16 +30,20 @@ void C_NP_Worker_Thread::replace_l1_stage(std::unique_ptr<I_L1_Demux_ADC_Results
 }
 
 C_NP_Worker_Thread::~C_NP_Worker_Thread() {
-    if (m_thread.joinable()) {
-        poison_queue();
-        join();
-    }
+    end();
 }
 
 void C_NP_Worker_Thread::start(std::string name) {
     m_name = std::move(name);
     LOG_F(INFO, "Starting NP worker thread %s", m_name.c_str());
     m_thread = std::thread([this] { work(); });
+}
+
+void C_NP_Worker_Thread::end() {
+    if (m_thread.joinable()) {
+        poison_queue();
+        join();
+    }
 }
 
 std::size_t C_NP_Worker_Thread::push_block(const NP_Block_Buffer& block) {

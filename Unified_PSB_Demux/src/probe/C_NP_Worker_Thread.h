@@ -63,6 +63,9 @@ public:
     // Blocks until the thread has ended.
     void join();
 
+    // Both of it, where there is a thread.
+    void end();
+
     // Tells the stages that the stream starts anew. Any thread.
     void resync();
 

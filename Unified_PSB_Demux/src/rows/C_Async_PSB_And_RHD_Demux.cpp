@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <stdexcept>
 #include <string>
+#include <system_error>
 #include <utility>
 
 namespace Pelgar::ORBE::demux {
@@ -40,13 +41,22 @@ void Async_NP_And_RHD_Demux::start_worker_threads() {
     if (m_worker_threads_started) {
         return;
     }
-    if (m_done) {
+    if (m_done || m_threads_have_ended) {
         renew();
     }
-    for (unsigned port = 0; port < np_port_count; ++port) {
-        m_np_workers[port]->start("NP" + std::to_string(port));
+    try {
+        for (unsigned port = 0; port < np_port_count; ++port) {
+            m_np_workers[port]->start("NP" + std::to_string(port));
+        }
+        m_rhd_worker->start("RHD");
+    } catch (const std::system_error&) {
+        // A second try starts all of them.
+        for (const auto& worker : m_np_workers) {
+            worker->end();
+        }
+        m_threads_have_ended = true;
+        throw;
     }
-    m_rhd_worker->start("RHD");
     m_worker_threads_started = true;
 }
 
@@ -79,10 +89,11 @@ void Async_NP_And_RHD_Demux::set_sample_listener(std::weak_ptr<I_Sample_Listener
         ->replace_l1_stage(std::make_unique<CP_L1_Whole_Super_Frames>(std::move(listener)));
 }
 
-// Takes back what the poison packet of an earlier run has set.
+// Takes back what ended the threads of an earlier run, or of a try to start them.
 void Async_NP_And_RHD_Demux::renew() {
     m_stop_requested = false;
     m_done = false;
+    m_threads_have_ended = false;
     for (const auto& worker : m_np_workers) {
         worker->renew();
     }
@@ -236,6 +247,7 @@ void Async_NP_And_RHD_Demux::wait_worker_threads_end() {
     }
     LOG_F(INFO, "Main demux worker threads done");
     m_worker_threads_started = false;
+    m_threads_have_ended = true;
 }
 
 std::uint32_t Async_NP_And_RHD_Demux::get_total_processed_SF_count() const {

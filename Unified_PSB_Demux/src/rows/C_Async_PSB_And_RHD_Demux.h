@@ -34,7 +34,7 @@ public:
     Async_NP_And_RHD_Demux& operator=(const Async_NP_And_RHD_Demux&) = delete;
 
     // Starts the four NP workers and the RHD worker, also anew when `run` has finished, for another `run`;
-    // does nothing while they run.
+    // does nothing while they run. std::system_error when the system refuses one of them: then none runs.
     void start_worker_threads();
 
     // For consumers that cannot wait for a whole block: hands a port's super frames on as soon as there are
@@ -138,6 +138,7 @@ private:
     std::uint64_t m_queue_memory;
     std::uint32_t m_transfer_length = transfer_buffer_capacity;
     Relaxed<bool> m_worker_threads_started{false};
+    bool m_threads_have_ended = false;
     bool m_stop_requested = false;
     // Nothing is written into it.
     std::ofstream m_raw_data_file;
