@@ -94,6 +94,7 @@ class Trial:
         self.sandbox = sandbox
         self.suite = Suite(durations, FOLDER / "temporary", sandbox.jobs)
         self.tests = read_tests(sandbox.build)
+        self.programs = {test.programs for test in self.tests}
         self.is_quick = is_quick
         self.nearest = {}
         for room in rooms:
@@ -127,7 +128,8 @@ class Trial:
         (FOLDER / "temporary").mkdir()
         try:
             file.write_bytes(mutant.put_into(source))
-            tests = [test for test in self.tests if self.sandbox.depends(test, mutant.file)]
+            depends = {programs: self.sandbox.depends(programs, mutant.file) for programs in self.programs}
+            tests = [test for test in self.tests if depends[test.programs]]
             near = [test for test in tests if test.name in self.nearest[room]]
             if self.is_quick:
                 near = [test for test in near if self.suite.durations[test.name] < 1]

@@ -125,10 +125,10 @@ class Sandbox:
                 self.inputs_of[program] = set()  # not made by the build but by a test
         return self.inputs_of[program]
 
-    def depends(self, test, file):
-        """Whether what the test runs is made from the file, or not made by the build at all."""
-        inputs = set().union(*(self.inputs(program) for program in test.programs))
-        return not inputs or str(self.tree / file) in inputs
+    def depends(self, programs, file):
+        """Whether the programs of a test are made from the file, or not made by the build at all."""
+        inputs = [self.inputs(program) for program in programs]
+        return not any(inputs) or any(str(self.tree / file) in of_program for of_program in inputs)
 
     def names(self, test, function):
         """Whether a source of what the test runs has the function's name."""
