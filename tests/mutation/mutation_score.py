@@ -31,6 +31,7 @@ def arguments():
     parser.add_argument("--seed", type=int, default=1, help="which ones are drawn (1)")
     parser.add_argument("--only", metavar="PATH", default="", help="only in files whose path begins so")
     parser.add_argument("--quick", action="store_true", help="only the nearest tests, and of them those of less than a second; the others in a later run")
+    parser.add_argument("--as-built", action="store_true", help="build only what a defect needs, with the tests of last time")
     parser.add_argument("--survivors", action="store_true", help="try those again that no test has seen so far")
     parser.add_argument("--summary", action="store_true", help="only the summary of what is there")
     return parser.parse_args()
@@ -179,7 +180,8 @@ def main():
         return
     say("building (preset release)")
     sandbox = Sandbox(SOURCE, FOLDER, jobs=2)
-    sandbox.make()
+    if not options.as_built:
+        sandbox.make()
     durations = measure(sandbox)
     say("looking for places")
     mutants, lines = {}, {}
