@@ -57,7 +57,8 @@ class Results:
 
 
 def print_summary(results, rooms, reasons):
-    """By room and layer: what was made, caught, and changes nothing, and what survived."""
+    """By room and layer: what was made, caught, and changes nothing, and what survived. What is open, since not all tests
+    have run, counts as survived."""
     rows, survivors = {}, []
     for entry in results.entries.values():
         if entry["verdict"] == "does not compile":
@@ -69,7 +70,7 @@ def print_summary(results, rooms, reasons):
             what = "nothing"
         else:
             what = "survived"
-            survivors.append(key)
+            survivors.append((entry["verdict"], key))
         layer = entry["room"].split("/")[0] + "/"
         for name in {entry["room"], f"{layer} in all", "in all"}:
             rows.setdefault(name, {"caught": 0, "nothing": 0, "survived": 0})[what] += 1
@@ -84,8 +85,8 @@ def print_summary(results, rooms, reasons):
         score = f"{100 * row['caught'] / changing:.1f} %" if changing else "-"
         made = changing + row["nothing"]
         print(f"{name:42}{made:6}{row['caught']:8}{row['survived']:10}{row['nothing']:17}{score:>9}")
-    for key in survivors:
-        print("\nsurvived:\n" + write_entry(key, "?"), end="")
+    for verdict, key in survivors:
+        print(f"\n{verdict}:\n" + write_entry(key, "?"), end="")
 
 
 class Trial:
