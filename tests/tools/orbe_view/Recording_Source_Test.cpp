@@ -168,8 +168,8 @@ TEST_F(Played, ShowsTheSecondsBeforeAPlaceThatIsJumpedTo) {
     // Health of every half second that was shown.
     source->jump(8.0, false);
     wait_until([this](const Source_Status& status) { return status.position == 240'000 && next() == 401; });
-    EXPECT_EQ(source->histories().health().all().size(), 6U);
-    EXPECT_DOUBLE_EQ(source->histories().health().all().front().seconds, 5.5);
+    EXPECT_EQ(source->histories().health().report().lines.size(), 6U);
+    EXPECT_DOUBLE_EQ(source->histories().health().report().lines.front().seconds, 5.5);
 }
 
 TEST_F(Played, GoesOnOnlyWhileItPlays) {
