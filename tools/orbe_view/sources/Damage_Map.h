@@ -13,8 +13,8 @@ namespace Pelgar::ORBE::view {
 
 class Damage_Map {
 public:
-    // So many places are told apart at most. Beyond that neighbours become one, and each place is right to
-    // this part of the length at least, halved.
+    // So many places are told apart at most. Beyond that neighbours become one, and a place is wrong by half
+    // a thousandth of the length at most.
     static constexpr std::size_t most_places = 4096;
 
     // At a sample that is not before the last one.

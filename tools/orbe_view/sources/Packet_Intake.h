@@ -1,6 +1,6 @@
 // Program orbe-view, sources. Puts the packets of the host mode into the histories, by the numbers that their
 // stamps stand for. One object a stream, on the stream's thread; waits for whoever reads the history, which
-// takes a millisecond or so.
+// takes a fraction of a millisecond.
 #pragma once
 
 #include "formats/Sample_Numbers.h"
