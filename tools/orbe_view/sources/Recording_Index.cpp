@@ -82,6 +82,11 @@ void Recording_Index::read() {
     auto pause = std::chrono::milliseconds(0);
     while (!wait(pause)) {
         pause = std::chrono::milliseconds(0);
+        const std::uint64_t bytes = std::max<std::uint64_t>(std::filesystem::file_size(m_file), m_bytes_read);
+        if (bytes > m_bytes) {
+            m_bytes = bytes;
+            grew_at = Clock::now();
+        }
         file.clear();
         file.read(reinterpret_cast<char*>(piece.data() + filled),
                   static_cast<std::streamsize>(piece.size() - filled));
@@ -96,11 +101,6 @@ void Recording_Index::read() {
             throw std::runtime_error("cannot read '" + m_file.string() + "' any further");
         }
         // The end, of now or for good.
-        const std::uint64_t bytes = std::max<std::uint64_t>(std::filesystem::file_size(m_file), m_bytes_read);
-        if (bytes > m_bytes) {
-            m_bytes = bytes;
-            grew_at = Clock::now();
-        }
         const auto quiet = Clock::now() - grew_at;
         const bool is_settled = !m_may_grow || quiet >= m_patience.settled;
         if (is_settled) {
@@ -231,8 +231,8 @@ std::uint64_t Recording_Index::length() const {
 }
 
 double Recording_Index::known_part() const {
-    const std::uint64_t bytes = m_bytes;
-    return m_is_complete || bytes == 0 ? 1.0 : static_cast<double>(m_bytes_read) / static_cast<double>(bytes);
+    const auto bytes = static_cast<double>(m_bytes);
+    return m_is_complete || bytes == 0.0 ? 1.0 : std::min(static_cast<double>(m_bytes_read) / bytes, 1.0);
 }
 
 std::vector<Damage_Counts> Recording_Index::damage(std::size_t stretches) const {
