@@ -23,8 +23,9 @@ unsigned value_of(unsigned port, std::uint32_t frame, unsigned adc) {
 void Stream_Maker::append_row(unsigned id, std::span<const std::uint8_t> payload) {
     transfer.push_back(static_cast<std::uint8_t>(0xD0 | id));
     transfer.push_back(m_row_counters[id]++);
-    transfer.insert(transfer.end(), payload.begin(), payload.end());
-    transfer.resize(transfer.size() + payload_length - payload.size());
+    Row_Payload whole{};
+    std::copy_n(payload.begin(), std::min(payload.size(), whole.size()), whole.begin());
+    transfer.insert(transfer.end(), whole.begin(), whole.end());
 }
 
 std::vector<Stream_Maker::Row_Payload> Stream_Maker::super_frame(unsigned port) {
@@ -122,7 +123,8 @@ void Stream_Maker::flip(std::size_t byte, std::uint8_t bits) {
 }
 
 void Stream_Maker::cut(std::size_t bytes) {
-    transfer.resize(transfer.size() - std::min(bytes, transfer.size()));
+    const auto count = static_cast<std::ptrdiff_t>(std::min(bytes, transfer.size()));
+    transfer.erase(transfer.end() - count, transfer.end());
 }
 
 void Stream_Maker::leave_out_rows(std::size_t from_end, std::size_t count) {
