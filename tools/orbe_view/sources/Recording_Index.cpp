@@ -82,7 +82,8 @@ void Recording_Index::read() {
     auto pause = std::chrono::milliseconds(0);
     while (!wait(pause)) {
         pause = std::chrono::milliseconds(0);
-        const std::uint64_t bytes = std::max<std::uint64_t>(std::filesystem::file_size(m_file), m_bytes_read);
+        const std::uint64_t bytes =
+            std::max<std::uint64_t>(std::filesystem::file_size(m_file), m_bytes_read + filled);
         if (bytes > m_bytes) {
             m_bytes = bytes;
             grew_at = Clock::now();
@@ -91,9 +92,9 @@ void Recording_Index::read() {
         file.read(reinterpret_cast<char*>(piece.data() + filled),
                   static_cast<std::streamsize>(piece.size() - filled));
         filled += static_cast<std::size_t>(file.gcount());
-        m_bytes_read += static_cast<std::uint64_t>(file.gcount());
         if (filled == piece.size()) {
             add_piece(piece);
+            m_bytes_read += piece.size();
             filled = 0;
             continue;
         }

@@ -65,7 +65,7 @@ public:
 
     // Samples up to the end of the last piece.
     std::uint64_t length() const;
-    // Bytes read, of those that are there by now.
+    // Bytes whose pieces are known, of those that are there by now.
     double known_part() const;
     std::vector<Damage_Counts> damage(std::size_t stretches) const;
 
