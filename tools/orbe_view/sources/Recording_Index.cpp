@@ -88,7 +88,9 @@ void Recording_Index::read() {
             m_bytes = bytes;
             grew_at = Clock::now();
         }
+        // Behind the end of a file some systems read on only after they were sent there.
         file.clear();
+        file.seekg(static_cast<std::streamoff>(m_bytes_read + filled));
         file.read(reinterpret_cast<char*>(piece.data() + filled),
                   static_cast<std::streamsize>(piece.size() - filled));
         filled += static_cast<std::size_t>(file.gcount());
