@@ -58,7 +58,7 @@ def inner(cursor):
 def qualified_name(cursor):
     names = []
     while cursor is not None and cursor.kind != CursorKind.TRANSLATION_UNIT:
-        if cursor.spelling and cursor.kind != CursorKind.LINKAGE_SPEC:
+        if cursor.spelling:
             names.append(cursor.spelling)
         cursor = cursor.semantic_parent
     return "::".join(reversed(names))

@@ -67,7 +67,7 @@ def passes(test, limit, temporary):
         stdin=subprocess.DEVNULL,
         stdout=subprocess.PIPE if test.output else subprocess.DEVNULL,
         stderr=subprocess.STDOUT,
-        start_new_session=True,
+        process_group=0,
     )
     try:
         output, _ = process.communicate(timeout=limit)
