@@ -65,7 +65,7 @@ expect 0 "setup: demo: missing cmake libcli11-dev
 $sizes" "$(calls "cmake libcli11-dev")" demo
 expect 0 "setup: format: missing clang-format
 $sizes" "$(calls clang-format)" format
-expect 1 "setup: unknown use: demos (demo, release, debug, asan, tsan, windows, fuzz, tidy or format)" "" demos
+expect 1 "setup: unknown use: demos (demo, release, debug, asan, tsan, windows, fuzz, fuzz-fast, tidy or format)" "" demos
 
 # Without a use, everything that the four presets of scripts/test.sh take, and a use whose packages are there.
 "$script" >/dev/null
@@ -74,7 +74,7 @@ for use in "" demo release asan tsan windows; do
     expect 0 "setup: ${use:-release asan tsan windows}: complete" "" ${use:+"$use"}
 done
 # Each preset has a use.
-for preset in $(sed -n 's/.*"configurePreset": "\([a-z]*\)".*/\1/p' "$(dirname "$script")/../CMakePresets.json" | sort -u); do
+for preset in $(sed -n 's/.*"configurePreset": "\([a-z-]*\)".*/\1/p' "$(dirname "$script")/../CMakePresets.json" | sort -u); do
     "$script" "$preset" >/dev/null || failures=$((failures + 1))
 done
 
