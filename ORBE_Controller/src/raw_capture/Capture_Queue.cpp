@@ -27,9 +27,7 @@ void Capture_Queue::push(std::span<const std::uint8_t> bytes) {
         const std::size_t wanted =
             m_is_losing ? std::max(bytes.size(), m_capacity / part_that_is_free_after_a_loss) : bytes.size();
         if (m_is_closed || wanted > m_capacity - size) {
-            m_lost.bytes += bytes.size();
-            m_lost.places += m_is_losing ? 0 : 1;
-            m_is_losing = true;
+            lose(bytes.size());
             return;
         }
         m_is_losing = false;
@@ -38,9 +36,20 @@ void Capture_Queue::push(std::span<const std::uint8_t> bytes) {
     copy_in(at, bytes);
     {
         const std::lock_guard lock(m_mutex);
+        if (m_is_closed) {
+            // The consumer may have seen the end already.
+            lose(bytes.size());
+            return;
+        }
         m_pushed += bytes.size();
     }
     m_filled.notify_one();
+}
+
+void Capture_Queue::lose(std::size_t bytes) {
+    m_lost.bytes += bytes;
+    m_lost.places += m_is_losing ? 0 : 1;
+    m_is_losing = true;
 }
 
 void Capture_Queue::copy_in(std::size_t at, std::span<const std::uint8_t> bytes) {

@@ -59,6 +59,7 @@ private:
         Losses lost;
     };
 
+    void lose(std::size_t bytes); // with the lock
     void copy_in(std::size_t at, std::span<const std::uint8_t> bytes);
 
     const std::size_t m_capacity;

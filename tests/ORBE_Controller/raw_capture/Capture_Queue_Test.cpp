@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <cstdint>
 #include <numeric>
 #include <thread>
@@ -144,6 +145,24 @@ TEST(Capture_Queue, TwoThreadsExchangeEveryByte) {
     EXPECT_TRUE(in_order);
     EXPECT_EQ(taken, pushed);
     EXPECT_EQ(queue.lost().bytes, 0U);
+}
+
+// However far the bytes have come: they come out, or are lost, and nothing stays behind.
+TEST(Capture_Queue, NothingStaysInAQueueThatIsClosedWhileBytesArePushed) {
+    const Bytes bytes(std::size_t{8} << 20U); // so many that copying them takes a while
+    for (int i = 0; i < 50; ++i) {
+        Capture_Queue queue(bytes.size());
+        std::size_t taken = 0;
+        std::thread consumer([&] {
+            std::this_thread::sleep_for(std::chrono::microseconds(i * 50));
+            queue.close();
+            taken = drain(queue, bytes.size()).size();
+        });
+        queue.push(bytes);
+        consumer.join();
+        ASSERT_TRUE(queue.is_empty()) << i;
+        ASSERT_EQ(taken + queue.lost().bytes, bytes.size()) << i;
+    }
 }
 
 } // namespace
