@@ -159,7 +159,9 @@ std::size_t Row_Splitter::copy_turns(const std::uint8_t* rows, const Turn& turn)
     }
     for (std::size_t i = 0; i < length; ++i) {
         advance(turn.streams[i], turns);
-        note_rows(turn.streams[i]);
+        if (m_streams_behind_loss != 0) [[unlikely]] {
+            note_rows(turn.streams[i]);
+        }
         m_last_row_counter[turn.streams[i]] =
             static_cast<std::uint8_t>(m_last_row_counter[turn.streams[i]] + turns);
     }
