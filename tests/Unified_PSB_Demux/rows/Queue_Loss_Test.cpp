@@ -158,6 +158,16 @@ protected:
         m_thread.join();
     }
 
+    // What the main queue holds and one more, before anybody takes them; then all that is there is taken.
+    void lose_a_transfer(Rows_Of_A_Box& box) {
+        for (int i = 0; i < 33; ++i) {
+            push_bytes(*m_demux, box.next_transfer());
+        }
+        ASSERT_EQ(m_demux->get_lost_byte_count(), transfer_rows * 16);
+        start();
+        m_demux->wait_until_delivered();
+    }
+
     // Each delivered set of AP values is that of its super frame.
     void expect_right_values(unsigned port) {
         NP_Reference_Decoder expected;
@@ -256,12 +266,7 @@ TEST_F(Full_Queues, AMainThreadThatStandsStillCostsWholeTransfersAndIsInStepAgai
 TEST_F(Full_Queues, DamageBehindALossIsReportedAsEver) {
     Rows_Of_A_Box box(300);
     const auto output = captured_output([&] {
-        for (int i = 0; i < 33; ++i) {
-            push_bytes(*m_demux, box.next_transfer());
-        }
-        ASSERT_EQ(m_demux->get_lost_byte_count(), transfer_rows * 16);
-        start();
-        m_demux->wait_until_delivered();
+        ASSERT_NO_FATAL_FAILURE(lose_a_transfer(box));
         push_bytes(*m_demux, box.next_transfer());
         Bytes damaged = box.next_transfer();
         damaged[4 * 16 + 1] ^= 0x40U;
@@ -291,12 +296,7 @@ Bytes rows_of(const Bytes& transfer, unsigned stream, bool wanted) {
 TEST_F(Full_Queues, AStreamThatComesLateBehindALossHasNoGap) {
     Rows_Of_A_Box box(300);
     const auto output = captured_output([&] {
-        for (int i = 0; i < 33; ++i) {
-            push_bytes(*m_demux, box.next_transfer());
-        }
-        ASSERT_EQ(m_demux->get_lost_byte_count(), transfer_rows * 16);
-        start();
-        m_demux->wait_until_delivered();
+        ASSERT_NO_FATAL_FAILURE(lose_a_transfer(box));
         const Bytes transfer = box.next_transfer();
         push_bytes(*m_demux, rows_of(transfer, 4, false));
         push_bytes(*m_demux, rows_of(transfer, 4, true));
