@@ -1,5 +1,7 @@
 #include "Host_Probe.h"
 
+#include "Converter_Link.h"
+
 #include <algorithm>
 #include <string>
 
@@ -108,18 +110,14 @@ std::uint64_t Host_Probe::number_of(std::uint32_t first_counter) {
 }
 
 void Host_Probe::deliver(Band band, Channels& values) {
-    const std::string name = band == Band::ap ? "ap" : "lp";
-    if (m_listening == Listening::nobody) {
-        m_told.err += "publish_" + name + "_ch_data destination it not alive\n";
-    } else if (m_listening == Listening::no_converter) {
-        m_told.out += "C_L2_CH_Gain_Fix_Filter has no " + name + " listener\n";
+    if (!reaches_converter(m_listening, band, m_told)) {
+        return;
+    }
+    gain.correct(band, values);
+    if (band == Band::ap) {
+        packets.take_ap(values);
     } else {
-        gain.correct(band, values);
-        if (band == Band::ap) {
-            packets.take_ap(values);
-        } else {
-            packets.take_lfp(values);
-        }
+        packets.take_lfp(values);
     }
 }
 

@@ -1,5 +1,7 @@
 #include "Own_Probe.h"
 
+#include "Converter_Link.h"
+
 #include <string>
 
 namespace Pelgar::ORBE::road_model {
@@ -67,12 +69,7 @@ std::uint32_t Own_Probe::long_counter(const Probe_Frame& frame) {
 }
 
 void Own_Probe::deliver(Band band, Channels& values) {
-    const std::string name = band == Band::ap ? "ap" : "lp";
-    if (m_listening == Listening::nobody) {
-        m_told.err += "publish_" + name + "_ch_data destination it not alive\n";
-    } else if (m_listening == Listening::no_converter) {
-        m_told.out += "C_L2_CH_Gain_Fix_Filter has no " + name + " listener\n";
-    } else {
+    if (reaches_converter(m_listening, band, m_told)) {
         gain.correct(band, values);
         packets.take(band, values);
     }
